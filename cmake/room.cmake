@@ -1,0 +1,24 @@
+# tolvik_room(NAME [LOWER room] [LIBRARIES lib...])
+#
+# One folder of src/ as one static library tolvik_NAME, and its tests (the *_test.cpp beside the code) as one
+# program tolvik_NAME_tests. A test program links its own room and the rooms below only, so that a call of a
+# higher room fails to link. src/app/main.cpp belongs to the program, not to the room.
+function(tolvik_room name)
+  cmake_parse_arguments(ROOM "" "LOWER" "LIBRARIES" ${ARGN})
+  set(folder ${PROJECT_SOURCE_DIR}/src/${name})
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${folder}/*.cpp)
+  set(tests ${sources})
+  list(FILTER tests INCLUDE REGEX "_test\\.cpp$")
+  list(FILTER sources EXCLUDE REGEX "_test\\.cpp$|app/main\\.cpp$")
+
+  add_library(tolvik_${name} STATIC ${sources})
+  target_link_libraries(tolvik_${name} PUBLIC tolvik_flags ${ROOM_LIBRARIES})
+  if(ROOM_LOWER)
+    target_link_libraries(tolvik_${name} PUBLIC tolvik_${ROOM_LOWER})
+  endif()
+  if(TOLVIK_TESTS AND tests)
+    add_executable(tolvik_${name}_tests ${tests})
+    target_link_libraries(tolvik_${name}_tests PRIVATE tolvik_${name} tolvik_test_support GTest::gtest_main)
+    add_test(NAME ${name} COMMAND tolvik_${name}_tests)
+  endif()
+endfunction()
