@@ -11,6 +11,7 @@ namespace tolvik::engine {
 
 /// One entry of the profile on which the algorithms run; the fields are those of tolvik::CLayer in T.
 /// Index 0 of a profile is the substrate, the last index the ambient; z runs upwards, Å.
+/// For T = CNumber include engine/cnumber.h and engine/complex.h before this is instantiated.
 template <class T>
 struct CLayer {
   T layer_z{};      ///< height of the upper interface, Å
@@ -23,9 +24,19 @@ struct CLayer {
   Cplx<T> epsilon[9] = {};      ///< tensor, row major 3×3, order x, y, z
   T layer_sigma{};              ///< roughness of the interface above, Å
   Cplx<T> scalarindex{T(1.0)};  ///< index used at the present angle
+
+  /// Tensor element by row and column, 0 = x (sigma field), 1 = y (along the beam), 2 = z.
+  Cplx<T>& Epsilon(int row, int column) { return epsilon[3 * row + column]; }
+  const Cplx<T>& Epsilon(int row, int column) const { return epsilon[3 * row + column]; }
 };
 
 template <class T>
 using Profile = CArray<CLayer<T>>;
+
+/// n = 1 - layer_delta + i layer_beta of an entry, without its magnetic part.
+template <class T>
+Cplx<T> RefractiveIndex(const CLayer<T>& layer) {
+  return Cplx<T>(T(1.0) - layer.layer_delta, layer.layer_beta);
+}
 
 }  // namespace tolvik::engine

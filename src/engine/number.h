@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // What the physics of the engine may ask of a number type, and every difference between number types that is
 // not rounding.
+//
+// A number type is float, double, long double or CNumber (MPFR, 200 bits). Physics calls sqrt(x), exp(x) and
+// so on without a namespace: the using-declarations below serve the built-in types, argument-dependent lookup
+// the others. Constants are written T(0.5): a bare 0.5 beside a float would calculate in double.
 #pragma once
 
 #include <cmath>
@@ -9,6 +13,23 @@
 
 namespace tolvik::engine {
 
+using std::abs;
+using std::asin;
+using std::atan2;
+using std::cos;
+using std::exp;
+using std::hypot;
+using std::log;
+using std::pow;
+using std::sin;
+using std::sqrt;
+
+using std::copysign;
+using std::isfinite;
+using std::isinf;
+using std::isnan;
+using std::signbit;
+
 class CNumber;
 template <class T>
 class Complex;
@@ -16,7 +37,8 @@ class Complex;
 /// Differences between the number types that are not rounding.
 template <class T>
 struct NumberTraits {
-  /// A normal wavevector whose real part is exactly 0 gets 1e-100 there, so that no division meets 0.
+  /// A normal wavevector whose real part is exactly 0 gets 1e-100 there, so that no division meets 0. A float
+  /// can't hold 1e-100.
   static constexpr bool lifts_zero_kz = false;
   /// The grazing angle is asin(s), refused by s >= 1 without the modulus, instead of atan2(s, sqrt(1 - s²)).
   static constexpr bool angle_by_asin = false;
@@ -50,5 +72,54 @@ struct ComplexOf<T> {
 /// otherwise.
 template <class T>
 using Cplx = typename ComplexOf<T>::type;
+
+/// What the physics asks of T: conversion from and to double, field arithmetic, ordering in which every
+/// comparison with a NaN but != is false, and the functions of the formulas.
+template <class T>
+concept Number = std::constructible_from<T, double> && std::default_initializable<T> && std::copyable<T> &&
+    requires(const T a, const T b, T c) {
+  { static_cast<double>(a) } -> std::same_as<double>;
+  { a + b } -> std::same_as<T>;
+  { a - b } -> std::same_as<T>;
+  { a* b } -> std::same_as<T>;
+  { a / b } -> std::same_as<T>;
+  { -a } -> std::same_as<T>;
+  c += a;
+  c -= a;
+  c *= a;
+  c /= a;
+  a < b;
+  a <= b;
+  a > b;
+  a >= b;
+  a == b;
+  a != b;
+  { sqrt(a) } -> std::same_as<T>;
+  { sin(a) } -> std::same_as<T>;
+  { cos(a) } -> std::same_as<T>;
+  { exp(a) } -> std::same_as<T>;
+  { log(a) } -> std::same_as<T>;
+  { abs(a) } -> std::same_as<T>;
+  { asin(a) } -> std::same_as<T>;
+  { pow(a, b) } -> std::same_as<T>;
+  { atan2(a, b) } -> std::same_as<T>;
+  { hypot(a, b) } -> std::same_as<T>;
+  { copysign(a, b) } -> std::same_as<T>;
+  isnan(a);
+  isinf(a);
+  signbit(a);
+};
+
+/// a where condition holds, else b; a mask chooses lane by lane.
+template <class T>
+T Select(bool condition, const T& a, const T& b) {
+  return condition ? a : b;
+}
+
+/// The complex number of a double one, as the records of the state hold them.
+template <class T>
+Cplx<T> FromDouble(const std::complex<double>& z) {
+  return Cplx<T>(T(z.real()), T(z.imag()));
+}
 
 }  // namespace tolvik::engine
