@@ -1,11 +1,59 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "optics/layer_constants.h"
 
+#include <algorithm>
+
+#include "optics/column_table.h"
+#include "optics/energy.h"
+#include "optics/material.h"
+#include "optics/tensor.h"
+
 namespace tolvik {
+namespace {
+
+bool SetElement(CState& state, CElementLayer& element, double energy) {
+  const std::int32_t found = FindOpticalTable(element.element.View(), state.opticaltables, kElementMaterial);
+  if (found < 0) return false;
+  COpticalTable& material = state.opticaltables[found];
+  if (!IsEnergyInColumnTable(material.ff, energy)) return false;
+  InterpolateFormFactors(material, energy, element.el_f1, element.el_f2);
+  std::copy(std::begin(material.spare), std::end(material.spare), element.spare);
+  return true;
+}
+
+bool SetLayer(CState& state, CLayer& layer, double energy) {
+  const std::int32_t found = FindOpticalTable(layer.layer_db.View(), state.opticaltables, kLayerMaterial);
+  if (found < 0) return false;
+  COpticalTable& material = state.opticaltables[found];
+  // only .db is asked: .m and .e tables hold their end values beyond their ranges
+  if (!IsEnergyInColumnTable(material.db, energy)) return false;
+  InterpolateOpticalConstants(material, energy, layer);
+  if (layer.magnetic == 0) {
+    BuildEpsilonTensor(layer, state.maggamma, state.magphi, state.magnetizationmode);
+  }
+  return true;
+}
+
+}  // namespace
 
 bool SetLayerConstantsForEnergy(CState& state) {
-  // No tables are read yet, so no material is ever found.
-  return state.mode == 1 ? state.elementlayers.IsEmpty() : state.layers.IsEmpty();
+  const double energy = EnergyFromLambda(state.lambda);
+  bool all = true;
+  if (state.mode == 1) {
+    for (CElementLayer& element : state.elementlayers) all &= SetElement(state, element, energy);
+  } else {
+    for (CLayer& layer : state.layers) all &= SetLayer(state, layer, energy);
+  }
+  return all;
+}
+
+LayerConstantsStatus PrepareLayerConstants(CState& state) {
+  if (state.opticaltables.IsEmpty() && !LoadOpticalTables(state)) return LayerConstantsStatus::kMissingTables;
+  if (state.magnetizationmode != 0 && !CheckMagnetoOpticalTables(state.opticaltables)) {
+    return LayerConstantsStatus::kMissingMagneticTables;
+  }
+  if (!SetLayerConstantsForEnergy(state)) return LayerConstantsStatus::kEnergyOutOfRange;
+  return LayerConstantsStatus::kReady;
 }
 
 }  // namespace tolvik
