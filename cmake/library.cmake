@@ -1,0 +1,53 @@
+# build/libtolvik.so, the same code as the program, loadable by a front end; and what `cmake --install` puts where.
+#
+# Every room goes in whole: a front end calls functions that nothing in the library calls.
+set(rooms tolvik_app tolvik_server tolvik_fit tolvik_engine tolvik_script tolvik_model tolvik_optics)
+list(JOIN rooms "," rooms_whole)
+function(tolvik_link_rooms target)
+  target_link_libraries(${target} PRIVATE tolvik_flags tolvik_app)
+  set_target_properties(${target} PROPERTIES LINK_LIBRARY_OVERRIDE "WHOLE_ARCHIVE,${rooms_whole}")
+endfunction()
+
+# The exported names are those that tolvik.h marks, and no others: hidden visibility alone would let the weak symbols
+# of the standard library's templates out, and a front end could pick up ours for its own.
+set(header ${PROJECT_SOURCE_DIR}/include/tolvik/tolvik.h)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${header})
+file(STRINGS ${header} marked REGEX "^TOLVIK_EXPORT .*[(]")
+set(names "")
+foreach(line ${marked})
+  string(REGEX MATCH "([A-Za-z0-9_]+)[(]" name "${line}")
+  string(APPEND names "    ${CMAKE_MATCH_1};\n")
+endforeach()
+set(version_script ${PROJECT_BINARY_DIR}/libtolvik.map)
+file(CONFIGURE OUTPUT ${version_script} CONTENT "{\n  global:\n@names@  local:\n    *;\n};\n" @ONLY)
+
+add_library(tolvik SHARED)
+add_library(tolvik::tolvik ALIAS tolvik)
+tolvik_link_rooms(tolvik)
+target_sources(tolvik PRIVATE ${version_script})
+set_property(TARGET tolvik PROPERTY LINKER_LANGUAGE CXX)
+target_link_options(tolvik PRIVATE -Wl,--version-script=${version_script}
+                    $<$<NOT:$<BOOL:${TOLVIK_SANITIZE}>>:-Wl,-z,defs>)
+set_property(TARGET tolvik APPEND PROPERTY LINK_DEPENDS ${version_script})
+set_target_properties(tolvik PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
+                      LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
+target_include_directories(tolvik INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
+                           $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+target_compile_features(tolvik INTERFACE cxx_std_20)
+
+include(CMakePackageConfigHelpers)
+install(TARGETS Tolvik tolvik EXPORT tolvik)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/tolvik DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(FILES ${PROJECT_SOURCE_DIR}/man/Tolvik.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/tolvik)
+install(EXPORT tolvik NAMESPACE tolvik:: FILE tolvikTargets.cmake DESTINATION ${package_folder})
+configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/tolvikConfig.cmake.in
+                              ${PROJECT_BINARY_DIR}/tolvikConfig.cmake INSTALL_DESTINATION ${package_folder})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/tolvikConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/tolvikConfig.cmake ${PROJECT_BINARY_DIR}/tolvikConfigVersion.cmake
+        DESTINATION ${package_folder})
+
+# Relative to its own place, so that the installed tree can be moved.
+file(RELATIVE_PATH pc_to_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+configure_file(${PROJECT_SOURCE_DIR}/cmake/tolvik.pc.in ${PROJECT_BINARY_DIR}/tolvik.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/tolvik.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
