@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// Intensities of one profile at a batch of angles, by the algorithm that the state names.
+//
+// This is the one place where the algorithms meet the curves: what walks many angles at once goes in here.
+#pragma once
+
+#include <cstdint>
+#include <exception>
+
+#include "engine/layer.h"
+#include "engine/number.h"
+#include "engine/parratt.h"
+#include "tolvik/state.h"
+
+namespace tolvik::engine {
+
+inline constexpr std::int32_t kParratt = 0;
+inline constexpr std::int32_t kMatrixOne = 1;
+inline constexpr std::int32_t kMatrixTwo = 2;
+
+/// Whether the number names an algorithm; with any other a curve stays as its frame left it.
+inline bool IsAlgorithm(std::int32_t algorithm) {
+  return algorithm >= kParratt && algorithm <= kMatrixTwo;
+}
+
+/// What the algorithms read beside the profile, k0 and the angle.
+template <class T>
+struct IntensityOptions {
+  std::int32_t algorithm = kParratt;
+  bool transmission = false;    ///< scattering non-zero; no matter to algorithm 0
+  bool magnetic = false;        ///< magnetizationmode non-zero
+  T maggamma{};                 ///< azimuth of the magnetisation, degrees
+  T magphi{};                   ///< polar angle against z, degrees
+  double polarisation[8] = {};  ///< both rays: sigma and pi part, real and imaginary
+  T tolerance{};                ///< tolerance of the tensor classes of algorithm 1
+};
+
+/// The options of a state as they are now, after its script.
+template <Number T>
+IntensityOptions<T> OptionsOfState(const CState& state);
+
+/// How far a batch came.
+struct BatchOutcome {
+  std::int32_t done = 0;     ///< samples calculated, counted from the first
+  std::exception_ptr error;  ///< what ended the batch before its last sample; null if nothing did
+};
+
+/// Work space of CalcIntensities, kept over a curve.
+template <class T>
+struct IntensityWork {
+  ParrattVectors<T> parratt;
+};
+
+/// Intensities of a profile at count angles, given as s = sin θ with 0 <= s <= 1, in their order.
+/// first gets ray one. second gets ray two, and algorithm 0 takes the opposite sense of the magnetic shift
+/// there; with null it is left out. The results of a sample do not depend on its neighbours.
+/// An exception ends the batch; the results before it stand. With an algorithm unknown all results are 0.
+template <Number T>
+BatchOutcome CalcIntensities(Profile<T>& profile, const T& k0, const IntensityOptions<T>& options,
+                             std::int32_t count, const T* s, T* first, T* second, IntensityWork<T>& work);
+
+}  // namespace tolvik::engine

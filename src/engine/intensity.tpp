@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+#pragma once
+
+#include <algorithm>
+
+#include "engine/grazing.h"
+#include "engine/intensity.h"
+#include "engine/parratt.tpp"
+
+namespace tolvik::engine {
+
+template <Number T>
+IntensityOptions<T> OptionsOfState(const CState& state) {
+  IntensityOptions<T> options;
+  options.algorithm = state.algorithm;
+  options.transmission = state.scattering != 0;
+  options.magnetic = state.magnetizationmode != 0;
+  options.maggamma = T(state.maggamma);
+  options.magphi = T(state.magphi);
+  const double rays[8] = {state.ray1sigmare, state.ray1sigmaim, state.ray1pire, state.ray1piim,
+                          state.ray2sigmare, state.ray2sigmaim, state.ray2pire, state.ray2piim};
+  std::copy_n(rays, 8, options.polarisation);
+  options.tolerance = T(state.epsilon);
+  return options;
+}
+
+namespace intensity_detail {
+
+template <Number T>
+T ParrattRay(Profile<T>& profile, const T& k0, const T& theta, const IntensityOptions<T>& options, int ray,
+             ParrattVectors<T>& work) {
+  // The second ray sees the magnetisation the other way round.
+  const T sense(ray == 1 ? 1.0 : -1.0);
+  CalcWavevectors<T>(profile, work.kz, k0, theta, options.magnetic ? sense : T(0.0));
+  CalcFresnelCoefficients<T>(profile, work.kz, work.rpi, work.rsigma);
+  return CalcParrattIntensity<T>(profile, work.kz, work.rpi, work.rsigma, options.polarisation, ray);
+}
+
+/// Both rays at one angle; second may be null.
+template <Number T>
+void CalcSample(Profile<T>& profile, const T& k0, const IntensityOptions<T>& options, const T& theta,
+                T& first, T* second, IntensityWork<T>& work) {
+  switch (options.algorithm) {
+    case kParratt:
+      first = ParrattRay<T>(profile, k0, theta, options, 1, work.parratt);
+      if (second != nullptr) *second = ParrattRay<T>(profile, k0, theta, options, 2, work.parratt);
+      return;
+    default:
+      first = T(0.0);
+      if (second != nullptr) *second = T(0.0);
+  }
+}
+
+}  // namespace intensity_detail
+
+template <Number T>
+BatchOutcome CalcIntensities(Profile<T>& profile, const T& k0, const IntensityOptions<T>& options,
+                             std::int32_t count, const T* s, T* first, T* second, IntensityWork<T>& work) {
+  BatchOutcome outcome;
+  try {
+    while (outcome.done < count) {
+      const std::int32_t i = outcome.done;
+      intensity_detail::CalcSample<T>(profile, k0, options, GrazingAngle(s[i]), first[i],
+                                      second != nullptr ? second + i : nullptr, work);
+      ++outcome.done;
+    }
+  } catch (...) {
+    outcome.error = std::current_exception();
+  }
+  return outcome;
+}
+
+}  // namespace tolvik::engine

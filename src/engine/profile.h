@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// From the sample of a state to the profile on which the algorithms run.
+#pragma once
+
+#include "engine/layer.h"
+#include "engine/number.h"
+#include "tolvik/state.h"
+
+namespace tolvik::engine {
+
+/// Heights of the interfaces from the thicknesses: each entry lies on the one below it. Entry 0 keeps its
+/// height, and its thickness takes no part.
+template <Number T>
+void StackHeights(Profile<T>& profile);
+
+/// Builds the profile of a state: its layers with heights, in the number type T. What profile held before is
+/// replaced; its block is used again where the number of entries is the same.
+template <Number T>
+void PrepareProfile(const CState& state, Profile<T>& profile);
+
+}  // namespace tolvik::engine

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+#pragma once
+
+#include "engine/profile.h"
+
+namespace tolvik::engine {
+
+namespace profile_detail {
+
+template <Number T>
+void ConvertLayer(const tolvik::CLayer& layer, CLayer<T>& entry) {
+  entry.layer_z = T(layer.layer_z);
+  entry.layer_d = T(layer.layer_d);
+  entry.layer_delta = T(layer.layer_delta);
+  entry.layer_beta = T(layer.layer_beta);
+  entry.layer_ddelta = T(layer.layer_ddelta);
+  entry.layer_dbeta = T(layer.layer_dbeta);
+  entry.magnetic = layer.magnetic;
+  for (int row = 0; row < 3; ++row) {
+    for (int column = 0; column < 3; ++column) {
+      entry.Epsilon(row, column) = FromDouble<T>(layer.Epsilon(row, column));
+    }
+  }
+  entry.layer_sigma = T(layer.layer_sigma);
+  entry.scalarindex = Cplx<T>(T(1.0));
+}
+
+}  // namespace profile_detail
+
+template <Number T>
+void StackHeights(Profile<T>& profile) {
+  for (std::int32_t i = 1; i < profile.size; ++i) {
+    profile[i].layer_z = profile[i - 1].layer_z + profile[i].layer_d;
+  }
+}
+
+template <Number T>
+void PrepareProfile(const CState& state, Profile<T>& profile) {
+  if (profile.size != state.layers.size) profile.Assign(state.layers.size, CLayer<T>());
+  for (std::int32_t i = 0; i < profile.size; ++i) {
+    profile_detail::ConvertLayer<T>(state.layers[i], profile[i]);
+  }
+  StackHeights(profile);
+}
+
+}  // namespace tolvik::engine
