@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// The Kramers-Kronig relation between delta and beta of n = 1 - delta + i beta, on tables over the photon
+// energy.
+//
+//   delta(w) = -(2/π) P∫ E beta(E) / (E² - w²) dE        (de L. Kronig 1926, Kramers 1927; see J. D. Jackson,
+//                                                         Classical Electrodynamics, 3rd ed., section 7.10)
+//
+// Delta falls like 1/w², so the work is done on g = beta E² and D = delta w², and the relation becomes
+//
+//   D(w) = -(2/π) P∫ E g(E) / (E² - w²) dE + C,          C = (2/π) ∫ g(E) / E dE,
+//
+// where the constant C, and all that lies outside the table, is the `offset` of FromTransformForm. With beta
+// E² as a sum of triangles ("hats") over the rows, the integral over each triangle has a closed form. As the
+// transform is linear, a fit changes one value of beta by the transform of one hat.
+//
+// A two-column table is in one of two forms:  plain: delta, beta;  transform form: D, g.
+#pragma once
+
+#include <cstdint>
+
+#include "tolvik/tables.h"
+
+namespace tolvik {
+
+/// Plain to transform form of beta: column 1 of each row times E². Column 0 stays. Nothing happens unless the
+/// table has two columns.
+void ToTransformForm(CColumnTable& table);
+
+/// Transform form to plain form: column 1 divided by E², column 0 becomes (column 0 + offset) / E².
+/// Nothing happens unless the table has two columns.
+void FromTransformForm(CColumnTable& table, double offset);
+
+/// Stores height in column 1 of the row and subtracts from column 0 of every row j 2/π times the integral
+/// P∫ E g / (E² - w²) dE over the triangle g of that height with its feet on the neighbouring rows, at
+/// w = E_j + 0.01 eV: the shift keeps w off the grid. From |E_index - w| >= 5 eV on the triangle counts as a
+/// point of the same area.
+/// The first and the last row, an index outside the table and a table without two columns are left alone: the
+/// triangle has no second foot there. A row that lies 0.01 eV below another makes an infinite value.
+/// Column 0 accumulates: a hat is changed on a copy of the table without it.
+void KramersKronigHat(CColumnTable& table, std::int32_t index, double height);
+
+/// Column 0 from nothing: the transform of all hats, whose heights are in column 1. The first and the last
+/// row contribute nothing, and no tail is added outside the table. Nothing happens unless the table has two
+/// columns; with fewer than three rows column 0 is zero.
+void KramersKronigAll(CColumnTable& table);
+
+/// Removes the rows with lo < E < hi, strictly. `cursor` stays, also where it now lies behind the last row.
+void CutColumnTable(CColumnTable& table, double lo, double hi);
+
+/// Replaces the rows between emin and emax by a grid of that step, refined to `target` rows where linear
+/// interpolation on the grid is farthest from the table: again and again the interval with the largest sum of
+/// squared differences at each 0.1 eV, divided by its width, gets its midpoint. Energies in eV.
+/// The table is left as it is when grid and table agree everywhere before `target` is reached, when there is
+/// no window (emin < emax and step > 0 finite, at least one step) or the grid or the sampling would have more
+/// than kMostResampledPoints points.
+void ResampleColumnTable(CColumnTable& table, double emin, double emax, double step, std::int32_t target);
+
+/// Where ResampleColumnTable gives up; beyond every table of practice.
+inline constexpr std::int32_t kMostResampledPoints = 1000000;
+
+}  // namespace tolvik
