@@ -80,9 +80,15 @@ class CChiSquareFit {
   void BuildSimplex(bool flush_errors);
   void SumVertices();
   void ShrinkTowards(std::int32_t low);
+  CArray<double> TrialPoint(std::int32_t worst, double factor) const;
+  void ReplaceVertex(std::int32_t index, double error, CArray<double>&& point);
   double SimplexTrialPoint(std::int32_t worst, double factor);
   double AnnealingTrialPoint(std::int32_t worst, double& highest, double factor);
+  double DrawNoise();
   void RunLevenberg(int iterations);
 };
+
+/// The fit that LevenbergStep drives: only one such run is active in a process.
+extern CChiSquareFit* currentfit;
 
 }  // namespace tolvik
