@@ -171,12 +171,20 @@ Complex<T> Complex<T>::Multiply(const Complex& a, const Complex& b) {
   return product;
 }
 
-// The exponent range of the number types of our own is so wide that |b|² needs no scaling.
+// By the method of Smith, Commun. ACM 5, 435 (1962), as the built-in types divide: then quotients with zeros
+// in them carry the same signs.
 template <class T>
 Complex<T> Complex<T>::Divide(const Complex& a, const Complex& b) {
-  const T square = norm(b);
-  const Complex quotient((a.real_ * b.real_ + a.imag_ * b.imag_) / square,
-                         (a.imag_ * b.real_ - a.real_ * b.imag_) / square);
+  Complex quotient;
+  if (abs(b.real_) < abs(b.imag_)) {
+    const T ratio = b.real_ / b.imag_;
+    const T denominator = b.real_ * ratio + b.imag_;
+    quotient = {(a.real_ * ratio + a.imag_) / denominator, (a.imag_ * ratio - a.real_) / denominator};
+  } else {
+    const T ratio = b.imag_ / b.real_;
+    const T denominator = b.imag_ * ratio + b.real_;
+    quotient = {(a.imag_ * ratio + a.real_) / denominator, (a.imag_ - a.real_ * ratio) / denominator};
+  }
   if (isnan(quotient.real_) && isnan(quotient.imag_)) return complex_detail::RecoverQuotient(a, b, quotient);
   return quotient;
 }
