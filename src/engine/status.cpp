@@ -18,7 +18,7 @@ constexpr Row kMessages[] = {
     {kUnknownError, "Error: Unknown Error"},
     {0, nullptr},
     // Behind the end, so that it is never printed: the map command words missing tables itself.
-    {kMissingTables, "Error: db-files for all layers are needed"},
+    {kTablesMissing, "Error: db-files for all layers are needed"},
 };
 
 }  // namespace
