@@ -5,6 +5,8 @@
 
 #include "engine/grazing.h"
 #include "engine/intensity.h"
+#include "engine/matrix_one.tpp"
+#include "engine/matrix_two.tpp"
 #include "engine/parratt.tpp"
 
 namespace tolvik::engine {
@@ -40,10 +42,20 @@ T ParrattRay(Profile<T>& profile, const T& k0, const T& theta, const IntensityOp
 template <Number T>
 void CalcSample(Profile<T>& profile, const T& k0, const IntensityOptions<T>& options, const T& theta,
                 T& first, T* second, IntensityWork<T>& work) {
+  T unused;
+  T& other = second != nullptr ? *second : unused;
   switch (options.algorithm) {
     case kParratt:
       first = ParrattRay<T>(profile, k0, theta, options, 1, work.parratt);
       if (second != nullptr) *second = ParrattRay<T>(profile, k0, theta, options, 2, work.parratt);
+      return;
+    case kMatrixOne:
+      CalcMatrixOne<T>({profile, options.transmission}, theta, options.maggamma, options.magphi, k0,
+                       options.magnetic, other, first, options.polarisation, options.tolerance);
+      return;
+    case kMatrixTwo:
+      CalcMatrixTwo<T>({profile, options.transmission}, theta, options.maggamma, options.magphi, k0,
+                       options.magnetic, other, first, options.polarisation);
       return;
     default:
       first = T(0.0);
