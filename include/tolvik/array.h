@@ -196,13 +196,11 @@ class CCharArray : public CArray<char> {
   }
   /// The text as C knows it; never null.
   const char* CStr() const { return size > 0 ? data : ""; }
-};
 
-inline bool operator==(const CCharArray& a, const CCharArray& b) {
-  return a.View() == b.View();
-}
-inline bool operator==(const CCharArray& a, std::string_view b) {
-  return a.View() == b;
-}
+  /// Compares the bytes; empty and cleared texts are equal.
+  friend bool operator==(const CCharArray& a, const CCharArray& b) { return a.View() == b.View(); }
+  friend bool operator==(const CCharArray& a, std::string_view b) { return a.View() == b; }
+  friend bool operator==(const CCharArray& a, const char* b) { return a.View() == b; }
+};
 
 }  // namespace tolvik
