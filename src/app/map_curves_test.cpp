@@ -35,12 +35,12 @@ TEST(AddConstEnergyPoint, GathersByEnergyAndPolarisation) {
   AddConstEnergyPoint(map, 700, 0.1, 1e-3, 's');
   AddConstEnergyPoint(map, 700.0099, 0.2, 2e-3, 's');  // within 0.01 eV: the curve keeps 700
   AddConstEnergyPoint(map, 700, 0.1, 3e-3, 'p');
-  AddConstEnergyPoint(map, 700.02, 0.1, 4e-3, 's');
+  AddConstEnergyPoint(map, 700.0102, 0.1, 4e-3, 's');
   EXPECT_EQ(
       Describe(map.constenergy),
       "sigma 700.000000 from map 700.000000: (700.000000 0.100000 0.001000) (700.009900 0.200000 0.002000)\n"
       "pi 700.000000 from map 700.000000: (700.000000 0.100000 0.003000)\n"
-      "sigma 700.020000 from map 700.020000: (700.020000 0.100000 0.004000)\n");
+      "sigma 700.010200 from map 700.010200: (700.010200 0.100000 0.004000)\n");
   EXPECT_EQ(map.constqz.size, 0);
   EXPECT_EQ(map.constenergy[0].datasetactive, 0);
   EXPECT_EQ(map.constenergy[0].datasetmultiplicator, 1.0);
@@ -112,12 +112,12 @@ TEST(AddConstQzPoint, GathersByTheQzOfTheFirstPoint) {
   CMapFile map(state);
   AddConstQzPoint(map, 700, 0.1, 1e-3, 'l');
   AddConstQzPoint(map, 710, 0.1009, 2e-3, 'l');
-  AddConstQzPoint(map, 720, 0.1018, 3e-3, 'l');  // near the second point, not near the first
+  AddConstQzPoint(map, 720, 0.10102, 3e-3, 'l');  // near the second point, not near the first
   AddConstQzPoint(map, 720, 0.1, 4e-3, 'r');
   EXPECT_EQ(Describe(map.constqz),
             "left circular 700.000000 from map 0.100000: (700.000000 0.100000 0.001000) (710.000000 0.100900 "
             "0.002000)\n"
-            "left circular 720.000000 from map 0.101800: (720.000000 0.101800 0.003000)\n"
+            "left circular 720.000000 from map 0.101020: (720.000000 0.101020 0.003000)\n"
             "right circular 720.000000 from map 0.100000: (720.000000 0.100000 0.004000)\n");
 }
 
