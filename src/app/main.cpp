@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-int main() {
-  return 0;
+#include "app/driver.h"
+
+int main(int argc, char** argv) {
+  return tolvik::RunProgram(argc, argv);
 }

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// Commands that calculate curves of a state and print them.
+#pragma once
+
+#include "tolvik/dataset.h"
+#include "tolvik/state.h"
+
+namespace tolvik {
+
+/// -refl: runs the state's script, calculates the reflectivity and prints "qz R" for each point to standard
+/// output. The script runs once more inside the calculation and sees what its first run did.
+void CalcReflectivityCommand(CState& state);
+
+/// The active measurement on its translated grid: dataset_qz plus datasetqztranslation. Without a dataset at
+/// activedatasetindex the result has no points.
+CSolution MeasuredGrid(const CState& state);
+
+}  // namespace tolvik

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+#include "app/command_table.h"
+
+#include <algorithm>
+#include <exception>
+
+#include "app/calc_commands.h"
+#include "app/report.h"
+
+namespace tolvik {
+namespace {
+
+struct Command {
+  std::string_view option;
+  void (*run)(Project&);
+};
+
+// A command arrives by the function of its row; a row without one does nothing.
+constexpr Command kCommands[] = {
+    {"-refl", [](Project& project) { CalcReflectivityCommand(project.states[0]); }},
+    {"-escan", nullptr},
+    {"-dicrefl", nullptr},
+    {"-fit", nullptr},
+    {"-bruteforcefit", nullptr},
+    {"-map", nullptr},
+    {"-fitmap", nullptr},
+    {"-fitkk", nullptr},
+    {"-plotmap", nullptr},
+};
+
+}  // namespace
+
+bool IsCommand(std::string_view option) {
+  return std::ranges::any_of(kCommands, [&](const Command& command) { return command.option == option; });
+}
+
+void RunCommands(const std::set<std::string>& flags, Project& project) {
+  for (const Command& command : kCommands) {
+    if (command.run == nullptr || !flags.contains(std::string(command.option))) continue;
+    try {
+      command.run(project);
+    } catch (const std::exception&) {  // memory is short, as a rule: the other commands may need less
+      ReportFailure(kUnknownError);
+    }
+  }
+}
+
+}  // namespace tolvik

@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// How a calculation that failed is told.
+#pragma once
+
+#include <cstdint>
+
+#include "engine/status.h"
+
+namespace tolvik {
+
+/// Prints "#error" as a line of standard output, so that a reader of the results sees the failure, and the
+/// message of the code to standard error. A code without a message prints none.
+void ReportFailure(std::int32_t code);
+
+}  // namespace tolvik
