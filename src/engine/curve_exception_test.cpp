@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// What an exception in mid-curve leaves behind, shown by a number type whose square roots run out.
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+#include "engine/complex.h"
+#include "engine/curve.tpp"
+#include "support/states.h"
+
+namespace tolvik::engine {
+namespace {
+
+/// A double that throws from its square roots once a countdown has ended.
+struct Fuse {
+  double x = 0;
+  inline static int roots_left = 0;
+
+  Fuse() = default;
+  explicit Fuse(double value) : x(value) {}
+  explicit operator double() const { return x; }
+  friend Fuse operator+(Fuse a, Fuse b) { return Fuse(a.x + b.x); }
+  friend Fuse operator-(Fuse a, Fuse b) { return Fuse(a.x - b.x); }
+  friend Fuse operator*(Fuse a, Fuse b) { return Fuse(a.x * b.x); }
+  friend Fuse operator/(Fuse a, Fuse b) { return Fuse(a.x / b.x); }
+  friend Fuse operator-(Fuse a) { return Fuse(-a.x); }
+  Fuse& operator+=(Fuse b) { return *this = *this + b; }
+  Fuse& operator-=(Fuse b) { return *this = *this - b; }
+  Fuse& operator*=(Fuse b) { return *this = *this * b; }
+  Fuse& operator/=(Fuse b) { return *this = *this / b; }
+  friend auto operator<=>(const Fuse&, const Fuse&) = default;
+  friend Fuse sin(Fuse a) { return Fuse(std::sin(a.x)); }
+  friend Fuse cos(Fuse a) { return Fuse(std::cos(a.x)); }
+  friend Fuse exp(Fuse a) { return Fuse(std::exp(a.x)); }
+  friend Fuse log(Fuse a) { return Fuse(std::log(a.x)); }
+  friend Fuse abs(Fuse a) { return Fuse(std::abs(a.x)); }
+  friend Fuse asin(Fuse a) { return Fuse(std::asin(a.x)); }
+  friend Fuse sqrt(Fuse a) {
+    if (roots_left-- <= 0) throw std::runtime_error("out of roots");
+    return Fuse(std::sqrt(a.x));
+  }
+  friend Fuse pow(Fuse a, Fuse b) { return Fuse(std::pow(a.x, b.x)); }
+  friend Fuse atan2(Fuse a, Fuse b) { return Fuse(std::atan2(a.x, b.x)); }
+  friend Fuse hypot(Fuse a, Fuse b) { return Fuse(std::hypot(a.x, b.x)); }
+  friend Fuse copysign(Fuse a, Fuse b) { return Fuse(std::copysign(a.x, b.x)); }
+  friend bool isnan(Fuse a) { return std::isnan(a.x); }
+  friend bool isinf(Fuse a) { return std::isinf(a.x); }
+  friend bool isfinite(Fuse a) { return std::isfinite(a.x); }
+  friend bool signbit(Fuse a) { return std::signbit(a.x); }
+  friend void SinCos(Fuse a, Fuse& sine, Fuse& cosine) {
+    sine = sin(a);
+    cosine = cos(a);
+  }
+};
+static_assert(Number<Fuse>);
+
+// One root for the angle and one for each of the two entries.
+constexpr int kRootsPerSample = 3;
+
+CState Substrate() {
+  return testing::MakeState({{.delta = 0.3, .beta = 0.1}, {}});
+}
+
+TEST(CurveException, EndsTheExactPathLikeAPointOutOfReach) {
+  CState state = Substrate();
+  state.mulqz4 = 1;
+  CSolution whole = testing::MakeGrid({0.1, 0.2, 0.3, -0.4, 0.5});
+  Fuse::roots_left = 1000;
+  state.mulqz4 = 0;
+  EXPECT_EQ(CalcReflectivityCurve<Fuse>(whole, state), 1);
+
+  state.mulqz4 = 1;  // no finishing step after the stop
+  CSolution cut = testing::MakeGrid({0.1, 0.2, 0.3, -0.4, 0.5});
+  Fuse::roots_left = 2 * kRootsPerSample + 1;
+  EXPECT_EQ(CalcReflectivityCurve<Fuse>(cut, state), 1);
+  EXPECT_EQ(cut.dataset_R0[0], whole.dataset_R0[0]);
+  EXPECT_EQ(cut.dataset_R0[1], whole.dataset_R0[1]);
+  EXPECT_EQ(cut.dataset_R0[2], 0.0);
+  EXPECT_EQ(cut.dataset_R0[3], 1.0) << "never begun";
+  EXPECT_EQ(cut.dataset_R0[4], 1.0);
+}
+
+TEST(CurveException, KeepsThePartialSumOfItsPoint) {
+  CState state = Substrate();
+  state.resolution = 0.01;
+  Fuse::roots_left = 1000;
+  CSolution first = testing::MakeGrid({0.11}), second = testing::MakeGrid({0.09});
+  CState bare = Substrate();
+  EXPECT_EQ(CalcReflectivityCurve<Fuse>(first, bare), 1);
+  EXPECT_EQ(CalcReflectivityCurve<Fuse>(second, bare), 1);
+
+  CSolution cut = testing::MakeGrid({0.1, 0.2});
+  Fuse::roots_left = 2 * kRootsPerSample;  // the samples at 0.11 and 0.09
+  EXPECT_EQ(CalcReflectivityCurve<Fuse>(cut, state), 1);
+  EXPECT_DOUBLE_EQ(cut.dataset_R0[0], 0.027607 * first.dataset_R0[0] + 0.027607 * second.dataset_R0[0]);
+  EXPECT_EQ(cut.dataset_R0[1], 1.0);
+}
+
+// Both happen: the exception comes first in the walk over the samples and decides.
+TEST(CurveException, ComesBeforeALaterPointOutOfReach) {
+  CState state = Substrate();
+  CSolution cut = testing::MakeGrid({0.1, 0.2, 9.0});
+  Fuse::roots_left = kRootsPerSample;
+  EXPECT_EQ(CalcReflectivityCurve<Fuse>(cut, state), 1);
+  EXPECT_EQ(cut.dataset_R0[1], 0.0);
+  EXPECT_EQ(cut.dataset_R0[2], 1.0) << "never begun";
+
+  state.fastresolution = true;
+  CSolution fast = testing::MakeGrid({0.1, 0.2, 9.0});
+  Fuse::roots_left = kRootsPerSample;
+  EXPECT_EQ(CalcReflectivityCurve<Fuse>(fast, state), 1) << "not code 2";
+}
+
+TEST(CurveException, EndsTheFastPathWithWhatWasDone) {
+  CState state = Substrate();
+  state.fastresolution = true;
+  state.mulqz4 = 1;
+  CSolution cut = testing::MakeGrid({0.1, 0.2, 0.3});
+  Fuse::roots_left = 2 * kRootsPerSample + 2;
+  EXPECT_EQ(CalcReflectivityCurve<Fuse>(cut, state), 1);
+  EXPECT_NE(cut.dataset_Rp[1], 1.0);
+  EXPECT_EQ(cut.dataset_Rp[2], 1.0);
+  EXPECT_EQ(cut.dataset_R0, testing::MakeGrid({1, 1, 1}).dataset_qz) << "neither folded nor finished";
+}
+
+}  // namespace
+}  // namespace tolvik::engine
