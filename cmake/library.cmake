@@ -26,8 +26,10 @@ add_library(tolvik::tolvik ALIAS tolvik)
 tolvik_link_rooms(tolvik)
 target_sources(tolvik PRIVATE ${version_script})
 set_property(TARGET tolvik PROPERTY LINKER_LANGUAGE CXX)
-target_link_options(tolvik PRIVATE -Wl,--version-script=${version_script}
-                    $<$<NOT:$<BOOL:${TOLVIK_SANITIZE}>>:-Wl,-z,defs>)
+target_link_options(tolvik PRIVATE -Wl,--version-script=${version_script})
+if(NOT TOLVIK_SANITIZE)  # the sanitizers' own symbols come from the program
+  target_link_options(tolvik PRIVATE -Wl,-z,defs)
+endif()
 set_property(TARGET tolvik APPEND PROPERTY LINK_DEPENDS ${version_script})
 set_target_properties(tolvik PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
                       LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
