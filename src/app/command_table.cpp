@@ -2,9 +2,12 @@
 #include "app/command_table.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <exception>
 
 #include "app/calc_commands.h"
+#include "app/kk_command.h"
+#include "app/map_file.h"
 #include "app/report.h"
 
 namespace tolvik {
@@ -15,6 +18,16 @@ struct Command {
   void (*run)(Project&);
 };
 
+constexpr const char* kMapFile = "Map.dat";
+
+void PrintMeasuredMap(Project& project) {
+  std::fflush(stderr);
+  CMapFile map(project.states[0]);
+  LoadMapFile(map, kMapFile);
+  std::fflush(stderr);
+  PrintMapFile(map);
+}
+
 // A command arrives by the function of its row; a row without one does nothing.
 constexpr Command kCommands[] = {
     {"-refl", [](Project& project) { CalcReflectivityCommand(project.states[0]); }},
@@ -24,8 +37,8 @@ constexpr Command kCommands[] = {
     {"-bruteforcefit", nullptr},
     {"-map", nullptr},
     {"-fitmap", nullptr},
-    {"-fitkk", nullptr},
-    {"-plotmap", nullptr},
+    {"-fitkk", [](Project&) { FitKramersKronigCommand("LSAT2.db"); }},
+    {"-plotmap", PrintMeasuredMap},
 };
 
 }  // namespace
