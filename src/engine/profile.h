@@ -13,8 +13,9 @@ namespace tolvik::engine {
 template <Number T>
 void StackHeights(Profile<T>& profile);
 
-/// Builds the profile of a state: its layers with heights, in the number type T. What profile held before is
-/// replaced; its block is used again where the number of entries is the same.
+/// Builds the profile of a state in the number type T: its layers with heights, sliced where the state asks
+/// for it, or the element profile. What profile held before is replaced; its block is used again where the
+/// number of entries is the same. Throws std::bad_alloc for a profile beyond memory (CheckProfileSize).
 template <Number T>
 void PrepareProfile(const CState& state, Profile<T>& profile);
 

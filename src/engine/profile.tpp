@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
+#include "engine/element_profile.tpp"
 #include "engine/profile.h"
+#include "engine/segmentation.tpp"
 
 namespace tolvik::engine {
 
@@ -36,11 +38,16 @@ void StackHeights(Profile<T>& profile) {
 
 template <Number T>
 void PrepareProfile(const CState& state, Profile<T>& profile) {
+  constexpr std::int32_t kElementMode = 1;
+  if (state.mode == kElementMode) return CalcElementProfile(state, profile);
   if (profile.size != state.layers.size) profile.Assign(state.layers.size, CLayer<T>());
   for (std::int32_t i = 0; i < profile.size; ++i) {
     profile_detail::ConvertLayer<T>(state.layers[i], profile[i]);
   }
   StackHeights(profile);
+  SegmentProfile(profile, state.gaussfunctions, state.layersegmentationmode, state.magnetizationmode,
+                 state.segmentationmodel,
+                 {state.minlayerthickness, state.maxlayerthickness, state.gradientscale});
 }
 
 }  // namespace tolvik::engine
