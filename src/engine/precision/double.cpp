@@ -1,8 +1,16 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "engine/curve.tpp"
+#include "engine/modes.tpp"
+#include "engine/quartic.tpp"
 
 namespace tolvik::engine {
 
 template std::int32_t CalcReflectivityCurve<double>(CSolution&, CState&);
+
+// For the consistency page, which works in double.
+template void PrepareProfile<double>(const CState&, Profile<double>&);
+template int ClassifyTensor<double>(double, const Tensor<double>&);
+template void SolveModes<double>(const Cplx<double>&, const Cplx<double>&, const Cplx<double>&,
+                                 const Cplx<double>&, const Cplx<double>&, Cplx<double> (&)[4]);
 
 }  // namespace tolvik::engine
