@@ -30,18 +30,19 @@ bool WriteAll(int fd, const char* text, std::size_t count) {
   return true;
 }
 
-// The file at the end of a chain of symbolic links, existing or not. Empty for links that the kernel makes
-// up, as /dev/stdout: they lead to an open file, not to a name.
+// The file at the end of a chain of symbolic links, existing or not. Empty where there is none: links in a
+// circle, and links that the kernel makes up, as /dev/stdout, which lead to an open file and not to a name.
 std::string ResolveLinks(const std::string& file_name) {
   fs::path path = file_name;
   std::error_code error;
-  for (int i = 0; i < kMaxLinks && fs::is_symlink(fs::symlink_status(path, error)); ++i) {
+  for (int i = 0; i < kMaxLinks; ++i) {
+    if (!fs::is_symlink(fs::symlink_status(path, error))) return path.string();
     if (path.native().starts_with("/proc/")) return {};
     const fs::path next = fs::read_symlink(path, error);
     if (error) return {};
     path = next.is_absolute() ? next : path.parent_path() / next;
   }
-  return path.string();
+  return {};
 }
 
 // A folder that takes no new file may still hold one that can be written.
