@@ -1,15 +1,51 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The Lua host that runs a state's script before a calculation.
+//
+// The script acts on the live state through the objects `array` and `element`. A failure of a script is
+// silent: what it changed before stays changed.
 #pragma once
+
+#include <cstdint>
+#include <memory>
 
 #include "tolvik/state.h"
 
+struct lua_State;
+
 namespace tolvik {
+
+/// One script host; made by the caller, who opens and closes L.
+struct CScriptPointer {
+  CState* state = nullptr;        ///< what the script acts on; not owned
+  CSolution solution;             ///< the curve behind the solution_* arrays
+  lua_State* L = nullptr;         ///< Lua 5.1, as from luaL_newstate
+  std::int32_t scriptselect = 1;  ///< 1 runs scriptlines, 0 defaultscriptlines
+};
+
+inline constexpr std::int32_t kScriptReady = 1;
+inline constexpr std::int32_t kScriptFailed = 3;
+
+/// Opens the libraries in host.L, binds the arrays and elements of the state to their script names and
+/// compiles the selected lines into the global function Start. host must outlive host.L. The two pointers are
+/// handed on to GetScriptPointers. Returns kScriptReady, also when the state disables its script and nothing
+/// is touched, or kScriptFailed. Never throws for a fault of the script; std::bad_alloc for want of memory
+/// outside Lua.
+std::int32_t InitScriptHost(CScriptPointer& host, void* debugwindow, void* chart);
+
+/// Sets the globals energy, epsilon, resolution and energyscan_qz from the state, calls Start and reads the
+/// four back; a value that is no number reads as 0. Does nothing while the state disables its script. After
+/// an error in Start, or without one, the four are not read back.
+void RunScript(CScriptPointer& host);
+
+/// The three pointers that InitScriptHost left in the registry of L; null where there are none.
+void GetScriptPointers(lua_State* L, CState*& state, void*& chart, void*& debugwindow);
+
+class ScriptImage;
 
 /// One script host for one calculation: opens Lua and compiles the state's script at construction, calls its
 /// Start at each Run, and closes Lua at the end. Does nothing while state.disablescript is non-zero. A script
 /// that fails is silent: what it changed before stays. Never throws for a fault of the script. The session
-/// works on the live state, which must outlive it.
+/// works on the live state, which must outlive it, in one thread.
 class ScriptSession {
  public:
   explicit ScriptSession(CState& state);
@@ -22,6 +58,8 @@ class ScriptSession {
 
  private:
   CState& state_;
+  bool empty_ = false;                 // nothing but the exchange of the globals is to be done
+  std::unique_ptr<ScriptImage> host_;  // null without a script
 };
 
 }  // namespace tolvik

@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+#include "script/prelude.h"
+
+#include <algorithm>
+
+namespace tolvik {
+namespace {
+
+using enum ArrayLength;
+
+constexpr PreludeArray kArrays[] = {
+    {"delta", 0, kLayers},
+    {"beta", 1, kLayers},
+    {"sigma", 2, kLayers},
+    {"thickness", 3, kLayers},
+    {"deltam", 4, kLayers},
+    {"betam", 5, kLayers},
+    {"solution_qz", 6, kSolution},
+    {"solution_R", 7, kSolution},
+    {"solution_Rp", 8, kSolution},
+    {"solution_Rm", 9, kSolution},
+    {"solution_energy", 10, kSolution},
+    {"gauss_delta", 11, kGaussFunctions},
+    {"gauss_beta", 12, kGaussFunctions},
+    {"gauss_variance", 13, kGaussFunctions},
+    {"gauss_z", 14, kGaussFunctions},
+    {"exx_r", 15, kLayers},
+    {"exy_r", 16, kLayers},
+    {"exz_r", 17, kLayers},
+    {"eyx_r", 18, kLayers},
+    {"eyy_r", 19, kLayers},
+    {"eyz_r", 20, kLayers},
+    {"ezx_r", 21, kLayers},
+    {"ezy_r", 22, kLayers},
+    {"ezz_r", 23, kLayers},
+    {"exx_i", 25, kLayers},
+    {"exy_i", 26, kLayers},
+    {"exz_i", 27, kLayers},
+    {"eyx_i", 28, kLayers},
+    {"eyy_i", 29, kLayers},
+    {"eyz_i", 30, kLayers},
+    {"ezx_i", 31, kLayers},
+    {"ezy_i", 32, kLayers},
+    {"ezz_i", 33, kLayers},
+    {"par", 34, kParameters},
+    {"f1", 35, kElements},
+    {"f2", 36, kElements},
+};
+
+constexpr std::string_view kKeywords[] = {"and", "break",    "do",     "else", "elseif", "end",   "false",
+                                          "for", "function", "if",     "in",   "local",  "nil",   "not",
+                                          "or",  "repeat",   "return", "then", "true",   "until", "while"};
+
+// Ways to a finalizer, to a table of all globals or to text that is run later.
+constexpr std::string_view kRiskyWords[] = {"io",      "newproxy", "require", "package",      "module",
+                                            "load",    "loadfile", "dofile",  "loadstring",   "_G",
+                                            "getfenv", "setfenv",  "debug",   "getmetatable", "element"};
+
+// More globals than this and the text form may exceed what Lua allows one function.
+constexpr std::int32_t kMostElements = 10000;
+
+bool IsNameStart(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
+}
+bool IsNamePart(char c) {
+  return IsNameStart(c) || (c >= '0' && c <= '9');
+}
+
+bool Contains(std::span<const std::string_view> words, std::string_view word) {
+  return std::find(words.begin(), words.end(), word) != words.end();
+}
+
+bool IsPlainName(std::string_view name) {
+  return !name.empty() && IsNameStart(name[0]) && std::all_of(name.begin(), name.end(), IsNamePart) &&
+         !Contains(kKeywords, name) && name != "array" && name != "element";
+}
+
+bool IsLineEmpty(std::string_view line) {
+  constexpr std::string_view kBlanks = " \t\r\n\v\f";
+  const std::size_t start = line.find_first_not_of(kBlanks);
+  if (start == std::string_view::npos) return true;
+  line = line.substr(start, line.find_last_not_of(kBlanks) + 1 - start);
+  // a long comment may end in the same line, and a line end inside ends a short one
+  return line.starts_with("--") && !line.starts_with("--[") &&
+         line.find_first_of("\r\n") == std::string_view::npos;
+}
+
+}  // namespace
+
+std::span<const PreludeArray> PreludeArrays() {
+  return kArrays;
+}
+
+std::int32_t HighestIndex(ArrayLength length, const CState& state) {
+  switch (length) {
+    case kLayers:
+      return state.layers.size - 1;
+    case kGaussFunctions:
+      return state.gaussfunctions.size - 1;
+    case kParameters:
+      return state.scriptparameters.size - 1;
+    case kElements:
+      return state.elementlayers.size - 1;
+    case kSolution:
+      break;
+  }
+  return -1;
+}
+
+std::string PreludeText(const CState& state) {
+  std::string text;
+  for (std::int32_t i = 0; i < state.elementlayers.size; ++i) {
+    text.append(state.elementlayers[i].element.View());
+    text.append(" = element.new(").append(std::to_string(i)).append(");\n");
+  }
+  for (const PreludeArray& array : kArrays) {
+    text.append(array.name).append(" = array.new(");
+    text.append(std::to_string(HighestIndex(array.length, state))).append(", ");
+    text.append(std::to_string(array.code)).append(");\n");
+  }
+  return text;
+}
+
+void BuildMainChunk(const CArray<CCharArray>& lines, std::string& chunk) {
+  chunk.assign("function Start()\n");
+  for (const CCharArray& line : lines) chunk.append(line.View()).append("\n");
+  chunk.append("end\n");
+}
+
+bool IsPreludePlain(const CState& state) {
+  return state.elementlayers.size <= kMostElements &&
+         std::all_of(state.elementlayers.begin(), state.elementlayers.end(),
+                     [](const CElementLayer& each) { return IsPlainName(each.element.View()); });
+}
+
+bool AreLinesEmpty(const CArray<CCharArray>& lines) {
+  return std::all_of(lines.begin(), lines.end(), [](const auto& line) { return IsLineEmpty(line.View()); });
+}
+
+bool IsTextFreeOfFinalizers(std::string_view text) {
+  std::size_t at = 0;
+  while (at < text.size()) {
+    if (!IsNamePart(text[at])) {
+      ++at;
+      continue;
+    }
+    const std::size_t begin = at;
+    while (at < text.size() && IsNamePart(text[at])) ++at;
+    if (Contains(kRiskyWords, text.substr(begin, at - begin))) return false;
+  }
+  return true;
+}
+
+}  // namespace tolvik

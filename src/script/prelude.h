@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// What a script finds defined: the arrays and elements of the state, and its own lines as the function Start.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "tolvik/state.h"
+
+namespace tolvik {
+
+/// The list whose length bounds an array.
+enum class ArrayLength { kLayers, kSolution, kGaussFunctions, kParameters, kElements };
+
+/// One array under its script name.
+struct PreludeArray {
+  const char* name;
+  std::int32_t code;
+  ArrayLength length;
+};
+
+/// All arrays, in the order in which they are defined.
+std::span<const PreludeArray> PreludeArrays();
+
+/// Highest valid index of an array for this state; -1 for the solution and for an empty list.
+std::int32_t HighestIndex(ArrayLength length, const CState& state);
+
+/// Lua text that defines a global for each element of the state, then all arrays.
+std::string PreludeText(const CState& state);
+
+/// Lua text "function Start() ... end" around the lines, written over chunk.
+void BuildMainChunk(const CArray<CCharArray>& lines, std::string& chunk);
+
+/// True when PreludeText does nothing but define globals: every element name is a plain Lua name, none is
+/// `array` or `element`, and there are not too many for one Lua function.
+bool IsPreludePlain(const CState& state);
+
+/// True when the lines hold nothing that Lua would run: blanks and whole-line comments only.
+bool AreLinesEmpty(const CArray<CCharArray>& lines);
+
+/// True when the text names nothing of Lua through which a finalizer, a file or a loaded library could come
+/// to be; then a Lua state that ran it may be dropped without a close. Errs on the side of false.
+bool IsTextFreeOfFinalizers(std::string_view text);
+
+}  // namespace tolvik
