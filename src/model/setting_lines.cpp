@@ -30,9 +30,11 @@ bool SettingLines::Next(SettingLine& setting) {
   std::string_view line;
   while (NextLine(line)) {
     line = Without(line, '\r', line_);
-    const std::size_t equals = line.find_first_of("=#");
-    if (equals == std::string_view::npos || line[equals] == '#') continue;
-    setting.key = Without(line.substr(0, equals), ' ', key_);
+    const std::size_t equals = line.find('=');
+    if (equals == std::string_view::npos) continue;
+    const std::string_view key = line.substr(0, equals);
+    if (key.find('#') != std::string_view::npos) continue;
+    setting.key = Without(key, ' ', key_);
     setting.raw = line.substr(equals + 1);
     setting.raw = setting.raw.substr(0, setting.raw.find('#'));
     setting.value = Without(setting.raw, ' ', value_);
