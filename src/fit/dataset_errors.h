@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// The distance of a model from all its active measurements: what every search minimises.
+#pragma once
+
+#include "tolvik/state.h"
+
+namespace tolvik {
+
+/// Sum over the active datasets of the error of each, by the state's fitasymmetry and fiterrorfunction; each
+/// dataset adds its own mean with factor 1. Calculates every curve at the measured points, shifted by
+/// datasetqztranslation. solution: left as the curve of the last active dataset. residuals: written by point
+/// index from 0 for every dataset, so a later one overwrites an earlier one; an empty vector stays empty. The
+/// state keeps the polarisation, resolution, wavelength and activedatasetindex of the last active dataset,
+/// and the datasetmultiplicator that CalcScaledLogError finds. Throws what a calculation throws.
+double SumDatasetErrors(CState& state, CSolution& solution, CArray<double>& residuals);
+
+/// Replaces the measured columns by their means over the points i - width to i + width. Points i < width have
+/// no window and become NaN, while the upper end keeps shorter windows. Columns of less than dataset_qz.size
+/// points are averaged as far as they reach.
+void AverageDataset(CDataset& dataset, std::int32_t width);
+
+}  // namespace tolvik
