@@ -37,8 +37,15 @@ target_include_directories(tolvik INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_D
                            $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 target_compile_features(tolvik INTERFACE cxx_std_20)
 
+# tolvik::model: the state file for front ends in C++, which hold the records and need a reader and a writer for them.
+add_library(tolvik::model ALIAS tolvik_model)
+set_target_properties(tolvik_model PROPERTIES EXPORT_NAME model)
+set_target_properties(tolvik_optics PROPERTIES EXPORT_NAME optics)
+target_include_directories(tolvik_optics INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+target_compile_features(tolvik_optics INTERFACE cxx_std_20)
+
 include(CMakePackageConfigHelpers)
-install(TARGETS Tolvik tolvik EXPORT tolvik)
+install(TARGETS Tolvik tolvik tolvik_model tolvik_optics EXPORT tolvik)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/tolvik DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(FILES ${PROJECT_SOURCE_DIR}/man/Tolvik.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/tolvik)

@@ -12,7 +12,7 @@ function(tolvik_room name)
   list(FILTER sources EXCLUDE REGEX "_test\\.cpp$|app/main\\.cpp$")
 
   add_library(tolvik_${name} STATIC ${sources})
-  target_link_libraries(tolvik_${name} PUBLIC tolvik_flags ${ROOM_LIBRARIES})
+  target_link_libraries(tolvik_${name} PUBLIC $<BUILD_INTERFACE:tolvik_flags> ${ROOM_LIBRARIES})
   if(ROOM_LOWER)
     target_link_libraries(tolvik_${name} PUBLIC tolvik_${ROOM_LOWER})
   endif()

@@ -7,7 +7,7 @@
 
 #include "app/command_table.h"
 #include "app/options.h"
-#include "model/state_file.h"
+#include "tolvik/state_file.h"
 
 namespace tolvik {
 namespace {

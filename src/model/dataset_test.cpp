@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "model/state_file.h"
+#include "tolvik/state_file.h"
 
 namespace tolvik {
 namespace {

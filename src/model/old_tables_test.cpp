@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "model/state_file.h"
+#include "tolvik/state_file.h"
 #include "optics/energy.h"
 
 namespace tolvik {

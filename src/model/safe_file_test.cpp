@@ -15,7 +15,7 @@
 #include <string>
 #include <thread>
 
-#include "model/state_file.h"
+#include "tolvik/state_file.h"
 #include "support/scratch.h"
 
 namespace tolvik {

@@ -6,7 +6,7 @@
 #include <chrono>
 #include <string>
 
-#include "model/state_file.h"
+#include "tolvik/state_file.h"
 #include "support/scratch.h"
 
 namespace tolvik {

@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <type_traits>
 
-#include "model/state_file.h"
+#include "tolvik/state_file.h"
 #include "model/state_keys.h"
 #include "model/state_reading.h"
 #include "model/state_settings.h"

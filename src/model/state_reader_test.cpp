@@ -5,7 +5,7 @@
 #include <cmath>
 #include <limits>
 
-#include "model/state_file.h"
+#include "tolvik/state_file.h"
 #include "support/scratch.h"
 
 namespace tolvik {

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <random>
 
-#include "model/state_file.h"
+#include "tolvik/state_file.h"
 #include "model/state_keys.h"
 #include "model/state_settings.h"
 #include "optics/energy.h"

@@ -2,7 +2,7 @@
 // The list sections of a state file: layers, elements, gauss functions, fit variables, datasets.
 #include <gtest/gtest.h>
 
-#include "model/state_file.h"
+#include "tolvik/state_file.h"
 #include "optics/energy.h"
 
 namespace tolvik {

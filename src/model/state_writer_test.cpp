@@ -6,7 +6,7 @@
 #include <limits>
 #include <string>
 
-#include "model/state_file.h"
+#include "tolvik/state_file.h"
 #include "optics/energy.h"
 #include "support/scratch.h"
 
