@@ -16,6 +16,12 @@ inline long double Log10(long double x) {
   return std::log2(x) * kLog10Of2;
 }
 
+/// log10 x - log10 y as one logarithm, which is what an evaluation spends most of its time on beside the
+/// curve. Not a number and infinite where the difference is.
+inline long double Log10Ratio(long double x, long double y) {
+  return Log10(x / y);
+}
+
 /// Natural logarithm in extended precision, from the binary one.
 inline long double Ln(long double x) {
   return std::log2(x) * std::numbers::ln2_v<long double>;

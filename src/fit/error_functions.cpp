@@ -10,7 +10,8 @@ namespace {
 struct Scale {
   double multiplicator;
   double translator;
-  long double Log(double measured) const { return Log10(multiplicator * (measured + translator)); }
+  double Value(double measured) const { return multiplicator * (measured + translator); }
+  long double Log(double measured) const { return Log10(Value(measured)); }
 };
 
 }  // namespace
@@ -24,7 +25,7 @@ double CalcLogError(const CSolution& solution, const CDataset& dataset, CArray<d
   MeanOfSquares mean;
   for (std::int32_t i = 0; i < dataset.dataset_qz.size; ++i) {
     if (!window.Holds(dataset.dataset_qz, i) || !ArePositive(m, c, i)) continue;
-    const long double difference = scale.Log(m[i]) - Log10(c[i]);
+    const long double difference = Log10Ratio(scale.Value(m[i]), c[i]);
     mean.Add(difference * difference);
     StoreResidual(residuals, i, difference);
   }
@@ -40,7 +41,7 @@ double CalcScaledLogError(const CSolution& solution, const CDataset& dataset, CA
   std::int32_t count = 0;
   for (std::int32_t i = 0; i < dataset.dataset_qz.size; ++i) {
     if (!window.Holds(dataset.dataset_qz, i) || !ArePositive(m, c, i)) continue;
-    sum += Log10(m[i]) - Log10(c[i]);
+    sum += Log10Ratio(m[i], c[i]);
     ++count;
   }
   multiplicator = static_cast<double>(std::exp(sum / count));  // NaN without a point
@@ -87,8 +88,8 @@ double CalcPairLogError(const CSolution& solution, const CDataset& dataset, CArr
         !ArePositive(dataset.dataset_Rm, solution.dataset_Rm, i)) {
       continue;
     }
-    const long double plus = scale.Log(dataset.dataset_Rp[i]) - Log10(solution.dataset_Rp[i]);
-    const long double minus = scale.Log(dataset.dataset_Rm[i]) - Log10(solution.dataset_Rm[i]);
+    const long double plus = Log10Ratio(scale.Value(dataset.dataset_Rp[i]), solution.dataset_Rp[i]);
+    const long double minus = Log10Ratio(scale.Value(dataset.dataset_Rm[i]), solution.dataset_Rm[i]);
     mean.Add(plus * plus + minus * minus);
     StoreResidual(residuals, i, std::abs(plus) + std::abs(minus));
   }
