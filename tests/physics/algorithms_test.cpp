@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// The three algorithms against each other, from the state to the curve.
+#include <gtest/gtest.h>
+
+#include "optics/tensor.h"
+#include "support/stacks.h"
+#include "tolvik/dataset.h"
+#include "tolvik/state.h"
+#include "tolvik/tolvik.h"
+
+namespace tolvik::test {
+namespace {
+
+CState MakeState(std::initializer_list<Slab> slabs) {
+  CState state;
+  state.lambda = 19.5;
+  state.layers.Clear();
+  for (const Slab& slab : slabs) {
+    CLayer layer;
+    layer.layer_d = slab.d;
+    layer.layer_delta = slab.delta;
+    layer.layer_beta = slab.beta;
+    layer.layer_sigma = slab.sigma;
+    layer.layer_ddelta = slab.ddelta;
+    layer.layer_dbeta = slab.dbeta;
+    state.layers.Append(layer);
+  }
+  return state;
+}
+
+void SetRay(CState& state, double sigma, double pi_re, double pi_im) {
+  state.ray1sigmare = sigma;
+  state.ray1pire = pi_re;
+  state.ray1piim = pi_im;
+}
+
+CArray<double> Curve(CState state, std::int32_t algorithm) {
+  BuildAllEpsilonTensors(state);
+  state.algorithm = algorithm;
+  CSolution solution;
+  for (int i = 1; i <= 40; ++i) solution.dataset_qz.Append(0.015 * i);
+  EXPECT_EQ(CalcReflectivityDLL(&solution, &state), 1);
+  return solution.dataset_R0;
+}
+
+void ExpectSame(const CArray<double>& a, const CArray<double>& b, double relative) {
+  ASSERT_EQ(a.size, b.size);
+  for (std::int32_t i = 0; i < a.size; ++i) EXPECT_NEAR(a[i], b[i], relative * b[i]) << "point " << i;
+}
+
+CState RoughFilms() {
+  return MakeState({{0, 0.004, 0.002, 4}, {60, 0.009, 0.004, 3}, {25, 0.003, 0.001, 2}, {}});
+}
+
+TEST(Algorithms, AgreeForPureRaysWithoutMagnetism) {
+  for (bool sigma : {true, false}) {
+    CState state = RoughFilms();
+    SetRay(state, sigma ? 1 : 0, sigma ? 0 : 1, 0);
+    const auto parratt = Curve(state, 0);
+    ExpectSame(Curve(state, 1), parratt, 1e-9);
+    ExpectSame(Curve(state, 2), parratt, 1e-9);
+  }
+}
+
+TEST(Algorithms, AgreeInAllNumberTypes) {
+  CState state = RoughFilms();
+  const auto reference = Curve(state, 0);
+  for (std::int32_t precision : {1, 2, 3}) {
+    state.precision = precision;
+    ExpectSame(Curve(state, 1), reference, 1e-9);
+    ExpectSame(Curve(state, 2), reference, 1e-9);
+  }
+  state.precision = 0;
+  ExpectSame(Curve(state, 2), Curve(state, 1), 1e-6);
+}
+
+TEST(Algorithms, AgreeOnSlices) {
+  CState state = RoughFilms();
+  state.layersegmentationmode = 1;
+  state.minlayerthickness = state.maxlayerthickness = 1;
+  const auto parratt = Curve(state, 0);
+  ExpectSame(Curve(state, 1), parratt, 1e-7);
+  ExpectSame(Curve(state, 2), parratt, 1e-7);
+}
+
+TEST(Algorithms, OneAndTwoAgreeForCircularLightOnWeakMagnetism) {
+  // Without roughness: its factors know the magnetic part of the wavevectors in algorithm one only.
+  CState state = MakeState({{0, 0.004, 0.002}, {60, 0.009, 0.004, 0, 2e-5, 1e-5}, {}});
+  state.magnetizationmode = 1;
+  state.maggamma = 90;
+  state.magphi = 30;
+  state.epsilon = 1e-9;
+  SetRay(state, std::sqrt(0.5), 0, std::sqrt(0.5));
+  ExpectSame(Curve(state, 1), Curve(state, 2), 5e-6);
+}
+
+TEST(Algorithms, WeakMagnetismBelowTheToleranceIsIsotropic) {
+  CState state = MakeState({{0, 0.004, 0.002}, {60, 0.009, 0.004, 0, 2e-5, 1e-5}, {}});
+  state.magnetizationmode = 1;
+  SetRay(state, std::sqrt(0.5), 0, std::sqrt(0.5));
+  const auto blind = Curve(state, 1);
+  state.epsilon = 1e-9;
+  const auto seeing = Curve(state, 1);
+  state.magnetizationmode = 0;
+  const auto without = Curve(state, 1);
+  ExpectSame(blind, without, 1e-9);
+  EXPECT_GT(std::abs(seeing[20] / without[20] - 1), 1e-4);
+}
+
+TEST(Algorithms, GaussFunctionsReachTwoButNotOne) {
+  CState state = MakeState({{0, 0.004, 0.002, 2}, {60, 0.009, 0.004, 3, 2e-3, 1e-3}, {}});
+  state.magnetizationmode = 2;
+  state.layersegmentationmode = 1;
+  state.minlayerthickness = state.maxlayerthickness = 1;
+  SetRay(state, std::sqrt(0.5), 0, std::sqrt(0.5));
+  CState modulated = state;
+  CGaussFunction function;
+  function.gauss_delta = function.gauss_beta = 1;
+  function.gauss_z = 30;
+  function.gauss_variance = 10;
+  modulated.gaussfunctions.Append(function);
+  ExpectSame(Curve(modulated, 1), Curve(state, 1), 0);
+  EXPECT_GT(std::abs(Curve(modulated, 2)[20] / Curve(state, 2)[20] - 1), 1e-3);
+}
+
+}  // namespace
+}  // namespace tolvik::test
