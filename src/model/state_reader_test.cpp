@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Single settings, versions and the end of a state file.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cmath>
+#include <fstream>
 #include <limits>
+#include <string>
+#include <thread>
 
 #include "tolvik/state_file.h"
 #include "support/scratch.h"
@@ -32,6 +36,21 @@ TEST(StateReader, MissingFileAndFolderAreRefused) {
   EXPECT_FALSE(LoadState(state, folder.Path("missing.state")));
   EXPECT_FALSE(LoadState(state, folder.Path("")));
   EXPECT_FALSE(LoadState(state, ""));
+}
+
+TEST(StateReader, APipeLoadsToItsEnd) {
+  const testing::ScratchFolder folder;
+  const std::string name = folder.Path("pipe");
+  ASSERT_EQ(mkfifo(name.c_str(), 0600), 0);
+  std::thread writer([&] {
+    std::ofstream out(name);
+    out << "qzmax = 2\n# " << std::string(300000, 'x') << std::flush << "\nresolution = 3";
+  });
+  CState state;
+  EXPECT_TRUE(LoadState(state, name));
+  writer.join();
+  EXPECT_EQ(state.qzmax, 2);
+  EXPECT_EQ(state.resolution, 3);
 }
 
 TEST(StateReader, FileVersionMustBeTheTextOne) {

@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <locale>
 #include <random>
+#include <string>
 
 #include "tolvik/state_file.h"
 #include "model/state_keys.h"
@@ -135,6 +137,31 @@ TEST(StateRoundTrip, SecondSaveIsTheSameFile) {
   CState state;
   ASSERT_TRUE(ReadState(state, first, ""));
   EXPECT_EQ(FormatState(state), first);
+}
+
+// Numbers as in much of Europe: a decimal comma, points between thousands.
+class CommaNumbers : public std::numpunct<char> {
+  char do_decimal_point() const override { return ','; }
+  char do_thousands_sep() const override { return '.'; }
+  std::string do_grouping() const override { return "\3"; }
+};
+
+TEST(StateRoundTrip, TheLocaleOfTheProcessDoesNotMatter) {
+  const std::string plain = FormatState(FullState());
+  const std::string table =
+      "magneticversion = 3\n#\n1\n#\n#\n#\n#\n#\n0.5 1.5 2000.25 +3.5 1 1 1 1 1 2 3 0\n\nqzmax=+1.5\n";
+  const std::locale before = std::locale::global(std::locale(std::locale::classic(), new CommaNumbers));
+  const std::string written = FormatState(FullState());
+  CState state, old;
+  ReadState(state, plain, "");
+  ReadState(old, table, "");
+  std::locale::global(before);
+  EXPECT_EQ(written, plain);
+  EXPECT_EQ(FormatState(state), plain);
+  ASSERT_EQ(old.gaussfunctions.size, 1);
+  EXPECT_EQ(old.gaussfunctions[0].gauss_variance, 2000.25);
+  EXPECT_EQ(old.gaussfunctions[0].gauss_z, 3.5);
+  EXPECT_EQ(old.qzmax, 1.5);
 }
 
 TEST(StateRoundTrip, EnergyAndQzAreRoundedToSixDigits) {
