@@ -41,20 +41,29 @@ mode_t ModeOf(const std::string& name) {
   return status.st_mode & 07777;
 }
 
+uid_t OwnerOf(const std::string& name) {
+  struct stat status {};
+  stat(name.c_str(), &status);
+  return status.st_uid;
+}
+
 ino_t InodeOf(const std::string& name) {
   struct stat status {};
   stat(name.c_str(), &status);
   return status.st_ino;
 }
 
-// Permissions bind ordinary users only: a test run as root acts as one for a while.
+constexpr uid_t kNobody = 65534;
+
+// Permissions bind ordinary users only: a test run as root acts as one for a while, to whom the folder
+// belongs, and its files where they are given away.
 class OrdinaryUser {
  public:
-  explicit OrdinaryUser(const ScratchFolder& folder) {
+  explicit OrdinaryUser(const ScratchFolder& folder, bool give_files = true) {
     if (geteuid() != 0) return;
-    constexpr uid_t kNobody = 65534;
     EXPECT_EQ(chown(folder.Path("").c_str(), kNobody, kNobody), 0);
     for (const auto& entry : fs::directory_iterator(folder.Path(""))) {
+      if (!give_files) break;
       EXPECT_EQ(chown(entry.path().c_str(), kNobody, kNobody), 0);
     }
     EXPECT_EQ(setegid(kNobody), 0);
@@ -240,6 +249,28 @@ TEST(SafeFile, AProtectedFileIsNotReplaced) {
   }
   EXPECT_EQ(folder.Read("old"), "old");
   EXPECT_EQ(FilesIn(folder), 1u);
+}
+
+TEST(SafeFile, AFileKeepsItsOwner) {
+  const ScratchFolder folder;
+  const std::string mine = folder.Write("mine", "old");
+  const bool root = geteuid() == 0;  // only root can change owners, or own files of others
+  if (root) EXPECT_EQ(chown(mine.c_str(), kNobody, kNobody), 0);
+  EXPECT_TRUE(Save(mine, "new"));
+  EXPECT_EQ(OwnerOf(mine), root ? kNobody : geteuid());
+
+  // A file of someone else that all may write: replacing it would change its owner, so it is written in
+  // place.
+  const std::string theirs = folder.Write("theirs", "old and longer");
+  chmod(theirs.c_str(), 0666);
+  const uid_t owner = OwnerOf(theirs);
+  {
+    const OrdinaryUser user(folder, false);
+    EXPECT_TRUE(Save(theirs, "new"));
+  }
+  EXPECT_EQ(OwnerOf(theirs), owner);
+  EXPECT_EQ(folder.Read("theirs"), "new");
+  EXPECT_EQ(FilesIn(folder), 2u);
 }
 
 // Saves over a file that is a mount point, which no rename can replace. Exit value 0 when all is as it should
