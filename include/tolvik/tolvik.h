@@ -1,7 +1,14 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The functions that a front end calls, by these names, in the program or in libtolvik.so.
 //
-// The caller owns every CState and CSolution that it passes in.
+// The caller owns every CState and CSolution that it passes in. Calculations change both in place. The
+// getters of a fit and an evolution hand out pointers into objects that live to the end of the process: a new
+// fit or evolution replaces the one that the functions work on, and the old object stays allocated.
+//
+// A fit: FitNewDLL, then FitIterateDLL as often as wished, reading FitGetLastErrorDLL, FitGetFitStateDLL and
+// FitGetFitDataDLL between the steps. An evolution: EvolutionNewDLL, then EvolutionIterateDLL. Nothing stops
+// by itself. None of these functions is meant to be entered from two threads at once; the server of
+// StartWebserver works on its own copy.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +22,54 @@
 #define TOLVIK_EXPORT
 #endif
 
+namespace tolvik {
+class CMultiFit;   ///< fit/multi_fit.h; opaque here
+class CEvolution;  ///< fit/evolution.h; opaque here
+}  // namespace tolvik
+
 extern "C" {
+
+/// Makes a fit from a deep copy of the state: variables, bounds, measurements, seed evo_random. Returns 0.
+/// When memory is short there is no fit afterwards.
+TOLVIK_EXPORT std::int32_t FitNewDLL(tolvik::CState* state);
+
+/// One step of the fit by its fitalgorithm: 0 downhill simplex, 1 a whole Levenberg-Marquardt run, 2
+/// annealing; any other value, or no fit, does nothing. Returns 0. An exception of a calculation travels to
+/// the caller.
+TOLVIK_EXPORT std::int32_t FitIterateDLL(void);
+
+/// *out = the fit's own state, which shows the model of the last evaluation; *out stays when there is no fit.
+/// Returns 0.
+TOLVIK_EXPORT std::int32_t FitGetFitStateDLL(tolvik::CState** out);
+
+/// *out = the curve that the fit calculated last, null when there is no fit. Returns 0.
+TOLVIK_EXPORT std::int32_t FitGetFitDataDLL(tolvik::CSolution** out);
+
+/// *out = the fit, null when there is none. Returns 0.
+TOLVIK_EXPORT std::int32_t FitGetFitDLL(tolvik::CMultiFit** out);
+
+/// Error of the fit's last evaluation. Call FitNewDLL first; NaN when there is no fit.
+TOLVIK_EXPORT double FitGetLastErrorDLL(void);
+
+/// Makes an evolution of evo_population individuals between the bounds of the variables of the state, which
+/// is copied. Returns 1. When memory is short there is no evolution afterwards.
+TOLVIK_EXPORT std::int32_t EvolutionNewDLL(tolvik::CState* state);
+
+/// One generation; prints "Calculate %i" for each individual to standard output. Call EvolutionNewDLL first;
+/// does nothing without an evolution. Returns 1. An exception of a calculation travels to the caller, with
+/// the generation half done.
+TOLVIK_EXPORT std::int32_t EvolutionIterateDLL(void);
+
+/// *out = the evolution, null when there is none. Returns 1.
+TOLVIK_EXPORT std::int32_t EvolutionGetEvolutionDLL(tolvik::CEvolution** out);
+
+/// Runs the script of the state once on it, unless disablescript is set. Returns 1, whatever the script does.
+TOLVIK_EXPORT std::int32_t StartScriptDLL(tolvik::CState* state);
+
+/// Prints a summary of the state to standard output and shows a copy of it on the page of a server on TCP
+/// port 8080, which the first call starts in a thread of its own; later calls hand a new model to it. Returns
+/// 0.
+TOLVIK_EXPORT std::int32_t StartWebserver(tolvik::CState* state);
 
 /// One reflectivity curve on the grid solution->dataset_qz; writes dataset_R0 (after the resolution) and
 /// sizes dataset_Rp. The state's optical constants and whatever its script touches change in place. Returns 1

@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// Exported functions that are not a calculation of their own: fits, evolution, script.
+#include "app/exports.h"
+
+#include <exception>
+#include <limits>
+#include <memory>
+
+#include "script/host.h"
+#include "tolvik/tolvik.h"
+
+namespace tolvik {
+
+CMultiFit* frontendfit = nullptr;
+CEvolution* frontendevolution = nullptr;
+
+}  // namespace tolvik
+
+using tolvik::frontendevolution;
+using tolvik::frontendfit;
+
+extern "C" {
+
+std::int32_t FitNewDLL(tolvik::CState* state) {
+  try {
+    auto fit = std::make_unique<tolvik::CMultiFit>(*state);
+    fit->RestartFit();
+    frontendfit = fit.release();
+  } catch (const std::exception&) {
+    frontendfit = nullptr;  // memory is short: FitGetFitDLL tells
+  }
+  return 0;
+}
+
+std::int32_t FitIterateDLL(void) {
+  if (frontendfit != nullptr) frontendfit->Iterate();
+  return 0;
+}
+
+std::int32_t FitGetFitStateDLL(tolvik::CState** out) {
+  if (frontendfit != nullptr) *out = &frontendfit->state;
+  return 0;
+}
+
+std::int32_t FitGetFitDataDLL(tolvik::CSolution** out) {
+  *out = frontendfit != nullptr ? &frontendfit->solution : nullptr;
+  return 0;
+}
+
+std::int32_t FitGetFitDLL(tolvik::CMultiFit** out) {
+  *out = frontendfit;
+  return 0;
+}
+
+double FitGetLastErrorDLL(void) {
+  return frontendfit != nullptr ? frontendfit->lasterror : std::numeric_limits<double>::quiet_NaN();
+}
+
+std::int32_t EvolutionNewDLL(tolvik::CState* state) {
+  try {
+    frontendevolution = std::make_unique<tolvik::CEvolution>(*state).release();
+  } catch (const std::exception&) {
+    frontendevolution = nullptr;  // memory is short: EvolutionGetEvolutionDLL tells
+  }
+  return 1;
+}
+
+std::int32_t EvolutionIterateDLL(void) {
+  if (frontendevolution != nullptr) frontendevolution->Iterate();
+  return 1;
+}
+
+std::int32_t EvolutionGetEvolutionDLL(tolvik::CEvolution** out) {
+  *out = frontendevolution;
+  return 1;
+}
+
+std::int32_t StartScriptDLL(tolvik::CState* state) {
+  try {
+    tolvik::ScriptSession(*state).Run();
+  } catch (const std::exception&) {
+    // Memory is short: like any other fault of a script this one is silent.
+  }
+  return 1;
+}
+
+}  // extern "C"
