@@ -255,7 +255,9 @@ TEST(SafeFile, AFileKeepsItsOwner) {
   const ScratchFolder folder;
   const std::string mine = folder.Write("mine", "old");
   const bool root = geteuid() == 0;  // only root can change owners, or own files of others
-  if (root) EXPECT_EQ(chown(mine.c_str(), kNobody, kNobody), 0);
+  if (root) {
+    EXPECT_EQ(chown(mine.c_str(), kNobody, kNobody), 0);
+  }
   EXPECT_TRUE(Save(mine, "new"));
   EXPECT_EQ(OwnerOf(mine), root ? kNobody : geteuid());
 
