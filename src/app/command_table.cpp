@@ -6,6 +6,7 @@
 #include <exception>
 
 #include "app/calc_commands.h"
+#include "app/fit_commands.h"
 #include "app/kk_command.h"
 #include "app/map_file.h"
 #include "app/report.h"
@@ -20,6 +21,12 @@ struct Command {
 
 constexpr const char* kMapFile = "Map.dat";
 
+void FitMeasuredMap(Project& project) {
+  CMapFile map(project.states[0]);
+  LoadMapFile(map, kMapFile);
+  FitMapCommand(map);
+}
+
 void PrintMeasuredMap(Project& project) {
   std::fflush(stderr);
   CMapFile map(project.states[0]);
@@ -33,10 +40,10 @@ constexpr Command kCommands[] = {
     {"-refl", [](Project& project) { CalcReflectivityCommand(project.states[0]); }},
     {"-escan", nullptr},
     {"-dicrefl", nullptr},
-    {"-fit", nullptr},
-    {"-bruteforcefit", nullptr},
+    {"-fit", [](Project& project) { FitCommand(project.states, project.names); }},
+    {"-bruteforcefit", [](Project& project) { BruteForceFitCommand(project.states[0]); }},
     {"-map", nullptr},
-    {"-fitmap", nullptr},
+    {"-fitmap", FitMeasuredMap},
     {"-fitkk", [](Project&) { FitKramersKronigCommand("LSAT2.db"); }},
     {"-plotmap", PrintMeasuredMap},
 };
