@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <exception>
 
+#include "engine/lanes/batch.h"
 #include "engine/layer.h"
 #include "engine/number.h"
 #include "engine/parratt.h"
@@ -49,6 +50,7 @@ struct BatchOutcome {
 template <class T>
 struct IntensityWork {
   ParrattVectors<T> parratt;
+  lanes::BatchWork<T> lanes;
 };
 
 /// Intensities of a profile at count angles, given as s = sin θ with 0 <= s <= 1, in their order.

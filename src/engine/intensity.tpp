@@ -63,6 +63,17 @@ void CalcSample(Profile<T>& profile, const T& k0, const IntensityOptions<T>& opt
   }
 }
 
+/// Whether lanes have calculated the batch; what they left is not finite.
+template <Number T>
+bool TryLanes(const Profile<T>& profile, const T& k0, const IntensityOptions<T>& options, std::int32_t count,
+              const T* s, T* first, T* second, IntensityWork<T>& work) {
+  if constexpr (lanes::HasLanes<T>) {
+    return lanes::CalcByLanes<T>(profile, k0, options, count, s, first, second, work.lanes);
+  } else {
+    return false;
+  }
+}
+
 }  // namespace intensity_detail
 
 template <Number T>
@@ -70,8 +81,14 @@ BatchOutcome CalcIntensities(Profile<T>& profile, const T& k0, const IntensityOp
                              std::int32_t count, const T* s, T* first, T* second, IntensityWork<T>& work) {
   BatchOutcome outcome;
   try {
+    const bool by_lanes =
+        intensity_detail::TryLanes<T>(profile, k0, options, count, s, first, second, work);
     while (outcome.done < count) {
       const std::int32_t i = outcome.done;
+      if (by_lanes && isfinite(first[i]) && (second == nullptr || isfinite(second[i]))) {
+        ++outcome.done;
+        continue;
+      }
       intensity_detail::CalcSample<T>(profile, k0, options, GrazingAngle(s[i]), first[i],
                                       second != nullptr ? second + i : nullptr, work);
       ++outcome.done;

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// Kernels for x86-64-v3: AVX2 with fused multiplication. Nothing of this source may be called, or picked up
+// by the linker for other callers, on a processor that lacks the set: it holds no standard containers, and
+// every type that its templates are made with is local to it (scripts/check-lane-symbols).
+#if defined(__x86_64__)
+#include "engine/lanes/kernels.h"
+#include "engine/lanes/parratt_kernel.h"
+
+namespace tolvik::engine::lanes {
+namespace {
+
+struct Double {
+  using Batch = xsimd::batch<double, xsimd::fma3<xsimd::avx2>>;
+  static constexpr bool fused = true;
+  static constexpr bool estimates = false;
+  TOLVIK_INLINE static Batch MulAdd(Batch a, Batch b, Batch c) { return _mm256_fmadd_pd(a, b, c); }
+  TOLVIK_INLINE static Batch NegMulAdd(Batch a, Batch b, Batch c) { return _mm256_fnmadd_pd(a, b, c); }
+  TOLVIK_INLINE static Batch MulSub(Batch a, Batch b, Batch c) { return _mm256_fmsub_pd(a, b, c); }
+};
+
+struct Float {
+  using Batch = xsimd::batch<float, xsimd::fma3<xsimd::avx2>>;
+  static constexpr bool fused = true;
+  static constexpr bool estimates = false;
+  TOLVIK_INLINE static Batch MulAdd(Batch a, Batch b, Batch c) { return _mm256_fmadd_ps(a, b, c); }
+  TOLVIK_INLINE static Batch NegMulAdd(Batch a, Batch b, Batch c) { return _mm256_fnmadd_ps(a, b, c); }
+  TOLVIK_INLINE static Batch MulSub(Batch a, Batch b, Batch c) { return _mm256_fmsub_ps(a, b, c); }
+};
+
+}  // namespace
+
+const Kernels kAvx2Kernels = {"avx2", ParrattBlock<Float>::Run, ParrattBlock<Double>::Run};
+
+}  // namespace tolvik::engine::lanes
+#endif

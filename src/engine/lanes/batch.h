@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// The batch of angles of a curve, by lanes where they can.
+#pragma once
+
+#include <concepts>
+#include <cstdint>
+
+#include "engine/lanes/parratt.h"
+#include "engine/layer.h"
+
+namespace tolvik::engine {
+
+template <class T>
+struct IntensityOptions;
+
+namespace lanes {
+
+/// Number types that have lanes. The others keep the plain path.
+template <class T>
+concept HasLanes = std::same_as<T, float> || std::same_as<T, double>;
+
+/// Work space, kept over a curve.
+template <class T>
+struct BatchWork {};
+
+template <HasLanes T>
+struct BatchWork<T> {
+  ParrattLanes<T> parratt;
+};
+
+/// Intensities of both rays, as CalcIntensities (engine/intensity.h) describes; second may be null. False:
+/// the plain path has to do the whole batch. Otherwise it has to do each angle with an intensity that is not
+/// finite: lanes decide nothing about overflow, division by zero and NaN.
+template <HasLanes T>
+bool CalcByLanes(const Profile<T>& profile, T k0, const IntensityOptions<T>& options, std::int32_t count,
+                 const T* s, T* first, T* second, BatchWork<T>& work);
+
+}  // namespace lanes
+}  // namespace tolvik::engine

@@ -1,0 +1,13 @@
+# Each source of an instruction set gets that set's flags, and is optimised in every build: without inlining,
+# functions of the vector library would stand in the object under names of their own.
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
+  set(folder ${CMAKE_CURRENT_LIST_DIR})
+  set_source_files_properties(${folder}/sse.cpp PROPERTIES COMPILE_OPTIONS "-O3;-fno-exceptions;-march=x86-64-v2")
+  set_source_files_properties(${folder}/avx2.cpp PROPERTIES COMPILE_OPTIONS "-O3;-fno-exceptions;-march=x86-64-v3")
+  set(avx512 -O3 -fno-exceptions -march=x86-64-v4)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+    # GCC's own avx512fintrin.h makes its undefined registers from themselves (GCC bug 105593).
+    list(APPEND avx512 -Wno-maybe-uninitialized -Wno-uninitialized)
+  endif()
+  set_source_files_properties(${folder}/avx512.cpp PROPERTIES COMPILE_OPTIONS "${avx512}")
+endif()

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// The kernels of the instruction sets and the choice among them.
+//
+// Lanes calculate several angles as one number (register.h). Each instruction set has one source that is
+// compiled for it alone; nothing of such a source is called on a processor that lacks the set. Results do not
+// depend on the number of angles, their order or their place in a block.
+#pragma once
+
+#include "engine/lanes/parratt_stack.h"
+
+namespace tolvik::engine::lanes {
+
+/// Entries into one instruction set.
+struct Kernels {
+  const char* name;
+  ParrattKernel<float> parratt_float;
+  ParrattKernel<double> parratt_double;
+};
+
+extern const Kernels kSseKernels;     ///< x86-64-v2, two doubles
+extern const Kernels kAvx2Kernels;    ///< x86-64-v3, four doubles
+extern const Kernels kAvx512Kernels;  ///< x86-64-v4, eight doubles
+
+enum class LaneSet { kPlain, kSse, kAvx2, kAvx512 };
+
+inline constexpr LaneSet kAllLaneSets[] = {LaneSet::kPlain, LaneSet::kSse, LaneSet::kAvx2, LaneSet::kAvx512};
+
+/// "plain", "sse", "avx2" or "avx512".
+const char* NameOf(LaneSet set);
+
+/// Whether this processor and its system can run the set; always true for kPlain.
+bool IsSupported(LaneSet set);
+
+/// Kernels in use; null for the plain path. At the first call the environment variable TOLVIK_LANES (plain,
+/// sse, avx2, avx512) decides; without it, or with any other text, the widest set that the processor has. A
+/// set that it lacks gives the plain path.
+const Kernels* ChosenKernels();
+
+/// Takes another set from now on, for tests and benchmarks; kPlain where the processor lacks it. Curves in
+/// work may see either.
+void ChooseLanes(LaneSet set);
+
+}  // namespace tolvik::engine::lanes

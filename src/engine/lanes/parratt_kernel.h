@@ -1,0 +1,282 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// The recursion of Parratt, Phys. Rev. 95, 359 (1954), for a block of angles at once.
+//
+// w      normal wavevector in units of k0, w² = s² + (n - 1)(n + 1) with s = sin θ: no cancellation at
+// grazing
+//        angles, where n² - cos²θ loses up to ten digits
+// u      w / n²; the pi coefficient is (u_upper - u_lower) / (u_upper + u_lower)
+// F, E   Névot-Croce factor of an interface; factor of the double passage of a slab
+// N, D   numerator and denominator of an amplitude ratio. With the coefficient t / q the recursion is
+//        N <- t D + q E N,  D <- q D + t E N,  and one division at the end serves the whole stack
+//
+// The plain recursion stays the judge: where a wavevector is so small that n² - cos²θ is mere rounding error,
+// where a roughness factor explodes, or where the result is not finite, the angle is given back to it.
+#pragma once
+
+#include "engine/lanes/block.h"
+#include "engine/lanes/parratt_stack.h"
+
+namespace tolvik::engine::lanes {
+
+template <class V>
+class ParrattBlock {
+ public:
+  using L = Lanes<V>;
+  using Z = Complexes<V>;
+  using Scalar = typename L::Scalar;
+  using Stack = ParrattStack<Scalar>;
+  using Entry = ParrattEntry<Scalar>;
+
+  static void Run(const Stack& stack, const Scalar* s, std::int32_t count, Scalar* sigma, Scalar* pi) {
+    for (std::int32_t first = 0; first < count; first += Row<V>::size) {
+      const int size = count - first < Row<V>::size ? count - first : Row<V>::size;
+      ParrattBlock block(stack, s + first, size);
+      if (stack.shared) {
+        block.WalkShared();
+      } else {
+        block.Walk();
+      }
+      if (stack.wants_sigma) block.Finish(block.sigma_, sigma + first, size);
+      if (stack.wants_pi) block.Finish(block.pi_, pi + first, size);
+    }
+  }
+
+ private:
+  struct Wave {
+    ComplexRow<V> w, u;
+  };
+  struct Ratio {
+    ComplexRow<V> n, d;
+  };
+  struct Reflection {
+    ComplexRow<V> sigma, pi;
+  };
+
+  // Smallest |w²|² that the plain form does not drown in rounding errors of n² - cos²θ.
+  static constexpr Scalar kSmallest2 = sizeof(Scalar) == 8 ? Scalar(1e-28) : Scalar(6e-14);
+  // Largest exponent of a roughness factor that is sure not to overflow on the way.
+  static constexpr Scalar kLargestExponent = sizeof(Scalar) == 8 ? Scalar(80) : Scalar(10);
+  static constexpr int kRescaleEvery = sizeof(Scalar) == 8 ? 16 : 4;
+
+  // Places past the last angle repeat it: they cost little and can't disturb.
+  ParrattBlock(const Stack& stack, const Scalar* s, int size)
+      : stack_(stack), used_((size + L::size - 1) / L::size) {
+    for (int i = 0; i < used_ * L::size; ++i) s_.value[i] = s[i < size ? i : size - 1];
+    for (int i = 0; i < used_; ++i) {
+      s2_.Set(i, s_[i] * s_[i]);
+      smallest2_.Set(i, L(Scalar(1)));
+      doubtful_.Set(i, L(Scalar(0)));
+    }
+  }
+
+  TOLVIK_INLINE void Doubt(int i, Mask<V> mask) {
+    doubtful_.Set(i, Select(mask, L(Scalar(1)), doubtful_[i]));
+  }
+
+  TOLVIK_INLINE void SetWave(Wave& wave, int i, L x, L y, Z inverse, bool guarded) {
+    L modulus2;
+    const Z w = SquareRoot(x, y, modulus2);
+    wave.w.Set(i, w);
+    if (stack_.wants_pi) wave.u.Set(i, w * inverse);
+    if (guarded) smallest2_.Set(i, Min(smallest2_[i], modulus2));
+  }
+
+  [[gnu::noinline]] void CalcWave(const Entry& entry, Wave& wave) {
+    if (entry.shifted) return CalcShiftedWave(entry, wave);
+    const Z inverse{L(entry.inverse_real), L(entry.inverse_imag)};
+    // Absorption alone keeps w² away from 0.
+    const bool guarded = entry.chi_imag * entry.chi_imag < Scalar(2) * kSmallest2;
+    for (int i = 0; i < used_; ++i) {
+      SetWave(wave, i, s2_[i] + L(entry.chi_real), L(entry.chi_imag), inverse, guarded);
+    }
+  }
+
+  // The magnetic shift goes with the cosine of the angle.
+  void CalcShiftedWave(const Entry& entry, Wave& wave) {
+    const L one(Scalar(1));
+    for (int i = 0; i < used_; ++i) {
+      const L c = sqrt(one - s2_[i]);
+      const Z n{L(entry.index_real) + L(entry.ddelta) * c, L(entry.index_imag) - L(entry.dbeta) * c};
+      const L chi_real = NegMulAdd(n.imag, n.imag, (n.real - one) * (n.real + one));
+      const L chi_imag = (n.real + n.real) * n.imag;
+      const Z n2{chi_real + one, chi_imag};
+      const L scale = one / Norm(n2);
+      SetWave(wave, i, s2_[i] + chi_real, chi_imag, {n2.real * scale, -(n2.imag * scale)}, true);
+      // A negative absorption, -0 included, turns the wave about.
+      Doubt(i, !(copysign(one, n.imag) > L(Scalar(0))));
+    }
+  }
+
+  [[gnu::noinline]] void CalcRoughness(Scalar roughness, const Wave& lower, const Wave& upper,
+                                       ComplexRow<V>& F) {
+    for (int i = 0; i < used_; ++i) F.Set(i, Exp(L(-roughness) * (lower.w[i] * upper.w[i])));
+    if (!stack_.tame) WatchRoughness(roughness, lower, upper);
+  }
+
+  void WatchRoughness(Scalar roughness, const Wave& lower, const Wave& upper) {
+    using C = FunctionConstants<Scalar>;
+    for (int i = 0; i < used_; ++i) {
+      const Z exponent = L(-roughness) * (lower.w[i] * upper.w[i]);
+      const Mask<V> vanishes = exponent.real < L(Scalar(1.1) * C::exp_lowest);
+      Doubt(i, !(exponent.real < L(kLargestExponent)));
+      Doubt(i, !(abs(exponent.imag) < L(C::max_phase)) && !vanishes);
+    }
+  }
+
+  [[gnu::noinline]] void CalcPassage(Scalar phase, const Wave& wave, ComplexRow<V>& E) {
+    for (int i = 0; i < used_; ++i) {
+      const Z w = wave.w[i];
+      E.Set(i, Exp(Z{w.imag * L(-phase), w.real * L(phase)}));
+    }
+  }
+
+  template <bool rough, bool first>
+  [[gnu::noinline]] void Step(const ComplexRow<V>& lower, const ComplexRow<V>& upper, const ComplexRow<V>& F,
+                              const ComplexRow<V>& E, Ratio& ratio) {
+    for (int i = 0; i < used_; ++i) {
+      const Z q = upper[i] + lower[i];
+      Z t = upper[i] - lower[i];
+      if constexpr (rough) t = t * F[i];
+      if constexpr (first) {
+        ratio.n.Set(i, t);
+        ratio.d.Set(i, q);
+      } else {
+        const Z n = ratio.n[i] * E[i];
+        const Z d = ratio.d[i];
+        ratio.n.Set(i, MulAdd(q, n, t * d));
+        ratio.d.Set(i, MulAdd(t, n, q * d));
+      }
+    }
+  }
+
+  void AddInterface(bool rough, bool first, const ComplexRow<V>& lower, const ComplexRow<V>& upper,
+                    Ratio& ratio) {
+    if (first) {
+      rough ? Step<true, true>(lower, upper, roughness_, passage_[0], ratio)
+            : Step<false, true>(lower, upper, roughness_, passage_[0], ratio);
+    } else {
+      rough ? Step<true, false>(lower, upper, roughness_, passage_[0], ratio)
+            : Step<false, false>(lower, upper, roughness_, passage_[0], ratio);
+    }
+  }
+
+  void Walk() {
+    CalcWave(stack_.entry[0], wave_[0]);
+    for (std::int32_t j = 0; j + 1 < stack_.entries; ++j) {
+      const Entry& lower = stack_.entry[j];
+      const Wave& below = wave_[j & 1];
+      Wave& above = wave_[~j & 1];
+      CalcWave(stack_.entry[j + 1], above);
+      if (j > 0) CalcPassage(lower.phase, below, passage_[0]);
+      if (lower.rough) CalcRoughness(lower.roughness, below, above, roughness_);
+      if (stack_.wants_sigma) AddInterface(lower.rough, j == 0, below.w, above.w, sigma_);
+      if (stack_.wants_pi) AddInterface(lower.rough, j == 0, below.u, above.u, pi_);
+      if (j % kRescaleEvery == kRescaleEvery - 1) RescaleAll();
+    }
+  }
+
+  // (upper - lower) / (upper + lower) F
+  [[gnu::noinline]] void CalcReflection(const ComplexRow<V>& lower, const ComplexRow<V>& upper, bool rough,
+                                        ComplexRow<V>& r) {
+    for (int i = 0; i < used_; ++i) {
+      const Z q = upper[i] + lower[i];
+      const L scale = L(Scalar(1)) / Norm(q);
+      Z t = upper[i] - lower[i];
+      if (rough) t = t * roughness_[i];
+      r.Set(i, Z{scale * q.real, -(scale * q.imag)} * t);
+    }
+  }
+
+  [[gnu::noinline]] void SharedStep(const ComplexRow<V>& r, const ComplexRow<V>& E, Ratio& ratio) {
+    for (int i = 0; i < used_; ++i) {
+      const Z n = ratio.n[i] * E[i];
+      const Z d = ratio.d[i];
+      ratio.n.Set(i, MulAdd(r[i], d, n));
+      ratio.d.Set(i, MulAdd(r[i], n, d));
+    }
+  }
+
+  void StartShared(const ComplexRow<V>& r, Ratio& ratio) {
+    for (int i = 0; i < used_; ++i) {
+      ratio.n.Set(i, r[i]);
+      ratio.d.Set(i, {L(Scalar(1)), L(Scalar(0))});
+    }
+  }
+
+  // The first of its kind brings the highest number so far.
+  void CalcShared() {
+    int waves = 0, passages = 0, interfaces = 0;
+    for (std::int32_t j = 0; j < stack_.entries; ++j) {
+      const Entry& entry = stack_.entry[j];
+      if (entry.wave == waves) CalcWave(entry, wave_[waves++]);
+      if (j == 0 || j + 1 == stack_.entries) continue;
+      if (entry.passage == passages) CalcPassage(entry.phase, wave_[entry.wave], passage_[passages++]);
+    }
+    for (std::int32_t j = 0; j + 1 < stack_.entries; ++j) {
+      const Entry& lower = stack_.entry[j];
+      if (lower.interface != interfaces) continue;
+      const Wave& below = wave_[lower.wave];
+      const Wave& above = wave_[stack_.entry[j + 1].wave];
+      Reflection& r = reflection_[interfaces++];
+      if (lower.rough) CalcRoughness(lower.roughness, below, above, roughness_);
+      if (stack_.wants_sigma) CalcReflection(below.w, above.w, lower.rough, r.sigma);
+      if (stack_.wants_pi) CalcReflection(below.u, above.u, lower.rough, r.pi);
+    }
+  }
+
+  void WalkShared() {
+    CalcShared();
+    if (stack_.wants_sigma) StartShared(reflection_[stack_.entry[0].interface].sigma, sigma_);
+    if (stack_.wants_pi) StartShared(reflection_[stack_.entry[0].interface].pi, pi_);
+    for (std::int32_t j = 1; j + 1 < stack_.entries; ++j) {
+      const Reflection& r = reflection_[stack_.entry[j].interface];
+      const ComplexRow<V>& E = passage_[stack_.entry[j].passage];
+      if (stack_.wants_sigma) SharedStep(r.sigma, E, sigma_);
+      if (stack_.wants_pi) SharedStep(r.pi, E, pi_);
+      if (j % kRescaleEvery == kRescaleEvery - 1) RescaleAll();
+    }
+  }
+
+  void RescaleAll() {
+    if (stack_.wants_sigma) Rescale(sigma_);
+    if (stack_.wants_pi) Rescale(pi_);
+  }
+
+  // Brings |D| near 1 by a power of two, which rounds nothing.
+  [[gnu::noinline]] void Rescale(Ratio& ratio) {
+    using Integers = typename L::Integers;
+    using Bits = typename L::Bits;
+    constexpr int mantissa_bits = FunctionConstants<Scalar>::mantissa_bits;
+    constexpr Bits exponent = Bits(sizeof(Scalar) == 8 ? 0x7ff : 0xff) << mantissa_bits;
+    constexpr Bits twice_bias = Bits(sizeof(Scalar) == 8 ? 0x7fe : 0xfe) << mantissa_bits;
+    for (int i = 0; i < used_; ++i) {
+      const L size = abs(ratio.d.real[i]) + abs(ratio.d.imag[i]);
+      const L scale = L::FromBits(Integers(twice_bias) - (size.ToBits() & Integers(exponent)));
+      Doubt(i, !(size > L(Scalar(0))));
+      ratio.n.Set(i, scale * ratio.n[i]);
+      ratio.d.Set(i, scale * ratio.d[i]);
+    }
+  }
+
+  void Finish(Ratio& ratio, Scalar* out, int size) {
+    Rescale(ratio);
+    Row<V>& result = ratio.n.real;
+    for (int i = 0; i < used_; ++i) {
+      const Mask<V> sure = smallest2_[i] > L(kSmallest2) && doubtful_[i] == L(Scalar(0));
+      const L intensity = Norm(ratio.n[i]) / Norm(ratio.d[i]);
+      result.Set(i, Select(sure, intensity, L(std::numeric_limits<Scalar>::quiet_NaN())));
+    }
+    for (int i = 0; i < size; ++i) out[i] = result.value[i];
+  }
+
+  const Stack& stack_;
+  int used_;  // registers of the block that hold an angle
+  Row<V> s_, s2_, smallest2_, doubtful_;
+  Ratio sigma_, pi_;
+  ComplexRow<V> roughness_;
+  Wave wave_[kMaxShared];
+  ComplexRow<V> passage_[kMaxShared];
+  Reflection reflection_[kMaxShared];
+};
+
+}  // namespace tolvik::engine::lanes

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// What the recursion of Parratt needs to know of a stack, laid out for the kernels: plain numbers and
+// pointers.
+#pragma once
+
+#include <cstdint>
+
+namespace tolvik::engine::lanes {
+
+/// One entry of the profile as the kernels see it; its index n = 1 - delta + i beta was rounded to the number
+/// type first.
+template <class Scalar>
+struct ParrattEntry {
+  Scalar index_real, index_imag;      ///< n without the magnetic shift
+  Scalar chi_real, chi_imag;          ///< n² - 1, calculated as (n - 1)(n + 1)
+  Scalar inverse_real, inverse_imag;  ///< 1 / n²
+  Scalar ddelta, dbeta;               ///< magnetic shift of the index at cos θ = 1, with the sense's sign
+  Scalar phase;                       ///< 2 k0 d: phase of the double passage of a wave with w = 1
+  Scalar roughness;                   ///< 2 σ² k0² of the interface above
+  bool shifted;                       ///< the magnetic shift is not 0
+  bool rough;                         ///< σ is not 0
+  std::int8_t wave;                   ///< in a shared stack: entries of one index bear one number,
+  std::int8_t passage;                ///< entries of one index and one thickness likewise,
+  std::int8_t interface;              ///< and interfaces of equal sides and roughness
+};
+
+/// Most different waves, passages or interfaces of a shared stack.
+inline constexpr int kMaxShared = 16;
+
+/// A stack at one k0. Interface j lies above entry j; entry 0 is the substrate.
+template <class Scalar>
+struct ParrattStack {
+  const ParrattEntry<Scalar>* entry;
+  std::int32_t entries;  ///< at least 2
+  bool tame;             ///< no roughness factor can leave the range of the functions
+  bool wants_sigma;
+  bool wants_pi;
+  bool shared;  ///< the stack repeats itself; what is equal is calculated once
+};
+
+/// Squared moduli of the sigma and pi amplitude ratios at count angles, given as s = sin θ, 0 <= s <= 1.
+/// An angle that the plain recursion has to judge gets a NaN. What is not wanted stays untouched.
+template <class Scalar>
+using ParrattKernel = void (*)(const ParrattStack<Scalar>& stack, const Scalar* s, std::int32_t count,
+                               Scalar* sigma, Scalar* pi);
+
+}  // namespace tolvik::engine::lanes

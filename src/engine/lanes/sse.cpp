@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// Kernels for x86-64-v2: SSE 4.2. Nothing of this source may be called, or picked up by the linker for other
+// callers, on a processor that lacks the set: it holds no standard containers, and every type that its
+// templates are made with is local to it (scripts/check-lane-symbols).
+#if defined(__x86_64__)
+#include "engine/lanes/kernels.h"
+#include "engine/lanes/parratt_kernel.h"
+
+namespace tolvik::engine::lanes {
+namespace {
+
+struct Double {
+  using Batch = xsimd::batch<double, xsimd::sse4_2>;
+  static constexpr bool fused = false;
+  static constexpr bool estimates = false;
+};
+
+struct Float {
+  using Batch = xsimd::batch<float, xsimd::sse4_2>;
+  static constexpr bool fused = false;
+  static constexpr bool estimates = false;
+};
+
+}  // namespace
+
+const Kernels kSseKernels = {"sse", ParrattBlock<Float>::Run, ParrattBlock<Double>::Run};
+
+}  // namespace tolvik::engine::lanes
+#endif
