@@ -34,17 +34,16 @@ class Curve : public ::testing::Test {
     EXPECT_EQ(Calculate(solution, state), 1);
     return solution.dataset_R0;
   }
-  /// The intensity at one q by the single operations, in order.
+  /// The intensity at one q as a batch of its own: a sample does not depend on its neighbours.
   static double Direct(const CState& state, double q) {
     Profile<T> profile;
     PrepareProfile<T>(state, profile);
     const T k0 = T(6.283185307179586) / T(state.lambda);
-    const double rays[8] = {state.ray1sigmare, state.ray1sigmaim, state.ray1pire, state.ray1piim, 0, 0, 0, 0};
-    ParrattVectors<T> v;
-    CalcWavevectors<T>(profile, v.kz, k0, GrazingAngle(T(q) / (T(2.0) * k0)),
-                       T(state.magnetizationmode != 0 ? 1.0 : 0.0));
-    CalcFresnelCoefficients<T>(profile, v.kz, v.rpi, v.rsigma);
-    return static_cast<double>(CalcParrattIntensity<T>(profile, v.kz, v.rpi, v.rsigma, rays, 1));
+    const T s = T(q) / (T(2.0) * k0);
+    T intensity(-1.0);
+    IntensityWork<T> work;
+    CalcIntensities<T>(profile, k0, OptionsOfState<T>(state), 1, &s, &intensity, nullptr, work);
+    return static_cast<double>(intensity);
   }
 };
 TYPED_TEST_SUITE(Curve, testing::Precisions, testing::PrecisionNames);
