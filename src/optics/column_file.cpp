@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cstring>
 #include <fstream>
+#include <locale>
 #include <sstream>
 
 #include "optics/column_table.h"
@@ -38,7 +39,10 @@ Token TakeNumber(const char*& at, const char* end, double& value) {
 
 class RowReader {
  public:
-  explicit RowReader(CColumnTable& table) : table_(table) { row_.values.Assign(table.columns, 0.0); }
+  explicit RowReader(CColumnTable& table) : table_(table) {
+    row_.values.Assign(table.columns, 0.0);
+    stream_.imbue(std::locale::classic());  // whatever locale a front end has set
+  }
 
   void TakeLine(const char* begin, const char* end) {
     if (end - begin < 2 || *begin == '#') return;

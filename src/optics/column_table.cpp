@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <fstream>
+#include <locale>
 
 namespace tolvik {
 namespace {
@@ -74,6 +75,7 @@ bool IsEnergyInColumnTable(const CColumnTable& table, double energy) {
 bool SaveColumnTable(const CColumnTable& table, const std::string& path) {
   std::ofstream out(path, std::ios::trunc);
   if (!out.is_open()) return false;
+  out.imbue(std::locale::classic());
   for (const CColumnRow& row : table) {
     out << row.energy;
     for (double value : row.values) out << '\t' << value;
