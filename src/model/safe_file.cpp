@@ -89,32 +89,22 @@ void SafeFile::Open(const std::string& file_name) {
   struct stat status;
   const bool exists = stat(file_name.c_str(), &status) == 0;
   target_ = ResolveLinks(file_name);
-  const bool plain = (!exists || S_ISREG(status.st_mode)) && !target_.empty();
-  if (!plain) {
-    target_ = file_name;
-  } else if (exists) {
-    // A file that may not be written is not replaced either.
-    const int old = open(target_.c_str(), O_WRONLY | O_CLOEXEC);
-    if (old < 0) return;
-    OpenAside();
-    if (IsOpen() && !TakeOver(old)) {
-      Close();
-      unlink(aside_.c_str());
-      aside_.clear();
-      errno = EPERM;
-    }
-    const int error = errno;
-    close(old);
-    errno = error;
-  } else {
-    OpenAside();
-  }
-  if (IsOpen() || (plain && !IsRefusal(errno))) return;
-  fd_ = open(target_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kNewFile);
+  if (target_.empty() || (exists && !S_ISREG(status.st_mode))) return OpenInPlace(file_name);
+  // A file that may not be written is not replaced either.
+  const int old = exists ? open(target_.c_str(), O_WRONLY | O_CLOEXEC) : -1;
+  if (exists && old < 0) return;
+  const bool refused = !OpenAside(old);
+  if (old >= 0) close(old);
+  if (refused) OpenInPlace(target_);
 }
 
-// Opens a new file beside the target, in the same folder so that it can be renamed.
-void SafeFile::OpenAside() {
+void SafeFile::OpenInPlace(const std::string& file_name) {
+  fd_ = open(file_name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kNewFile);
+}
+
+// Opens a new file in the folder of the target, so that it can be renamed over it. False when permissions
+// stand against it; any other failure, as a full disk, leaves nothing open and the old file as it is.
+bool SafeFile::OpenAside(int old) {
   static std::atomic<unsigned> counter{0};
   const fs::path folder = fs::path(target_).parent_path();
   do {
@@ -122,7 +112,15 @@ void SafeFile::OpenAside() {
     aside_ = (folder / name).string();
     fd_ = open(aside_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kNewFile);
   } while (fd_ < 0 && errno == EEXIST);
-  if (fd_ < 0) aside_.clear();
+  if (fd_ < 0) {
+    aside_.clear();
+    return !IsRefusal(errno);
+  }
+  if (old < 0 || TakeOver(old)) return true;
+  Close();
+  unlink(aside_.c_str());
+  aside_.clear();
+  return false;
 }
 
 // Gives the new file the owner and the permissions of the old one; false when the owner would change.

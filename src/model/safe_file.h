@@ -50,7 +50,8 @@ class SafeFile {
   };
 
   void Open(const std::string& file_name);
-  void OpenAside();
+  void OpenInPlace(const std::string& file_name);
+  bool OpenAside(int old);
   bool TakeOver(int old);
   bool MoveIntoPlace();
   bool CopyIntoPlace();
