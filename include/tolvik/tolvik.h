@@ -77,4 +77,27 @@ TOLVIK_EXPORT std::int32_t StartWebserver(tolvik::CState* state);
 /// (|qz / (2 k0)| >= 1).
 TOLVIK_EXPORT std::int32_t CalcReflectivityDLL(tolvik::CSolution* solution, tolvik::CState* state);
 
+/// Reflectivity at the pairs of solution->dataset_qz and dataset_eng, which the caller sizes alike; writes
+/// dataset_R0. Runs in the caller's thread and changes the caller's state: lambda ends at the last energy,
+/// and what the script and the optical tables change stays. A point whose tables do not reach its energy
+/// keeps its value. Returns 1; 2 at a point out of reach (|qz / (2 k0)| >= 1); 5 at an exception in a
+/// calculation. After 2 and 5 the later points keep their values.
+TOLVIK_EXPORT std::int32_t CalcEScanDLL(tolvik::CSolution* solution, tolvik::CState* state);
+
+/// The same on all processors, each with a copy of the state, so the caller's state stays as it is. The
+/// caller sizes dataset_R0 like dataset_qz. Each point is a scan of its own: the script starts anew at each,
+/// averaging has no effect, and a failure at one point leaves the others. The result does not depend on the
+/// number of threads. The solution must not be touched meanwhile. Returns 1 always.
+TOLVIK_EXPORT std::int32_t CalcEScanParallelDLL(tolvik::CSolution* solution, tolvik::CState* state);
+
+/// Two curves on the grid solution->dataset_qz at the state's energy: dataset_Rp for ray one and dataset_Rm
+/// for ray two of the state, and their asymmetry dataset_A; sizes dataset_R0, too. The state changes as by
+/// CalcReflectivityDLL. Returns 1; 2 at a point out of reach (qz / (2 k0) > 1; >= 1 with fastresolution); 5
+/// at an exception in a calculation. After 2 and 5 the finishing step has not run.
+TOLVIK_EXPORT std::int32_t CalcAsymmetryDLL(tolvik::CSolution* solution, tolvik::CState* state);
+
+/// The same two curves at the pairs of dataset_qz and dataset_eng, in the caller's thread and on the caller's
+/// state as CalcEScanDLL. Codes as CalcAsymmetryDLL.
+TOLVIK_EXPORT std::int32_t CalcDicEScanDLL(tolvik::CSolution* solution, tolvik::CState* state);
+
 }  // extern "C"

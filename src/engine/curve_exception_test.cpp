@@ -6,6 +6,8 @@
 
 #include "engine/complex.h"
 #include "engine/curve.tpp"
+#include "engine/dichroism.tpp"
+#include "engine/escan.tpp"
 #include "support/states.h"
 
 namespace tolvik::engine {
@@ -121,6 +123,62 @@ TEST(CurveException, EndsTheFastPathWithWhatWasDone) {
   EXPECT_NE(cut.dataset_Rp[1], 1.0);
   EXPECT_EQ(cut.dataset_Rp[2], 1.0);
   EXPECT_EQ(cut.dataset_R0, testing::MakeGrid({1, 1, 1}).dataset_qz) << "neither folded nor finished";
+}
+
+// Algorithm 2 keeps no guard of its own: the caller gets the exception, with the curve as it was then.
+TEST(CurveException, TravelsOutOfAlgorithmTwo) {
+  CState state = Substrate();
+  for (int algorithm : {1, 2}) {
+    state.algorithm = algorithm;
+    CSolution cut = testing::MakeGrid({0.1, 0.2});
+    Fuse::roots_left = 0;
+    if (algorithm == 1) {
+      EXPECT_EQ(CalcReflectivityCurve<Fuse>(cut, state), 1);
+    } else {
+      EXPECT_THROW(CalcReflectivityCurve<Fuse>(cut, state), std::runtime_error);
+    }
+    EXPECT_EQ(cut.dataset_R0[0], 0.0);
+    EXPECT_EQ(cut.dataset_R0[1], 1.0);
+  }
+}
+
+/// The substrate with tables that hold its constants at all energies.
+CState Tabulated() {
+  CState state = Substrate();
+  state.layers[0].layer_db = "substrate";
+  testing::AddTable(state, "substrate", {{1, 0.3, 0.1}, {90000, 0.3, 0.1}});
+  testing::AddTable(state, "vacuum", {{1, 0, 0}, {90000, 0, 0}});
+  return state;
+}
+
+TEST(CurveException, EndsAScanWithCodeFive) {
+  CState state = Tabulated();
+  CSolution scan = testing::MakeScan({0.1, 0.2, 0.3}, {8000, 8000, 8000});
+  Fuse::roots_left = kRootsPerSample + 1;
+  EXPECT_EQ(CalcEScanCurve<Fuse>(scan, state), 5);
+  EXPECT_GT(scan.dataset_R0[0], 0.0);
+  EXPECT_LT(scan.dataset_R0[0], 1.0);
+  EXPECT_EQ(scan.dataset_R0[1], 0.0);
+  EXPECT_EQ(scan.dataset_R0[2], 1.0);
+}
+
+TEST(CurveException, EndsADichroicCurveWithCodeFive) {
+  for (bool fast : {false, true}) {
+    CState state = Substrate();
+    state.fastresolution = fast;
+    CSolution curve = testing::MakeGrid({0.1, 0.2, 9.0});
+    Fuse::roots_left = 2 * kRootsPerSample;  // one more root for the second ray, and the next angle fails
+    EXPECT_EQ(CalcAsymmetryCurve<Fuse>(curve, state), 5) << "before the point out of reach";
+    EXPECT_LT(curve.dataset_Rp[0], 1.0);
+    EXPECT_EQ(curve.dataset_Rp[1], 1.0);
+    EXPECT_EQ(curve.dataset_Rm[1], 1.0);
+  }
+  CState state = Tabulated();
+  CSolution scan = testing::MakeScan({0.1, 0.2}, {8000, 8000});
+  Fuse::roots_left = 2 * kRootsPerSample;
+  EXPECT_EQ(CalcDicEScanCurve<Fuse>(scan, state), 5);
+  EXPECT_LT(scan.dataset_Rm[0], 1.0);
+  EXPECT_EQ(scan.dataset_Rm[1], 1.0);
 }
 
 }  // namespace

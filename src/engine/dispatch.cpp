@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The exported calculations: each picks the number type by the state's precision.
 #include "engine/curve.h"
+#include "engine/dichroism.h"
+#include "engine/escan.h"
+#include "engine/escan_parallel.h"
 #include "engine/number.h"
+#include "engine/status.h"
 #include "tolvik/tolvik.h"
 
 namespace tolvik::engine {
@@ -29,4 +33,25 @@ std::int32_t CalcReflectivityDLL(tolvik::CSolution* solution, tolvik::CState* st
   using namespace tolvik::engine;
   return WithNumberType(state->precision,
                         [&]<class T>() { return CalcReflectivityCurve<T>(*solution, *state); });
+}
+
+std::int32_t CalcEScanDLL(tolvik::CSolution* solution, tolvik::CState* state) {
+  using namespace tolvik::engine;
+  return WithNumberType(state->precision, [&]<class T>() { return CalcEScanCurve<T>(*solution, *state); });
+}
+
+std::int32_t CalcEScanParallelDLL(tolvik::CSolution* solution, tolvik::CState* state) {
+  tolvik::engine::ScanInThreads(*solution, *state);
+  return tolvik::kSuccess;
+}
+
+std::int32_t CalcAsymmetryDLL(tolvik::CSolution* solution, tolvik::CState* state) {
+  using namespace tolvik::engine;
+  return WithNumberType(state->precision,
+                        [&]<class T>() { return CalcAsymmetryCurve<T>(*solution, *state); });
+}
+
+std::int32_t CalcDicEScanDLL(tolvik::CSolution* solution, tolvik::CState* state) {
+  using namespace tolvik::engine;
+  return WithNumberType(state->precision, [&]<class T>() { return CalcDicEScanCurve<T>(*solution, *state); });
 }

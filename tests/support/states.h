@@ -69,6 +69,34 @@ inline CSolution MakeGrid(double first, double last, int count) {
   return solution;
 }
 
+/// One energy of a table of optical constants.
+struct Constants {
+  double energy;
+  double delta;
+  double beta;
+};
+
+/// Gives a state the table of a material, rows by ascending energy.
+inline void AddTable(CState& state, const char* material, std::initializer_list<Constants> rows) {
+  COpticalTable table;
+  table.name = material;
+  for (const Constants& row : rows) {
+    CColumnRow line;
+    line.energy = row.energy;
+    line.values.Append(row.delta);
+    line.values.Append(row.beta);
+    table.db.Append(line);
+  }
+  state.opticaltables.Append(table);
+}
+
+/// A record for an energy scan.
+inline CSolution MakeScan(std::initializer_list<double> qz, std::initializer_list<double> energies) {
+  CSolution solution = MakeGrid(qz);
+  for (double energy : energies) solution.dataset_eng.Append(energy);
+  return solution;
+}
+
 /// Makes both rays of a state pi (or both sigma).
 inline void UsePi(CState& state, bool pi = true) {
   state.ray1sigmare = state.ray2sigmare = pi ? 0 : 1;

@@ -1,8 +1,13 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "engine/curve.tpp"
+#include "engine/dichroism.tpp"
+#include "engine/escan.tpp"
 
 namespace tolvik::engine {
 
 template std::int32_t CalcReflectivityCurve<long double>(CSolution&, CState&);
+template std::int32_t CalcEScanCurve<long double>(CSolution&, CState&);
+template std::int32_t CalcAsymmetryCurve<long double>(CSolution&, CState&);
+template std::int32_t CalcDicEScanCurve<long double>(CSolution&, CState&);
 
 }  // namespace tolvik::engine

@@ -1,0 +1,138 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+#include "engine/escan_parallel.h"
+
+#include <mpfr.h>
+#include <pthread.h>
+
+#include <memory>
+#include <vector>
+
+#include "engine/processors.h"
+#include "tolvik/tolvik.h"
+
+namespace tolvik::engine {
+namespace {
+
+/// The one lock of all scans of the process. It guards the counters of the next point, and is held for an
+/// increment only.
+class ScanLock {
+ public:
+  ScanLock() { pthread_spin_init(&lock_, PTHREAD_PROCESS_SHARED); }
+  void Lock() { pthread_spin_lock(&lock_); }
+  void Unlock() { pthread_spin_unlock(&lock_); }
+
+ private:
+  pthread_spinlock_t lock_;
+};
+
+std::int32_t TakeNextPoint(std::int32_t& next) {
+  static ScanLock lock;
+  lock.Lock();
+  const std::int32_t i = next;
+  // An index behind the end is handed out to each thread once, so the counter can't overflow but at 2^31 - 1.
+  if (next < INT32_MAX) ++next;
+  lock.Unlock();
+  return i;
+}
+
+void AppendElement(CArray<double>& to, const CArray<double>& from, std::int32_t i) {
+  if (i < from.size) to.Append(from[i]);
+}
+
+void CalcPoint(CSolution& solution, std::int32_t i, CState& state) {
+  CSolution point;
+  AppendElement(point.dataset_qz, solution.dataset_qz, i);
+  AppendElement(point.dataset_A, solution.dataset_A, i);
+  AppendElement(point.dataset_R0, solution.dataset_R0, i);
+  AppendElement(point.dataset_Rp, solution.dataset_Rp, i);
+  AppendElement(point.dataset_Rm, solution.dataset_Rm, i);
+  AppendElement(point.dataset_eng, solution.dataset_eng, i);
+  CalcEScanDLL(&point, &state);
+  if (i < solution.dataset_R0.size) solution.dataset_R0[i] = point.dataset_R0[0];
+}
+
+// Scans leave the foreground to others. Policies without priorities refuse this, and the thread runs as any.
+void LowerPriority(pthread_attr_t& attributes) {
+  sched_param parameters;
+  if (pthread_attr_getschedparam(&attributes, &parameters) != 0) return;
+  parameters.sched_priority -= 2;
+  pthread_attr_setschedparam(&attributes, &parameters);
+}
+
+bool StartThread(pthread_t& handle, CEScanContext& context) {
+  pthread_attr_t attributes;
+  if (pthread_attr_init(&attributes) != 0) return false;
+  LowerPriority(attributes);
+  const bool started = pthread_create(&handle, &attributes, EScanThread, &context) == 0;
+  pthread_attr_destroy(&attributes);
+  return started;
+}
+
+/// The threads of one scan, joined at the end whatever happens.
+class ScanThreads {
+ public:
+  explicit ScanThreads(std::size_t count) : contexts_(count) { handles_.reserve(count); }
+  ~ScanThreads() {
+    for (const pthread_t handle : handles_) pthread_join(handle, nullptr);
+  }
+  ScanThreads(const ScanThreads&) = delete;
+  ScanThreads& operator=(const ScanThreads&) = delete;
+
+  /// False when no more threads are to be had.
+  bool Start(const CEScanContext& shared, const CState& state) {
+    auto context = std::make_unique<CEScanContext>(shared);
+    context->state = state;
+    pthread_t handle;
+    if (!StartThread(handle, *context)) return false;
+    contexts_[handles_.size()] = std::move(context);
+    handles_.push_back(handle);
+    return true;
+  }
+  bool IsEmpty() const { return handles_.empty(); }
+
+ private:
+  std::vector<std::unique_ptr<CEScanContext>> contexts_;
+  std::vector<pthread_t> handles_;
+};
+
+}  // namespace
+
+void* EScanThread(void* context) {
+  auto& scan = *static_cast<CEScanContext*>(context);
+  for (;;) {
+    const std::int32_t i = TakeNextPoint(*scan.nextindex);
+    if (i >= scan.pointcount) break;
+    try {
+      CalcPoint(*scan.solution, i, scan.state);
+    } catch (...) {  // want of memory: the point keeps its value, the process goes on
+    }
+  }
+  mpfr_free_cache2(MPFR_FREE_LOCAL_CACHE);  // constants that MPFR keeps for each thread
+  return nullptr;
+}
+
+void ScanInThreads(CSolution& solution, const CState& state) noexcept {
+  std::int32_t next = 0;
+  CEScanContext shared;
+  shared.pointcount = solution.dataset_qz.size;
+  shared.nextindex = &next;
+  shared.solution = &solution;
+  try {
+    SystemInfo info;
+    GetSystemInfo(info);
+    ScanThreads threads(static_cast<std::size_t>(info.processors));
+    for (std::int32_t t = 0; t < info.processors; ++t) {
+      if (!threads.Start(shared, state)) break;
+    }
+    if (!threads.IsEmpty()) return;
+  } catch (...) {  // want of memory for one more copy: the threads there are did the work
+    if (next > 0 || shared.pointcount == 0) return;
+  }
+  try {
+    shared.state = state;
+    EScanThread(&shared);
+  } catch (...) {  // not even one copy: all points keep their values
+  }
+}
+
+}  // namespace tolvik::engine

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// An energy scan on all processors.
+#pragma once
+
+#include <cstdint>
+
+#include "tolvik/dataset.h"
+#include "tolvik/state.h"
+
+namespace tolvik::engine {
+
+/// What one thread of a scan works on.
+struct CEScanContext {
+  std::int32_t pointcount = 0;        ///< points of the scan
+  std::int32_t* nextindex = nullptr;  ///< next point to be taken by any thread; under the lock of all scans
+  CSolution* solution = nullptr;      ///< the whole scan; a thread writes dataset_R0 of its own points only
+  CState state;                       ///< a copy of its own
+};
+
+/// Body of a thread: takes points one by one until none is left, calculates each by CalcEScanDLL as a scan of
+/// one point and writes its dataset_R0 back, whatever the code was. Takes a CEScanContext and returns null.
+/// Nothing is thrown; a point that fails otherwise keeps its value.
+void* EScanThread(void* context);
+
+/// Runs EScanThread in one thread for each processor, with a copy of the state each, and waits for all. Where
+/// threads or memory are short there are fewer, down to the caller's own. Never throws.
+void ScanInThreads(CSolution& solution, const CState& state) noexcept;
+
+}  // namespace tolvik::engine

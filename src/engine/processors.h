@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// How many processors there are.
+#pragma once
+
+#include <cstdint>
+
+namespace tolvik::engine {
+
+/// What the platform says of itself.
+struct SystemInfo {
+  std::int32_t processors = 1;  ///< that this process may run on, at least 1
+};
+
+void GetSystemInfo(SystemInfo& info);
+
+/// Makes GetSystemInfo report count processors; 0 asks the platform again. For tests and benchmarks.
+void ForceProcessorCount(std::int32_t count);
+
+}  // namespace tolvik::engine
