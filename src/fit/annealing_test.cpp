@@ -90,6 +90,36 @@ TEST(Annealing, ShrinksWhenTheContractionFails) {
   EXPECT_EQ(fit.Sum(), (Point{0.5, 0.5}));
 }
 
+TEST(Annealing, TiesExpandAndContract) {
+  ToyFit flat([](const Point&) { return 2.0; });
+  flat.Vary(0, 1).Vary(0, 1).Start();
+  flat.AnnealingStep();  // a trial as good as the lowest is expanded, from the old vertex: -sum / 2 + 5/2 (1,
+                         // 0)
+  EXPECT_EQ(flat.evaluated, (std::vector<Point>{{0, 0}, {1, 0}, {0, 1}, {-1, 1}, {2, -0.5}}));
+
+  // Errors 0, 5, 7; the reflection (1, -1) of the highest is taken with 5, which equals the second highest,
+  // and so the contraction (sum + worst) / 4 of sum (2, -1) follows; it fails, and all shrink.
+  ToyFit tie([](const Point& p) {
+    if (p == Point{0, 0}) return 0.0;
+    if (p == Point{1, 0} || p == Point{1, -1}) return 5.0;
+    return p == Point{0, 1} ? 7.0 : 9.0;
+  });
+  tie.Vary(0, 1).Vary(0, 1).Start();
+  tie.AnnealingStep();
+  EXPECT_EQ(tie.evaluated,
+            (std::vector<Point>{{0, 0}, {1, 0}, {0, 1}, {1, -1}, {0.75, -0.5}, {0.5, 0}, {0.5, -0.5}}));
+}
+
+TEST(Annealing, OfEqualLowestVerticesTheLaterOneDrawsTheOthers) {
+  ToyFit fit([](const Point& p) {
+    if (p == Point{0, 0} || p == Point{0, 1}) return 0.0;
+    return p == Point{1, 0} ? 5.0 : 7.0;
+  });
+  fit.Vary(0, 1).Vary(0, 1).Start();
+  fit.AnnealingStep();
+  EXPECT_EQ(fit.evaluated, (std::vector<Point>{{0, 0}, {1, 0}, {0, 1}, {-1, 1}, {0.5, 0.25}, {0, 0.5}, {0.5, 0.5}}));
+}
+
 TEST(Annealing, ScheduleIsLinearAndEndsAtZero) {
   ToyFit fit(SumOfSquares);
   fit.Vary(4, 2).Start();

@@ -181,21 +181,32 @@ TEST(Evolution, WithoutRestrictionAMutationMayLeaveTheBounds) {
   EXPECT_GT(outside, 5);
 }
 
-TEST(Evolution, ProbabilityZeroStillFiresForADrawOfZero) {
-  CState settings = MakeSettings(300);
-  settings.evo_probability = 0;
+// How many first genes of a large population are none of its parents' after a generation.
+int CountNewGenes(CState settings) {
   settings.evo_parents = 100;
   CEvolution evolution(settings);
   const std::vector<Genes> before = GenesOf(evolution);
   Iterate(evolution);
-  int mutated = 0;
+  int changed = 0;
   for (const Genes& genes : GenesOf(evolution)) {
     bool known = false;
     for (const Genes& parent : before) known = known || parent[0] == genes[0];
-    mutated += !known;
+    changed += !known;
   }
-  EXPECT_GT(mutated, 0);  // three of 300 are expected
-  EXPECT_LT(mutated, 15);
+  return changed;
+}
+
+TEST(Evolution, ProbabilityZeroStillFiresForADrawOfZero) {
+  const CState never = MakeSettings(300);
+  EXPECT_EQ(CountNewGenes(never), 0);
+  CState mutating = never;
+  mutating.evo_probability = 0;
+  EXPECT_GT(CountNewGenes(mutating), 0);  // three of 300 are expected
+  EXPECT_LT(CountNewGenes(mutating), 15);
+  CState mixing = never;
+  mixing.evo_mixing = 0;
+  EXPECT_GT(CountNewGenes(mixing), 0);
+  EXPECT_LT(CountNewGenes(mixing), 15);
 }
 
 TEST(Evolution, GeneOfZeroNeverMutates) {
@@ -408,10 +419,10 @@ TEST(Ranking, ErrorThatIsNoNumberIsExchangedByEveryPass) {
   CEvolution two = MakeRanked({kNaN, 1});
   two.SortRanking();
   EXPECT_EQ(RankingOf(two), (std::vector<std::int32_t>{0, 1}));
-  // By hand, N the NaN: N 1 2, 1 N 2, 1 2 N | 1 2 N, 1 N 2 | N 1 2, N 1 2.
-  CEvolution three = MakeRanked({kNaN, 1, 2});
+  // By hand, N the NaN: 2 N 1, N 2 1, N 1 2 | 1 N 2, 1 2 N | 1 2 N, 1 N 2.
+  CEvolution three = MakeRanked({2, kNaN, 1});
   three.SortRanking();
-  EXPECT_EQ(RankingOf(three), (std::vector<std::int32_t>{0, 1, 2}));
+  EXPECT_EQ(RankingOf(three), (std::vector<std::int32_t>{2, 1, 0}));
 }
 
 TEST(Ranking, QuicksortOrdersByError) {

@@ -203,6 +203,14 @@ TEST_F(MultiFitPenalty, ShortParameterVectorStaysInside) {
   fit.RestartFit();
   CArray<CFitVariable> nothing;
   EXPECT_EQ(fit.CalcError(nothing), 0);
+  // A neighbour without a parameter does not count.
+  CArray<CFitVariable> longer = fit.fitvariables;
+  longer.Append(longer[1]);
+  longer[0].fit_value = 3;
+  longer[0].fit_additional_id = 5;
+  longer[1].fit_additional_id = 9;
+  longer[2].fit_additional_id = 6;
+  EXPECT_DOUBLE_EQ(fit.CalcError(longer), 8);
 }
 
 TEST(MultiFit, AlgorithmSelectsTheStep) {
