@@ -117,7 +117,8 @@ TEST(Annealing, OfEqualLowestVerticesTheLaterOneDrawsTheOthers) {
   });
   fit.Vary(0, 1).Vary(0, 1).Start();
   fit.AnnealingStep();
-  EXPECT_EQ(fit.evaluated, (std::vector<Point>{{0, 0}, {1, 0}, {0, 1}, {-1, 1}, {0.5, 0.25}, {0, 0.5}, {0.5, 0.5}}));
+  EXPECT_EQ(fit.evaluated,
+            (std::vector<Point>{{0, 0}, {1, 0}, {0, 1}, {-1, 1}, {0.5, 0.25}, {0, 0.5}, {0.5, 0.5}}));
 }
 
 TEST(Annealing, ScheduleIsLinearAndEndsAtZero) {

@@ -52,6 +52,13 @@ void FillColumn(const CSolution& solution, CArray<double>& column, double value)
   }
 }
 
+void FillBothRays(CSolution& solution, double asymmetry) {
+  FillColumn(solution, solution.dataset_R0, 1.0);
+  FillColumn(solution, solution.dataset_Rp, 1.0);
+  FillColumn(solution, solution.dataset_Rm, 1.0);
+  FillColumn(solution, solution.dataset_A, asymmetry);
+}
+
 // One dataset of an evaluation; measured is the stored dataset or its moving average.
 class DatasetComparison {
  public:
@@ -63,6 +70,20 @@ class DatasetComparison {
     switch (state_.fitasymmetry) {
       case 0:
         return CompareReflectivity();
+      case 1:
+        CalculateAsymmetry();
+        return AsymmetryError(measured_.dataset_A.size);
+      case 2:
+        CalculateAsymmetry();
+        return PairError(measured_.dataset_Rp.size);
+      case 3:
+        return CompareEnergyScan();
+      case 4:
+        CalculateDichroicScan();
+        return PairError(measured_.dataset_qz.size);
+      case 5:
+        CalculateDichroicScan();
+        return AsymmetryError(measured_.dataset_qz.size);
       default:
         return 0;
     }
@@ -87,10 +108,31 @@ class DatasetComparison {
     }
     return LogError();
   }
+  double CompareEnergyScan() {
+    FillColumn(solution_, solution_.dataset_R0, 1.0);
+    CalcEScanParallelDLL(&solution_, &state_);
+    return LogError();
+  }
+  void CalculateAsymmetry() {
+    FillBothRays(solution_, 1.0);
+    CalcAsymmetryDLL(&solution_, &state_);
+  }
+  void CalculateDichroicScan() {
+    FillBothRays(solution_, 0.0);
+    CalcDicEScanDLL(&solution_, &state_);
+  }
   double LogError() {
     return CalcLogError(solution_, measured_, residuals_, state_.fitqzmin, state_.fitqzmax, multiplicator_,
                         translator_);
   }
+  double AsymmetryError(std::int32_t count) {
+    return CalcAsymmetryError(solution_, measured_, residuals_, state_.fitqzmin, state_.fitqzmax, count);
+  }
+  double PairError(std::int32_t count) {
+    return CalcPairLogError(solution_, measured_, residuals_, state_.fitqzmin, state_.fitqzmax,
+                            multiplicator_, translator_, count);
+  }
+
   CState& state_;
   CSolution& solution_;
   CArray<double>& residuals_;

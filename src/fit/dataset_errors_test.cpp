@@ -262,5 +262,21 @@ TEST(DatasetErrors, AveragingLeavesTheStoredDataset) {
   EXPECT_EQ(state.datasets[0].dataset_R0, MakePowers().dataset_R0);
 }
 
+TEST(DatasetErrors, AveragedAsymmetryIsNoNumberWithTheFirstPointsInTheWindow) {
+  for (const std::int32_t asymmetry : {1, 5}) {
+    CState state = MakeSubstrate();
+    CDataset dataset = MeasureSubstrate(8000, 1);
+    dataset.dataset_A.Assign(10, 0.0);
+    dataset.dataset_eng.Assign(10, 8000.0);
+    state.datasets.Append(dataset);
+    state.fitasymmetry = asymmetry;
+    EXPECT_FALSE(std::isnan(Evaluate(state))) << asymmetry;
+    state.averaging = 2;
+    EXPECT_TRUE(std::isnan(Evaluate(state))) << asymmetry;
+    state.fitqzmin = dataset.dataset_qz[2];
+    EXPECT_FALSE(std::isnan(Evaluate(state))) << asymmetry;
+  }
+}
+
 }  // namespace
 }  // namespace tolvik
