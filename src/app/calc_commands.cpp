@@ -3,6 +3,7 @@
 
 #include <cstdio>
 
+#include "app/memory_guard.h"
 #include "app/report.h"
 #include "script/host.h"
 #include "tolvik/tolvik.h"
@@ -10,12 +11,17 @@
 namespace tolvik {
 namespace {
 
+constexpr std::int64_t kArraysOfACurve = 5;  // qz, R0, Rp, Rm, asymmetry
+
 // numberofpoints values from 0 to qzmax. One point divides 0 by 0, which the curve carries on.
-CSolution RegularGrid(const CState& state) {
+template <class Formula>
+CSolution RegularGrid(const CState& state, Formula qz) {
   CSolution solution;
-  const double step = 1.0 / (static_cast<double>(state.numberofpoints) - 1);
+  CheckCurveFits(state.numberofpoints, kArraysOfACurve);
   solution.dataset_qz.Assign(state.numberofpoints, 0.0);
-  for (std::int32_t i = 0; i < solution.dataset_qz.size; ++i) solution.dataset_qz[i] = state.qzmax * step * i;
+  for (std::int32_t i = 0; i < solution.dataset_qz.size; ++i) {
+    solution.dataset_qz[i] = qz(i, static_cast<double>(state.numberofpoints) - 1);
+  }
   return solution;
 }
 
@@ -30,7 +36,8 @@ CSolution MeasuredGrid(const CState& state) {
 
 void CalcReflectivityCommand(CState& state) {
   ScriptSession(state).Run();
-  CSolution solution = state.usemeasurementqz ? MeasuredGrid(state) : RegularGrid(state);
+  const auto qz = [&](std::int32_t i, double last) { return state.qzmax * (1.0 / last) * i; };
+  CSolution solution = state.usemeasurementqz ? MeasuredGrid(state) : RegularGrid(state, qz);
   const std::int32_t code = CalcReflectivityDLL(&solution, &state);
   if (code != kSuccess) {
     ReportFailure(code);
@@ -38,6 +45,20 @@ void CalcReflectivityCommand(CState& state) {
   }
   for (std::int32_t i = 0; i < solution.dataset_qz.size; ++i) {
     std::printf("%e %e\n", solution.dataset_qz[i], solution.dataset_R0[i]);
+  }
+}
+
+void CalcDichroicCommand(CState& state) {
+  // not quite the grid of -refl: the last bits differ
+  const auto qz = [&](std::int32_t i, double last) { return i / last * state.qzmax; };
+  CSolution solution = state.usemeasurementqz ? MeasuredGrid(state) : RegularGrid(state, qz);
+  const std::int32_t code = CalcAsymmetryDLL(&solution, &state);
+  if (code != kSuccess) {
+    ReportFailure(code);
+    return;
+  }
+  for (std::int32_t i = 0; i < solution.dataset_qz.size; ++i) {
+    std::printf("%e %e %e\n", solution.dataset_qz[i], solution.dataset_Rp[i], solution.dataset_Rm[i]);
   }
 }
 

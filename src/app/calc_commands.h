@@ -11,6 +11,10 @@ namespace tolvik {
 /// output. The script runs once more inside the calculation and sees what its first run did.
 void CalcReflectivityCommand(CState& state);
 
+/// -dicrefl: calculates both polarisations and prints "qz Rp Rm" for each point to standard output. The
+/// script runs inside the calculation only.
+void CalcDichroicCommand(CState& state);
+
 /// The active measurement on its translated grid: dataset_qz plus datasetqztranslation. Without a dataset at
 /// activedatasetindex the result has no points.
 CSolution MeasuredGrid(const CState& state);

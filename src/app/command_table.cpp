@@ -10,6 +10,7 @@
 #include "app/kk_command.h"
 #include "app/map_file.h"
 #include "app/report.h"
+#include "app/scan_commands.h"
 
 namespace tolvik {
 namespace {
@@ -38,11 +39,11 @@ void PrintMeasuredMap(Project& project) {
 // A command arrives by the function of its row; a row without one does nothing.
 constexpr Command kCommands[] = {
     {"-refl", [](Project& project) { CalcReflectivityCommand(project.states[0]); }},
-    {"-escan", nullptr},
-    {"-dicrefl", nullptr},
+    {"-escan", [](Project& project) { CalcEnergyScanCommand(project.states[0]); }},
+    {"-dicrefl", [](Project& project) { CalcDichroicCommand(project.states[0]); }},
     {"-fit", [](Project& project) { FitCommand(project.states, project.names); }},
     {"-bruteforcefit", [](Project& project) { BruteForceFitCommand(project.states[0]); }},
-    {"-map", nullptr},
+    {"-map", [](Project& project) { CalcMapCommand(project.states[0], project.maprange); }},
     {"-fitmap", FitMeasuredMap},
     {"-fitkk", [](Project&) { FitKramersKronigCommand("LSAT2.db"); }},
     {"-plotmap", PrintMeasuredMap},
