@@ -278,5 +278,98 @@ TEST(DatasetErrors, AveragedAsymmetryIsNoNumberWithTheFirstPointsInTheWindow) {
   }
 }
 
+// A magnetic substrate with tables at two energies, and points whose curves are what the calculation itself
+// gives.
+class DatasetErrorsOfRays : public ::testing::Test {
+ protected:
+  DatasetErrorsOfRays() {
+    state = MakeSubstrate();
+    state.magnetizationmode = 2;
+    state.layers[0].layer_ddelta = 2e-6;
+    state.layers[0].layer_dbeta = 1e-7;
+    state.layers[0].layer_db = "si";
+    AddTable("si", 7.58e-6);
+    AddTable("vacuum", 0);
+    CDataset dataset = testing::MakeGrid(10);
+    dataset.dataset_eng.Assign(10, 8000.0);
+    state.datasets.Append(dataset);
+  }
+  void AddTable(const char* name, double delta) {
+    COpticalTable table;
+    table.name = name;
+    for (const double energy : {7000.0, 9000.0}) {
+      CColumnRow row;
+      row.energy = energy;
+      row.values.Append(delta);
+      row.values.Append(delta / 50);
+      table.db.Append(row);
+      row.values[0] = delta / 4;
+      table.m.Append(row);
+    }
+    state.opticaltables.Append(table);
+  }
+  // Takes the calculated curves as the measurement.
+  void TakeCurves(std::int32_t asymmetry) {
+    state.fitasymmetry = asymmetry;
+    CSolution solution;
+    Evaluate(state, solution);
+    CDataset& dataset = state.datasets[0];
+    dataset.dataset_A = solution.dataset_A;
+    dataset.dataset_R0 = solution.dataset_R0;
+    dataset.dataset_Rp = solution.dataset_Rp;
+    dataset.dataset_Rm = solution.dataset_Rm;
+  }
+  double At() {
+    CSolution solution;
+    return Evaluate(state, solution);
+  }
+  CState state;
+};
+
+TEST_F(DatasetErrorsOfRays, AsymmetryIsComparedLinearly) {
+  for (const std::int32_t asymmetry : {1, 5}) {
+    TakeCurves(asymmetry);
+    EXPECT_GT(std::abs(state.datasets[0].dataset_A[3]), 1e-3);
+    EXPECT_EQ(At(), 0);
+    for (double& a : state.datasets[0].dataset_A) a += 0.1;
+    EXPECT_NEAR(At(), 0.01, 1e-12);
+    state.fiterrorfunction = 1;  // plays no part here
+    EXPECT_NEAR(At(), 0.01, 1e-12);
+    state.fiterrorfunction = 0;
+  }
+}
+
+TEST_F(DatasetErrorsOfRays, CountsTheColumnThatTheKindNames) {
+  TakeCurves(1);
+  state.datasets[0].dataset_A.Append(7);  // behind the last point: not accepted
+  EXPECT_EQ(At(), 0);
+  state.datasets[0].dataset_A.size = 2;
+  state.datasets[0].dataset_A[0] += 1;
+  EXPECT_NEAR(At(), 0.5, 1e-12);
+  state.datasets[0].dataset_A.Clear();
+  EXPECT_EQ(At(), 0);
+}
+
+TEST_F(DatasetErrorsOfRays, PairsAreComparedOnTheirDecades) {
+  for (const std::int32_t asymmetry : {2, 4}) {
+    TakeCurves(asymmetry);
+    EXPECT_NEAR(At(), 0, 1e-25);
+    for (double& r : state.datasets[0].dataset_Rp) r *= 10;
+    for (double& r : state.datasets[0].dataset_Rm) r *= 0.01;
+    EXPECT_NEAR(At(), 1 + 4, 1e-9);
+    state.datasets[0].datasetmultiplicator = 10;
+    EXPECT_NEAR(At(), 4 + 1, 1e-9);
+    state.datasets[0].datasetmultiplicator = 1;
+  }
+}
+
+TEST_F(DatasetErrorsOfRays, EnergyScanIsComparedOnItsDecades) {
+  TakeCurves(3);
+  EXPECT_NEAR(state.datasets[0].dataset_R0[9], Fresnel(0.3, 8000, 7.58e-6, 7.58e-6 / 50), 1e-3);
+  EXPECT_EQ(At(), 0);
+  for (double& r : state.datasets[0].dataset_R0) r *= 10;
+  EXPECT_NEAR(At(), 1, 1e-9);
+}
+
 }  // namespace
 }  // namespace tolvik
