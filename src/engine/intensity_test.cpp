@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+#include <vector>
+
+#include "engine/intensity.tpp"
+#include "support/precisions.h"
+#include "support/stacks.h"
+#include "tolvik/state.h"
+
+namespace tolvik::engine {
+namespace {
+
+template <class T>
+class Intensity : public ::testing::Test {
+ protected:
+  static Profile<T> MagneticProfile() {
+    return test::MakeProfile<T>(
+        {{.delta = 0.2, .beta = 0.05},
+         {.d = 3, .delta = 0.1, .beta = 0.03, .sigma = 0.2, .ddelta = 0.02, .dbeta = 0.01},
+         {}},
+        {.gamma = 30, .phi = 60, .on = true});
+  }
+  /// Every option has a value of its own.
+  static CState AllOptions() {
+    CState state;
+    state.scattering = 1;
+    state.magnetizationmode = 2;
+    state.maggamma = 30;
+    state.magphi = 60;
+    state.epsilon = 1e-9;
+    state.ray1sigmare = 0.1;
+    state.ray1sigmaim = 0.2;
+    state.ray1pire = 0.3;
+    state.ray1piim = 0.4;
+    state.ray2sigmare = 0.5;
+    state.ray2sigmaim = 0.6;
+    state.ray2pire = 0.7;
+    state.ray2piim = 0.8;
+    return state;
+  }
+  static constexpr double kK0 = 4.08;
+};
+TYPED_TEST_SUITE(Intensity, testing::Precisions, testing::PrecisionNames);
+
+TYPED_TEST(Intensity, HandsTheOptionsOfTheStateToTheMatrixAlgorithms) {
+  using T = TypeParam;
+  const double rays[8] = {0.1, 0.2, 0.3, 0.4, 0.5, 0.6, 0.7, 0.8};
+  const T k0 = T(this->kK0), s = T(0.4);
+  for (int algorithm : {1, 2}) {
+    CState state = this->AllOptions();
+    state.algorithm = algorithm;
+    Profile<T> profile = this->MagneticProfile();
+    IntensityWork<T> work;
+    T first, second, direct1, direct2;
+    const BatchOutcome outcome =
+        CalcIntensities<T>(profile, k0, OptionsOfState<T>(state), 1, &s, &first, &second, work);
+    EXPECT_EQ(outcome.done, 1);
+    EXPECT_EQ(outcome.error, nullptr);
+    if (algorithm == 1) {
+      CalcMatrixOne<T>({profile, true}, GrazingAngle(s), T(30.0), T(60.0), k0, true, direct2, direct1, rays,
+                       T(1e-9));
+    } else {
+      CalcMatrixTwo<T>({profile, true}, GrazingAngle(s), T(30.0), T(60.0), k0, true, direct2, direct1, rays);
+    }
+    EXPECT_EQ(first, direct1);
+    EXPECT_EQ(second, direct2);
+    EXPECT_NE(first, second);
+  }
+}
+
+// A sample of a long batch is the sample alone, with or without the second ray.
+TYPED_TEST(Intensity, ASampleDoesNotDependOnItsNeighbours) {
+  using T = TypeParam;
+  const T k0 = T(this->kK0);
+  std::vector<T> s;
+  for (int i = 0; i < 37; ++i) s.push_back(T(0.02 + 0.026 * i));
+  for (int algorithm : {0, 1, 2}) {
+    CState state = this->AllOptions();
+    state.algorithm = algorithm;
+    const IntensityOptions<T> options = OptionsOfState<T>(state);
+    Profile<T> profile = this->MagneticProfile();
+    IntensityWork<T> work;
+    std::vector<T> first(s.size()), second(s.size());
+    CalcIntensities<T>(profile, k0, options, 37, s.data(), first.data(), second.data(), work);
+    for (std::size_t i = s.size(); i-- > 0;) {
+      T alone;
+      CalcIntensities<T>(profile, k0, options, 1, &s[i], &alone, nullptr, work);
+      EXPECT_EQ(alone, first[i]) << i;
+    }
+  }
+}
+
+TYPED_TEST(Intensity, KnowsItsAlgorithms) {
+  using T = TypeParam;
+  for (int algorithm : {0, 1, 2}) EXPECT_TRUE(IsAlgorithm(algorithm));
+  for (int algorithm : {-1, 3, 1000}) EXPECT_FALSE(IsAlgorithm(algorithm));
+  CState state = this->AllOptions();
+  state.algorithm = 3;
+  Profile<T> profile = this->MagneticProfile();
+  IntensityWork<T> work;
+  T first(5.0), second(5.0);
+  const T s = T(0.4);
+  CalcIntensities<T>(profile, T(this->kK0), OptionsOfState<T>(state), 1, &s, &first, &second, work);
+  EXPECT_EQ(first, T(0.0));
+  EXPECT_EQ(second, T(0.0));
+}
+
+}  // namespace
+}  // namespace tolvik::engine
