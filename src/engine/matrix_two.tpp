@@ -63,7 +63,8 @@ struct FirstOrderAlgorithm {
   void CalcModes(EntryModes<T>& modes, const CLayer<T>& layer, const T& d) const {
     const Cplx<T> Q =
         magnetic ? Cplx<T>(T(-2.0) * layer.layer_ddelta, T(2.0) * layer.layer_dbeta) : Cplx<T>();
-    CalcMagneticMatrices<T>(modes.P, modes.D, modes.kappa, theta, gamma, phi, k0, d, RefractiveIndex(layer), Q);
+    CalcMagneticMatrices<T>(modes.P, modes.D, modes.kappa, theta, gamma, phi, k0, d, RefractiveIndex(layer),
+                            Q);
   }
 
   // Two factors only: waves that run the same way, and opposite ones.
