@@ -99,6 +99,53 @@ def fit_lines():
     return lines
 
 
+def slice_lines(step):
+    return ["", "# every interface as an error function, in even slices", "layersegmentationmode = 1", "segmentationmodel = 2",
+            f"minlayerthickness = {step:g}", f"maxlayerthickness = {step:g}", "gradientscale = 0"]
+
+
+def magnetic_lines():
+    """A film with a dead layer at its top. The constants are made up; only their size is that of a 3d metal."""
+    # thickness, delta, beta, deltam, betam, roughness
+    stack = [(0, 0.0012, 0.0004, 0, 0, 3), (80, 0.0025, 0.0021, 0.0006, -0.0008, 4), (20, 0.0016, 0.0006, 0, 0, 3),
+             (0, 0, 0, 0, 0, 0)]
+    half = 0.7071067811865475
+    lines = ["# A magnetic film of 80 A under a cap of 20 A, for circular light, with a dead layer at the top of the film", "#",
+             "# All optical constants are made up for illustration; their size is that of a 3d metal near its L3 edge.",
+             "# Algorithm 0 takes the magnetisation along the beam as a shift of the index: ray 1 is left circular light.",
+             "", "fileversion = 1", "energy = 707", "resolution = 0", "qzmax = 0.5", "numberofpoints = 251", "algorithm = 0",
+             "", "# left and right circular: sigma and pi part, real and imaginary",
+             f"ray1sigmare = {half}", "ray1sigmaim = 0", "ray1pire = 0", f"ray1piim = {half}",
+             f"ray2sigmare = {half}", "ray2sigmaim = 0", "ray2pire = 0", f"ray2piim = {-half}",
+             "", "# layers from the substrate to the ambient", "layerversion = 3"]
+    for index, (d, delta, beta, deltam, betam, sigma) in enumerate(stack):
+        lines += [f" layer = {index}", f"  layer_d = {d:g}", "  layer_db = vacuum", f"  layer_delta = {delta:g}",
+                  f"  layer_beta = {beta:g}", f"  layer_ddelta = {deltam:g}", f"  layer_dbeta = {betam:g}",
+                  f"  layer_sigma = {sigma:g}"]
+    lines += slice_lines(1)
+    return lines + ["", "# 2: the gauss functions act; the magnetisation points along the beam", "magnetizationmode = 2",
+                    "maggamma = 90", "magphi = 90", "", "# nine tenths of the moment are gone at 78 A, 37 % at 8 A from there",
+                    "magneticversion = 4", " gauss_function = 1", " gauss_delta = -0.9", " gauss_beta = -0.9",
+                    " gauss_variance = 6", " gauss_z = 78", " gauss_bindtolayer = -1"]
+
+
+def element_lines(film, substrate, thickness):
+    """One element a block: its density in mol/cm^3 in the substrate, the film and the ambient."""
+    lines = [f"# {film} film of {thickness:g} A on {substrate}, by chemical elements", "#",
+             "# f1 = Z + f' and f2 = f'' at 8048 eV from International Tables for Crystallography, Vol. C (1992),",
+             "# table 4.2.6.8 (Cu K-alpha); densities in mol/cm^3 are mass density over atomic weight:"]
+    blocks = ["", "mode = 1", "elementlayerversion = 1"]
+    for name, shares in ((film, (0, 1, 0)), (substrate, (1, 0, 0))):
+        number, weight, f_prime, f2 = ATOMS[name]
+        density = MATERIALS[name][1] / weight
+        lines.append(f"# {name}: {MATERIALS[name][1]} g/cm^3 / {weight} g/mol = {density:.6f} mol/cm^3")
+        blocks += [f" element = {name}", f" el_f1 = {number + f_prime:.4f}", f" el_f2 = {f2:.4f}"]
+        for index, share in enumerate(shares):
+            blocks += [f"  el_layer = {index}", f"  el_d = {thickness if index == 1 else 0:g}",
+                       f"  el_density = {density * share:.6f}", f"  el_sigma = {(3, 5, 0)[index]}"]
+    return lines + ["", "fileversion = 1", f"energy = {ENERGY:g}", "resolution = 0", "qzmax = 0.4", "numberofpoints = 401"] + blocks
+
+
 def examples():
     si, oxide, nickel, molybdenum = (Material(name) for name in ("Si", "SiO2", "Ni", "Mo"))
     yield "silicon", head("A bare silicon wafer", [(si, 0, 3), (None, 0, 0)], 0.5, 501)
@@ -109,6 +156,11 @@ def examples():
                  0.36, 361)
     true_stack = [(si, 0, 3), (nickel, 212, 5.5), (None, 0, 0)]
     yield "nickel_film", lines + fit_lines() + measured_lines(true_stack)
+    superlattice = [(si, 0, 3)] + [(molybdenum, 12, 5), (si, 18, 6)] * 10 + [(None, 0, 0)]
+    yield "rough_superlattice", head("A Mo/Si superlattice whose roughness is near half of its layers, sliced", superlattice,
+                                     0.6, 601) + slice_lines(0.5)
+    yield "magnetic_film", magnetic_lines()
+    yield "nickel_elements", element_lines("Ni", "Si", 120)
 
 
 if __name__ == "__main__":

@@ -94,6 +94,21 @@ TEST(Algorithms, OneAndTwoAgreeForCircularLightOnWeakMagnetism) {
   ExpectSame(Curve(state, 1), Curve(state, 2), 5e-6);
 }
 
+TEST(Algorithms, ParrattTakesLeftCircularLightAndMagnetisationAlongTheBeam) {
+  CState state = MakeState({{0, 0.004, 0.002}, {40, 0.009, 0.004, 0, 1e-4, 6e-5}, {}});
+  state.maggamma = state.magphi = 90;
+  state.epsilon = 1e-9;
+  SetRay(state, std::sqrt(0.5), 0, std::sqrt(0.5));
+  const auto plain = Curve(state, 0);
+  state.magnetizationmode = 1;
+  const auto scalar = Curve(state, 0), tensor = Curve(state, 1);
+  for (std::int32_t i = 0; i < 20; ++i) {  // θ up to 0.5
+    const double effect = tensor[i] / plain[i] - 1;
+    EXPECT_NEAR(scalar[i] / plain[i] - 1, effect, 0.15 * std::abs(effect)) << i;
+    EXPECT_GT(std::abs(effect), 1e-4);
+  }
+}
+
 TEST(Algorithms, WeakMagnetismBelowTheToleranceIsIsotropic) {
   CState state = MakeState({{0, 0.004, 0.002}, {60, 0.009, 0.004, 0, 2e-5, 1e-5}, {}});
   state.magnetizationmode = 1;
