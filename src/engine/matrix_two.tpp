@@ -2,8 +2,8 @@
 // matrix_two.tpp is included by precision/*.cpp and tests only.
 //
 // s, q    sine and cosine of the refracted angle against the normal
-// g       longitudinal (y) direction cosine sin φ sin γ of the magnetisation, U± = g s ± q cos φ the part
-// that turns the field
+// g       longitudinal (y) direction cosine sin φ sin γ of the magnetisation
+// U±      g s ± q cos φ, the part that turns the field
 #pragma once
 
 #include "engine/amplitudes.tpp"

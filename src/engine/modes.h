@@ -5,8 +5,9 @@
 // the sample; time exp(-iωt), n = 1 - delta + i beta.
 //
 //   kappa   four normal wavevectors in units of k0; a wave of mode r goes as exp(i k0 kappa_r z)
-//   D       field matrix: row r holds (ex, ey, hx, hy) of mode r, with hx = c ez - kappa ey, hy = kappa ex, c
-//   = cos θ P       propagation matrix across the thickness d, from the lower to the upper face
+//   D       field matrix: row r holds (ex, ey, hx, hy) of mode r, with c = cos θ,
+//           hx = c ez - kappa ey and hy = kappa ex
+//   P       propagation matrix across the thickness d, from the lower to the upper face
 //
 // Order of modes: downward first (+, +, -, -) from the isotropic and the general case, but (+, -, +, -) from
 // the tetragonal one. Inside a stack the order is without effect; a tetragonal substrate or ambient mixes up

@@ -4,8 +4,7 @@
 // z⁴ + A z³ + B z² + C z + E = 0      the monic quartic
 // x⁴ + α x² + β x + γ = 0             the depressed one, z = x - A/4
 // y                                   root of the resolvent cubic, with P and Q its depressed coefficients
-// W² = α + 2y                         splits the quartic into two quadratics, with S1 and S2 their
-// discriminants
+// W² = α + 2y                         splits the quartic into two quadratics; S1, S2 their discriminants
 //
 // Any root of the resolvent serves in exact arithmetic. Here the one with the largest |α + 2y| is taken: a
 // magnetisation in the surface makes β tiny but not 0, the principal cube root then leaves only rounding

@@ -22,9 +22,9 @@ T LayerWeight(const Profile<T>& profile, std::int32_t index, const T& z);
 
 /// Evaluates a stack at many heights. The profile must outlive it; nothing is allocated after construction.
 ///
-///   model 0      weights of the entries, each the product over all interfaces of the side on which the entry
-///   lies model 1      weights of the entries by LayerWeight any other    the ambient plus a step of
-///   error-function shape at each interface, not normalised
+///   model 0      weights of the entries: products over all interfaces of the side on which the entry lies
+///   model 1      weights of the entries by LayerWeight
+///   any other    the ambient plus an error-function step at each interface, not normalised
 ///
 /// Models 0 and 1 divide by the sum of the weights; where that is exactly 0 all constants are 0.
 template <class T>
@@ -51,14 +51,14 @@ class ProfileSampler {
   void CalcTerms(const T& z);
   void CalcStepTerms(const T& z);
   void CalcProductWeights(const T& z);
+  void CalcLayerWeights(const T& z);
   void AddTerm(const T& weight, std::int32_t row);
   void Sum(int fields, T* values) const;
-  T Side(std::int32_t interface, const T& z) const;
 
   const Profile<T>& profile_;
   std::int32_t model_;
   CArray<T> rows_;      // kFields numbers of each entry, or half the step at each interface
-  CArray<T> sides_;     // e((z - z_j)/σ_j) of each interface
+  CArray<Term> near_;   // e((z - z_j)/σ_j) of the interfaces near z
   CArray<Term> terms_;  // the first count_ take part at the present height
   std::int32_t count_ = 0;
   bool skip_zeros_;  // no row holds infinity or NaN, which a weight of 0 would not silence

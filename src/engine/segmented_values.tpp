@@ -25,6 +25,12 @@ T SideOfInterface(const CLayer<T>& layer, const T& z) {
   return StepFunction<T>((z - layer.layer_z) / Roughness(layer));
 }
 
+// Share of a layer between the sides of its lower and its upper interface.
+template <class T>
+T LayerShare(const T& bottom, const T& top) {
+  return T(0.25) * (T(1.0) + bottom) * (T(1.0) - top);
+}
+
 template <class T>
 void ToRow(const CLayer<T>& layer, T* row) {
   row[0] = layer.layer_delta;
@@ -55,7 +61,7 @@ T LayerWeight(const Profile<T>& profile, std::int32_t index, const T& z) {
   const T top = index == profile.size - 1 && index > 0
                     ? T(TableErf(static_cast<double>((z - T(1e10)) * T(0.7071067811865475))))
                     : segmented::SideOfInterface(profile[index], z);
-  return T(0.25) * (T(1.0) + bottom) * (T(1.0) - top);
+  return segmented::LayerShare(bottom, top);
 }
 
 template <class T>
@@ -63,7 +69,7 @@ ProfileSampler<T>::ProfileSampler(const Profile<T>& profile, std::int32_t model)
     : profile_(profile), model_(model) {
   const std::int32_t n = profile.size;
   rows_.Assign(n * kFields, T());
-  sides_.Assign(n, T());
+  near_.Assign(n, Term());
   terms_.Assign(n, Term());
   for (std::int32_t i = 0; i < n; ++i) segmented::ToRow<T>(profile[i], rows_.data + i * kFields);
   skip_zeros_ = true;
@@ -86,16 +92,47 @@ void ProfileSampler<T>::CalcStepTerms(const T& z) {
   }
 }
 
+// A factor of exactly 1 changes nothing and one of exactly 0 leaves an entry out, so the products run over
+// the few interfaces near z only.
 template <class T>
 void ProfileSampler<T>::CalcProductWeights(const T& z) {
   const std::int32_t n = profile_.size;
-  for (std::int32_t j = 0; j + 1 < n; ++j) sides_[j] = segmented::SideOfInterface(profile_[j], z);
-  for (std::int32_t i = 0; i < n; ++i) {
-    T weight(1.0);
-    for (std::int32_t j = 0; j + 1 < n && weight != T(0.0); ++j) {
-      weight *=
-          T(0.5) * (profile_[i].layer_z > profile_[j].layer_z ? T(1.0) + sides_[j] : T(1.0) - sides_[j]);
+  const T* floor = nullptr;    // highest interface far below z: entries must lie above it
+  const T* ceiling = nullptr;  // lowest interface far above z: entries must not lie above it
+  std::int32_t near = 0;
+  for (std::int32_t j = 0; j + 1 < n; ++j) {
+    const T& height = profile_[j].layer_z;
+    const T side = segmented::SideOfInterface(profile_[j], z);
+    if (side == T(1.0)) {
+      if (floor == nullptr || height > *floor) floor = &height;
+    } else if (side == T(-1.0) && !isnan(height)) {
+      if (ceiling == nullptr || height < *ceiling) ceiling = &height;
+    } else if (side != T(-1.0)) {
+      near_[near++] = {side, j};
     }
+  }
+  for (std::int32_t i = 0; i < n; ++i) {
+    const T& height = profile_[i].layer_z;
+    const bool apart = (floor != nullptr && !(height > *floor)) || (ceiling != nullptr && height > *ceiling);
+    T weight = apart ? T(0.0) : T(1.0);
+    for (std::int32_t k = 0; k < near && !apart; ++k) {
+      weight *= T(0.5) * (height > profile_[near_[k].row].layer_z ? T(1.0) + near_[k].weight
+                                                                  : T(1.0) - near_[k].weight);
+    }
+    total_ += weight;
+    AddTerm(weight, i);
+  }
+}
+
+template <class T>
+void ProfileSampler<T>::CalcLayerWeights(const T& z) {
+  const std::int32_t top = profile_.size - 1;
+  T below(0.0);
+  for (std::int32_t i = 0; i <= top; ++i) {
+    const bool inner = i > 0 && i < top;
+    const T above = i < top ? segmented::SideOfInterface(profile_[i], z) : T(0.0);
+    const T weight = inner ? segmented::LayerShare(below, above) : LayerWeight(profile_, i, z);
+    below = above;
     total_ += weight;
     AddTerm(weight, i);
   }
@@ -106,12 +143,8 @@ void ProfileSampler<T>::CalcTerms(const T& z) {
   count_ = 0;
   total_ = T(0.0);
   if (model_ == kProductOfInterfaces) return CalcProductWeights(z);
-  if (model_ != kLayerWeights) return CalcStepTerms(z);
-  for (std::int32_t i = 0; i < profile_.size; ++i) {
-    const T weight = LayerWeight(profile_, i, z);
-    total_ += weight;
-    AddTerm(weight, i);
-  }
+  if (model_ == kLayerWeights) return CalcLayerWeights(z);
+  CalcStepTerms(z);
 }
 
 template <class T>
