@@ -2,7 +2,6 @@
 #include "engine/escan_parallel.h"
 
 #include <mpfr.h>
-#include <pthread.h>
 
 #include <memory>
 #include <vector>
@@ -29,7 +28,6 @@ std::int32_t TakeNextPoint(std::int32_t& next) {
   static ScanLock lock;
   lock.Lock();
   const std::int32_t i = next;
-  // An index behind the end is handed out to each thread once, so the counter can't overflow but at 2^31 - 1.
   if (next < INT32_MAX) ++next;
   lock.Unlock();
   return i;
@@ -59,11 +57,11 @@ void LowerPriority(pthread_attr_t& attributes) {
   pthread_attr_setschedparam(&attributes, &parameters);
 }
 
-bool StartThread(pthread_t& handle, CEScanContext& context) {
+bool StartThread(ThreadStarter start, pthread_t& handle, CEScanContext& context) {
   pthread_attr_t attributes;
   if (pthread_attr_init(&attributes) != 0) return false;
   LowerPriority(attributes);
-  const bool started = pthread_create(&handle, &attributes, EScanThread, &context) == 0;
+  const bool started = start(&handle, &attributes, EScanThread, &context) == 0;
   pthread_attr_destroy(&attributes);
   return started;
 }
@@ -71,7 +69,9 @@ bool StartThread(pthread_t& handle, CEScanContext& context) {
 /// The threads of one scan, joined at the end whatever happens.
 class ScanThreads {
  public:
-  explicit ScanThreads(std::size_t count) : contexts_(count) { handles_.reserve(count); }
+  ScanThreads(std::size_t count, ThreadStarter start) : start_(start), contexts_(count) {
+    handles_.reserve(count);
+  }
   ~ScanThreads() {
     for (const pthread_t handle : handles_) pthread_join(handle, nullptr);
   }
@@ -83,7 +83,7 @@ class ScanThreads {
     auto context = std::make_unique<CEScanContext>(shared);
     context->state = state;
     pthread_t handle;
-    if (!StartThread(handle, *context)) return false;
+    if (!StartThread(start_, handle, *context)) return false;
     contexts_[handles_.size()] = std::move(context);
     handles_.push_back(handle);
     return true;
@@ -91,6 +91,7 @@ class ScanThreads {
   bool IsEmpty() const { return handles_.empty(); }
 
  private:
+  ThreadStarter start_;
   std::vector<std::unique_ptr<CEScanContext>> contexts_;
   std::vector<pthread_t> handles_;
 };
@@ -111,7 +112,7 @@ void* EScanThread(void* context) {
   return nullptr;
 }
 
-void ScanInThreads(CSolution& solution, const CState& state) noexcept {
+void ScanInThreads(CSolution& solution, const CState& state, ThreadStarter start) noexcept {
   std::int32_t next = 0;
   CEScanContext shared;
   shared.pointcount = solution.dataset_qz.size;
@@ -120,7 +121,7 @@ void ScanInThreads(CSolution& solution, const CState& state) noexcept {
   try {
     SystemInfo info;
     GetSystemInfo(info);
-    ScanThreads threads(static_cast<std::size_t>(info.processors));
+    ScanThreads threads(static_cast<std::size_t>(info.processors), start);
     for (std::int32_t t = 0; t < info.processors; ++t) {
       if (!threads.Start(shared, state)) break;
     }

@@ -2,6 +2,8 @@
 // An energy scan on all processors.
 #pragma once
 
+#include <pthread.h>
+
 #include <cstdint>
 
 #include "tolvik/dataset.h"
@@ -22,8 +24,11 @@ struct CEScanContext {
 /// Nothing is thrown; a point that fails otherwise keeps its value.
 void* EScanThread(void* context);
 
+/// How a thread is started; as pthread_create.
+using ThreadStarter = int (*)(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
+
 /// Runs EScanThread in one thread for each processor, with a copy of the state each, and waits for all. Where
 /// threads or memory are short there are fewer, down to the caller's own. Never throws.
-void ScanInThreads(CSolution& solution, const CState& state) noexcept;
+void ScanInThreads(CSolution& solution, const CState& state, ThreadStarter start = pthread_create) noexcept;
 
 }  // namespace tolvik::engine

@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <new>
+
 #include "engine/processors.h"
 #include "optics/energy.h"
 #include "support/states.h"
@@ -151,6 +154,47 @@ TEST_F(EScanParallel, AThreadCountsUpToItsLastPoint) {
   EXPECT_EQ(scan.dataset_R0[0], 0.1);
   EXPECT_NE(scan.dataset_R0[1], 0.2);
   EXPECT_NE(scan.dataset_R0[2], 0.3);
+}
+
+int threads_left = 0;
+
+int StartSomeThreads(pthread_t* handle, const pthread_attr_t* attributes, void* (*body)(void*),
+                     void* context) {
+  return threads_left-- > 0 ? pthread_create(handle, attributes, body, context) : EAGAIN;
+}
+
+TEST_F(EScanParallel, FewerThreadsDoWhereMoreAreNotToBeHad) {
+  const CArray<double> expected = Scan(Sample(), Points(), 1);
+  ForceProcessorCount(4);
+  for (int available : {0, 1, 2}) {
+    threads_left = available;
+    CSolution scan = Points();
+    ScanInThreads(scan, Sample(), StartSomeThreads);
+    EXPECT_EQ(scan.dataset_R0, expected) << available << " threads";
+  }
+}
+
+// An element of 1e12 Å makes a profile that fits into no memory; the exception stays inside its thread.
+TEST_F(EScanParallel, AnExceptionInAThreadLeavesTheProcessAlive) {
+  CState state = Sample();
+  state.mode = 1;
+  CElementLayer iron;
+  iron.element = "Fe";
+  for (int i = 0; i < 3; ++i) iron.slices.Append(CElementSlice());
+  iron.slices[1].el_d = 1e12;
+  state.elementlayers.Append(iron);
+  testing::AddTable(state, "Fe", {});
+  state.opticaltables.Last().kind = 1;
+  for (double energy : {100.0, 900.0}) {
+    CColumnRow row;
+    row.energy = energy;
+    row.values.Assign(2, 1.0);
+    state.opticaltables.Last().ff.Append(row);
+  }
+  CSolution scan = MakeScan({0.1, 0.2}, {650, 700});
+  scan.dataset_R0 = scan.dataset_qz;
+  EXPECT_EQ(Scan(state, scan, 2), scan.dataset_qz) << "the points keep their values";
+  EXPECT_THROW(CalcEScanDLL(&scan, &state), std::bad_alloc) << "in the caller's thread it travels";
 }
 
 TEST(Processors, AreAtLeastOneAndCanBeForced) {
