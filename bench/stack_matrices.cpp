@@ -78,9 +78,9 @@ BENCHMARK_CAPTURE(Ours, MatrixTwoMagnetic, 2, true)->Unit(benchmark::kMillisecon
 
 Matrix Multiply(const Matrix& a, const Matrix& b) {
   Matrix result{};
-  for (int r = 0; r < 4; ++r) {
-    for (int c = 0; c < 4; ++c) {
-      for (int k = 0; k < 4; ++k) result[r][c] += a[r][k] * b[k][c];
+  for (std::size_t r = 0; r < 4; ++r) {
+    for (std::size_t c = 0; c < 4; ++c) {
+      for (std::size_t k = 0; k < 4; ++k) result[r][c] += a[r][k] * b[k][c];
     }
   }
   return result;
@@ -88,18 +88,19 @@ Matrix Multiply(const Matrix& a, const Matrix& b) {
 
 Matrix Invert(Matrix a) {
   Matrix inverse{};
-  for (int i = 0; i < 4; ++i) inverse[i][i] = 1;
-  for (int k = 0; k < 4; ++k) {
-    int pivot = k;
-    for (int r = k + 1; r < 4; ++r) pivot = std::abs(a[r][k]) > std::abs(a[pivot][k]) ? r : pivot;
+  for (std::size_t i = 0; i < 4; ++i) inverse[i][i] = 1;
+  for (std::size_t k = 0; k < 4; ++k) {
+    std::size_t pivot = k;
+    for (std::size_t r = k + 1; r < 4; ++r) pivot = std::abs(a[r][k]) > std::abs(a[pivot][k]) ? r : pivot;
     std::swap(a[k], a[pivot]);
     std::swap(inverse[k], inverse[pivot]);
     const Value scale = 1.0 / a[k][k];
-    for (int c = 0; c < 4; ++c) a[k][c] *= scale, inverse[k][c] *= scale;
-    for (int r = 0; r < 4; ++r) {
+    for (std::size_t c = 0; c < 4; ++c) a[k][c] *= scale, inverse[k][c] *= scale;
+    for (std::size_t r = 0; r < 4; ++r) {
       if (r == k) continue;
       const Value factor = a[r][k];
-      for (int c = 0; c < 4; ++c) a[r][c] -= factor * a[k][c], inverse[r][c] -= factor * inverse[k][c];
+      for (std::size_t c = 0; c < 4; ++c)
+        a[r][c] -= factor * a[k][c], inverse[r][c] -= factor * inverse[k][c];
     }
   }
   return inverse;
@@ -158,7 +159,7 @@ Modes TextbookModes(const CLayer& layer, double c) {
 double TextbookIntensity(const CArray<CLayer>& profile, double c) {
   Modes up = TextbookModes(profile[profile.size - 1], c);
   Matrix M{};
-  for (int i = 0; i < 4; ++i) M[i][i] = 1;
+  for (std::size_t i = 0; i < 4; ++i) M[i][i] = 1;
   for (std::int32_t j = profile.size - 2; j >= 0; --j) {
     const Modes lo = TextbookModes(profile[j], c);
     Matrix T = Multiply(lo.D, Invert(up.D));

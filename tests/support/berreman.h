@@ -22,9 +22,9 @@ using Tensor3 = std::array<std::array<Complex, 3>, 3>;  // dielectric tensor
 
 inline Square Multiply(const Square& a, const Square& b) {
   Square result{};
-  for (int r = 0; r < 4; ++r) {
-    for (int c = 0; c < 4; ++c) {
-      for (int k = 0; k < 4; ++k) result[r][c] += a[r][k] * b[k][c];
+  for (std::size_t r = 0; r < 4; ++r) {
+    for (std::size_t c = 0; c < 4; ++c) {
+      for (std::size_t k = 0; k < 4; ++k) result[r][c] += a[r][k] * b[k][c];
     }
   }
   return result;
@@ -32,8 +32,8 @@ inline Square Multiply(const Square& a, const Square& b) {
 
 inline Vector Multiply(const Square& a, const Vector& v) {
   Vector result{};
-  for (int r = 0; r < 4; ++r) {
-    for (int k = 0; k < 4; ++k) result[r] += a[r][k] * v[k];
+  for (std::size_t r = 0; r < 4; ++r) {
+    for (std::size_t k = 0; k < 4; ++k) result[r] += a[r][k] * v[k];
   }
   return result;
 }
@@ -41,21 +41,21 @@ inline Vector Multiply(const Square& a, const Vector& v) {
 /// Solves a x = b for several right sides by elimination with pivoting; b comes back as x.
 template <std::size_t Sides>
 void Solve(Square a, std::array<Vector, Sides>& b) {
-  for (int k = 0; k < 4; ++k) {
-    int pivot = k;
-    for (int r = k + 1; r < 4; ++r) {
+  for (std::size_t k = 0; k < 4; ++k) {
+    std::size_t pivot = k;
+    for (std::size_t r = k + 1; r < 4; ++r) {
       if (std::abs(a[r][k]) > std::abs(a[pivot][k])) pivot = r;
     }
     std::swap(a[k], a[pivot]);
     for (Vector& side : b) std::swap(side[k], side[pivot]);
-    for (int r = 0; r < 4; ++r) {
+    for (std::size_t r = 0; r < 4; ++r) {
       if (r == k) continue;
       const Complex factor = a[r][k] / a[k][k];
-      for (int c = k; c < 4; ++c) a[r][c] -= factor * a[k][c];
+      for (std::size_t c = k; c < 4; ++c) a[r][c] -= factor * a[k][c];
       for (Vector& side : b) side[r] -= factor * side[k];
     }
   }
-  for (int k = 0; k < 4; ++k) {
+  for (std::size_t k = 0; k < 4; ++k) {
     for (Vector& side : b) side[k] /= a[k][k];
   }
 }
@@ -66,7 +66,7 @@ inline Square BerremanMatrix(const Tensor3& e, Real c) {
   const Vector ez = {-e[2][0] / e[2][2], -e[2][1] / e[2][2], c / e[2][2], 0};
   Square delta{};
   delta[0][3] = 1;
-  for (int k = 0; k < 4; ++k) {
+  for (std::size_t k = 0; k < 4; ++k) {
     delta[1][k] = c * ez[k];
     delta[2][k] = -e[1][2] * ez[k];
     delta[3][k] = e[0][2] * ez[k];
@@ -91,11 +91,11 @@ inline Square Exponential(Square a) {
     for (Complex& element : row) element = std::ldexp(1.0L, -squarings) * element;
   }
   Square sum{}, term{};
-  for (int i = 0; i < 4; ++i) sum[i][i] = term[i][i] = 1;
+  for (std::size_t i = 0; i < 4; ++i) sum[i][i] = term[i][i] = 1;
   for (int n = 1; n <= 30; ++n) {
     term = Multiply(term, a);
-    for (int r = 0; r < 4; ++r) {
-      for (int c = 0; c < 4; ++c) sum[r][c] += (term[r][c] /= Real(n));
+    for (std::size_t r = 0; r < 4; ++r) {
+      for (std::size_t c = 0; c < 4; ++c) sum[r][c] += (term[r][c] /= Real(n));
     }
   }
   for (; squarings > 0; --squarings) sum = Multiply(sum, sum);
@@ -116,16 +116,16 @@ inline std::array<Vector, 2> DownwardFields(const Tensor3& epsilon, Real c) {
   }
   for (int step = 0; step < 100; ++step) {
     std::array<Vector, 4> inverse{};
-    for (int i = 0; i < 4; ++i) inverse[i][i] = 1;
+    for (std::size_t i = 0; i < 4; ++i) inverse[i][i] = 1;
     Solve(x, inverse);  // columns of the inverse
-    for (int r = 0; r < 4; ++r) {
-      for (int k = 0; k < 4; ++k) x[r][k] = (x[r][k] + inverse[k][r]) / 2.0L;
+    for (std::size_t r = 0; r < 4; ++r) {
+      for (std::size_t k = 0; k < 4; ++k) x[r][k] = (x[r][k] + inverse[k][r]) / 2.0L;
     }
   }
   std::array<Vector, 2> fields = {Vector{1, 0.3L, 0.2L, 0.7L}, Vector{0.1L, 1, -0.6L, 0.4L}};
   for (Vector& field : fields) {
     const Vector image = Multiply(x, field);
-    for (int k = 0; k < 4; ++k) field[k] = (field[k] - image[k]) / 2.0L;
+    for (std::size_t k = 0; k < 4; ++k) field[k] = (field[k] - image[k]) / 2.0L;
   }
   return fields;
 }
@@ -151,7 +151,7 @@ inline BerremanAmplitudes SolveBerreman(const std::vector<BerremanLayer>& layers
   // t0 below0 + t1 below1 - rs (sigma up) - rp (pi up) = incident wave
   const Vector sigma_up = {1, 0, 0, -w}, pi_up = {0, -w, -1, 0};
   Square system{};
-  for (int r = 0; r < 4; ++r) system[r] = {below[0][r], below[1][r], -sigma_up[r], -pi_up[r]};
+  for (std::size_t r = 0; r < 4; ++r) system[r] = {below[0][r], below[1][r], -sigma_up[r], -pi_up[r]};
   std::array<Vector, 2> sides = {Vector{1, 0, 0, w}, Vector{0, w, -1, 0}};
   Solve(system, sides);
   return {sides[0][2], sides[0][3], sides[1][2], sides[1][3]};
