@@ -48,6 +48,7 @@ include(CMakePackageConfigHelpers)
 install(TARGETS Tolvik tolvik tolvik_model tolvik_optics EXPORT tolvik)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/tolvik DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(FILES ${PROJECT_SOURCE_DIR}/man/Tolvik.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR})
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/tolvik)
 install(EXPORT tolvik NAMESPACE tolvik:: FILE tolvikTargets.cmake DESTINATION ${package_folder})
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/tolvikConfig.cmake.in
