@@ -45,6 +45,20 @@ class RandomCases {
     return result;
   }
 
+  /// For the matrix algorithms: tensors that follow the scalar indices on some entries.
+  void GiveTensors(RandomCase& test) {
+    test.options.algorithm = 1 + Below(2);
+    test.options.magnetic = false;
+    test.options.tolerance = OneIn(4) ? Logarithmic(1e-12, 1e-2) : 5e-5;
+    test.options.transmission = OneIn(10);
+    for (engine::CLayer<double>& layer : test.layers) {
+      const std::complex<double> n(1.0 - layer.layer_delta, layer.layer_beta);
+      layer.magnetic = OneIn(2);
+      for (const int diagonal : {0, 4, 8}) layer.epsilon[diagonal] = n * n;
+      if (OneIn(10)) layer.epsilon[Below(9)] += std::complex<double>(0, Logarithmic(1e-9, 1e-3));
+    }
+  }
+
   /// An ordinary case in which a few things are odd.
   RandomCase Odd(int angles) {
     RandomCase result = Ordinary(angles);

@@ -7,22 +7,62 @@ namespace tolvik::engine::lanes {
 
 namespace {
 
-// |part|² as the plain path takes it.
+// Squared moduli as the plain path takes them. ray: sigma and pi part, real and imaginary.
 template <class T>
-T Share(const double* part) {
-  const T real(static_cast<T>(part[0])), imag(static_cast<T>(part[1]));
-  return real * real + imag * imag;
+RayShares<T> SharesOf(const double* ray) {
+  const auto square = [](double x) { return static_cast<T>(x) * static_cast<T>(x); };
+  return {square(ray[0]) + square(ray[1]), square(ray[2]) + square(ray[3])};
 }
 
+// One batch as CalcByLanes receives it.
 template <class T>
-bool CalcParratt(const Kernels& kernels, const Profile<T>& profile, T k0, const IntensityOptions<T>& options,
-                 std::int32_t count, const T* s, T* first, T* second, ParrattLanes<T>& parratt) {
-  const double* rays = options.polarisation;
-  if (!parratt.Prepare(profile, k0, options.magnetic ? T(1.0) : T(0.0))) return false;
-  parratt.Calculate(kernels, s, count, Share<T>(rays), Share<T>(rays + 2), first);
-  if (second == nullptr) return true;
-  if (options.magnetic && !parratt.Prepare(profile, k0, T(-1.0))) return false;
-  parratt.Calculate(kernels, s, count, Share<T>(rays + 4), Share<T>(rays + 6), second);
+struct Batch {
+  const Kernels& kernels;
+  const Profile<T>& profile;
+  T k0;
+  const IntensityOptions<T>& options;
+  std::int32_t count;
+  const T* s;
+  T* first;
+  T* second;
+
+  RayShares<T> One() const { return SharesOf<T>(options.polarisation); }
+  RayShares<T> Two() const { return SharesOf<T>(options.polarisation + 4); }
+
+  // Both rays, or the first, on one stack.
+  void CalculateRays(ParrattLanes<T>& parratt) const {
+    if (second != nullptr) {
+      parratt.CalculateBoth(kernels, s, count, One(), first, Two(), second);
+    } else {
+      parratt.Calculate(kernels, s, count, One(), first);
+    }
+  }
+};
+
+template <class T>
+bool CalcParratt(const Batch<T>& batch, ParrattLanes<T>& parratt) {
+  if (!batch.options.magnetic) {
+    if (!parratt.Prepare(batch.profile, batch.k0, T(0.0))) return false;
+    batch.CalculateRays(parratt);
+    return true;
+  }
+  // The second ray sees the magnetisation the other way round.
+  if (!parratt.Prepare(batch.profile, batch.k0, T(1.0))) return false;
+  parratt.Calculate(batch.kernels, batch.s, batch.count, batch.One(), batch.first);
+  if (batch.second == nullptr) return true;
+  if (!parratt.Prepare(batch.profile, batch.k0, T(-1.0))) return false;
+  parratt.Calculate(batch.kernels, batch.s, batch.count, batch.Two(), batch.second);
+  return true;
+}
+
+// The matrix algorithms on scalar entries, in reflection.
+template <class T>
+bool CalcScalarMatrix(const Batch<T>& batch, ParrattLanes<T>& parratt) {
+  const IntensityOptions<T>& options = batch.options;
+  const bool tensors = options.algorithm == kMatrixOne;
+  if (options.transmission || (!tensors && options.magnetic)) return false;
+  if (!parratt.PrepareMatrix(batch.profile, batch.k0, tensors, options.tolerance)) return false;
+  batch.CalculateRays(parratt);
   return true;
 }
 
@@ -33,10 +73,16 @@ bool CalcByLanes(const Profile<T>& profile, T k0, const IntensityOptions<T>& opt
                  const T* s, T* first, T* second, BatchWork<T>& work) {
   const Kernels* kernels = ChosenKernels();
   if (kernels == nullptr || count <= 0) return false;
-  if (options.algorithm == kParratt) {
-    return CalcParratt(*kernels, profile, k0, options, count, s, first, second, work.parratt);
+  const Batch<T> batch{*kernels, profile, k0, options, count, s, first, second};
+  switch (options.algorithm) {
+    case kParratt:
+      return CalcParratt(batch, work.parratt);
+    case kMatrixOne:
+    case kMatrixTwo:
+      return CalcScalarMatrix(batch, work.parratt);
+    default:
+      return false;
   }
-  return false;
 }
 
 template bool CalcByLanes(const Profile<float>&, float, const IntensityOptions<float>&, std::int32_t,

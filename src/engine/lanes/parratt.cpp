@@ -6,6 +6,8 @@
 #include <limits>
 #include <type_traits>
 
+#include "engine/modes.tpp"
+
 namespace tolvik::engine::lanes {
 
 namespace {
@@ -23,33 +25,49 @@ bool IsWithin(T x, T low, T high) {
   return x >= low && x <= high;
 }
 
-// What lies above its limit is nothing for the fast way.
 template <class T>
-bool SetIndex(const CLayer<T>& layer, T sign, ParrattEntry<T>& entry) {
-  entry.index_real = T(1.0) - layer.layer_delta;
-  entry.index_imag = layer.layer_beta;
-  if (!IsWithin(entry.index_real, T(0.5), T(1.5)) || !IsWithin(entry.index_imag, T(0.0), T(0.5)))
-    return false;
-  if (std::signbit(entry.index_imag)) return false;
+void SetSusceptibility(T real, T imag, ParrattEntry<T>& entry) {
+  entry.chi_real = real;
+  entry.chi_imag = imag;
+  const T n2 = real + T(1.0);
+  const T scale = T(1.0) / (n2 * n2 + imag * imag);
+  entry.inverse_real = n2 * scale;
+  entry.inverse_imag = -(imag * scale);
+}
 
-  const T n = entry.index_real, k = entry.index_imag;
-  entry.chi_real = (n - T(1.0)) * (n + T(1.0)) - k * k;
-  entry.chi_imag = T(2.0) * n * k;
-  const T real = entry.chi_real + T(1.0);
-  const T scale = T(1.0) / (real * real + entry.chi_imag * entry.chi_imag);
-  entry.inverse_real = real * scale;
-  entry.inverse_imag = -(entry.chi_imag * scale);
+// The functions below give false for what is not ordinary matter.
 
-  entry.ddelta = sign == T(0.0) ? T(0.0) : layer.layer_ddelta * sign;
-  entry.dbeta = sign == T(0.0) ? T(0.0) : layer.layer_dbeta * sign;
+template <class T>
+bool SetIndex(const CLayer<T>& layer, ParrattEntry<T>& entry) {
+  const T n = entry.index_real = T(1.0) - layer.layer_delta;
+  const T k = entry.index_imag = layer.layer_beta;
+  if (!IsWithin(n, T(0.5), T(1.5)) || !IsWithin(k, T(0.0), T(0.5)) || std::signbit(k)) return false;
+  SetSusceptibility((n - T(1.0)) * (n + T(1.0)) - k * k, T(2.0) * n * k, entry);
+  return true;
+}
+
+template <class T>
+bool SetTensorIndex(const std::complex<T>& exx, ParrattEntry<T>& entry) {
+  const T real = entry.index_real = exx.real();
+  const T imag = entry.index_imag = exx.imag();
+  if (!IsWithin(real, T(0.5), T(1.5)) || !IsWithin(imag, T(0.0), T(0.5)) || std::signbit(imag)) return false;
+  SetSusceptibility(real - T(1.0), imag, entry);
+  return true;
+}
+
+template <class T>
+bool SetShift(const CLayer<T>& layer, T sign, ParrattEntry<T>& entry) {
+  if (sign == T(0.0)) return true;
+  entry.ddelta = layer.layer_ddelta * sign;
+  entry.dbeta = layer.layer_dbeta * sign;
   entry.shifted = entry.ddelta != T(0.0) || entry.dbeta != T(0.0);
   return IsWithin(entry.ddelta, T(-0.1), T(0.1)) && IsWithin(entry.dbeta, T(-0.1), T(0.1));
 }
 
 template <class T>
 bool IsSameWave(const ParrattEntry<T>& a, const ParrattEntry<T>& b) {
-  return a.index_real == b.index_real && a.index_imag == b.index_imag && a.ddelta == b.ddelta &&
-         a.dbeta == b.dbeta;
+  return a.index_real == b.index_real && a.index_imag == b.index_imag && a.chi_real == b.chi_real &&
+         a.chi_imag == b.chi_imag && a.ddelta == b.ddelta && a.dbeta == b.dbeta;
 }
 
 // The number of the first of up to kMaxShared earlier items that equals this one; a new number if none does;
@@ -70,31 +88,64 @@ int NumberOf(int item, int& different, std::int32_t (&first)[kMaxShared], Equals
 
 template <class T>
 bool ParrattLanes<T>::Prepare(const Profile<T>& profile, T k0, T sign) {
+  entries_.assign(static_cast<std::size_t>(std::max(profile.size, 0)), ParrattEntry<T>());
+  for (std::int32_t j = 0; j < profile.size; ++j) {
+    ParrattEntry<T>& entry = entries_[static_cast<std::size_t>(j)];
+    if (!SetIndex(profile[j], entry) || !SetShift(profile[j], sign, entry)) return false;
+  }
+  stack_.largest_growth = std::numeric_limits<T>::infinity();
+  smallest_sine_ = T(0.0);
+  return PrepareEntries(profile, k0);
+}
+
+template <class T>
+bool ParrattLanes<T>::PrepareMatrix(const Profile<T>& profile, T k0, bool tensors, T tolerance) {
+  entries_.assign(static_cast<std::size_t>(std::max(profile.size, 0)), ParrattEntry<T>());
+  for (std::int32_t j = 0; j < profile.size; ++j) {
+    const CLayer<T>& layer = profile[j];
+    ParrattEntry<T>& entry = entries_[static_cast<std::size_t>(j)];
+    if (tensors && layer.magnetic != 0) {
+      if (ClassifyTensor<T>(tolerance, layer.epsilon) != kIsotropic) return false;
+      if (!SetTensorIndex(layer.epsilon[0], entry)) return false;
+    } else if (!SetIndex(layer, entry)) {
+      return false;
+    }
+    if (j > 0 && j + 1 < profile.size && layer.layer_d == T(0.0)) return false;
+  }
+  if (!PrepareEntries(profile, k0)) return false;
+  // Neither the growing waves nor the roughness factors of a whole stack may come near the range of T.
+  const T range = std::is_same_v<T, double> ? T(100.0) : T(10.0);
+  T roughness(0.0);
+  for (const ParrattEntry<T>& entry : entries_) roughness += entry.roughness;
+  stack_.largest_growth = T(2.0) * range;
+  smallest_sine_ = T(1.001e-4);  // the matrix algorithms bound the angle by 1e-4
+  return stack_.tame && near_vacuum_ && roughness * largest_chi_ < range;
+}
+
+template <class T>
+bool ParrattLanes<T>::PrepareEntries(const Profile<T>& profile, T k0) {
   const std::int32_t n = profile.size;
   if (n < 2 || !IsWithin(k0, T(1e-5), T(1e5))) return false;
-  entries_.resize(static_cast<std::size_t>(n));
-  T largest_chi(0.0), largest_roughness(0.0);
+  T largest_roughness(0.0);
+  largest_chi_ = T(0.0);
   for (std::int32_t j = 0; j < n; ++j) {
     const CLayer<T>& layer = profile[j];
     ParrattEntry<T>& entry = entries_[static_cast<std::size_t>(j)];
-    entry = ParrattEntry<T>();
-    if (!SetIndex(layer, sign, entry)) return false;
     const T shift = std::abs(entry.ddelta) + std::abs(entry.dbeta);
-    largest_chi = std::max(largest_chi, std::hypot(entry.chi_real, entry.chi_imag) + T(4.0) * shift);
-    if (j + 1 < n) {
-      const T sigma_k0 = layer.layer_sigma * k0;
-      entry.rough = layer.layer_sigma != T(0.0);
-      entry.roughness = T(2.0) * sigma_k0 * sigma_k0;
-      if (!IsWithin(entry.roughness, T(0.0), T(1e20))) return false;
-      largest_roughness = std::max(largest_roughness, entry.roughness);
-      entry.phase = j > 0 ? T(2.0) * k0 * layer.layer_d : T(0.0);
-      if (!IsWithin(entry.phase, T(0.0), kMaxPhase<T>)) return false;
-    }
+    largest_chi_ = std::max(largest_chi_, std::hypot(entry.chi_real, entry.chi_imag) + T(4.0) * shift);
+    if (j + 1 == n) continue;
+    const T sigma_k0 = layer.layer_sigma * k0;
+    entry.rough = layer.layer_sigma != T(0.0);
+    entry.roughness = T(2.0) * sigma_k0 * sigma_k0;
+    entry.phase = j > 0 ? T(2.0) * k0 * layer.layer_d : T(0.0);
+    if (!IsWithin(entry.roughness, T(0.0), T(1e20)) || !IsWithin(entry.phase, T(0.0), kMaxPhase<T>))
+      return false;
+    largest_roughness = std::max(largest_roughness, entry.roughness);
   }
   // |w|² <= 1 + |n² - 1|, and the real part of a product of two w is at least -|n² - 1|.
-  stack_.tame = largest_roughness * (T(1.0) + largest_chi) < kMaxPhase<T> &&
-                largest_roughness * largest_chi < kMaxExponent<T>;
-  near_vacuum_ = largest_chi < T(0.2);
+  stack_.tame = largest_roughness * (T(1.0) + largest_chi_) < kMaxPhase<T> &&
+                largest_roughness * largest_chi_ < kMaxExponent<T>;
+  near_vacuum_ = largest_chi_ < T(0.2);
   stack_.entry = entries_.data();
   stack_.entries = n;
   ShareEqualEntries();
@@ -134,14 +185,32 @@ void ParrattLanes<T>::ShareEqualEntries() {
 }
 
 template <class T>
-void ParrattLanes<T>::Calculate(const Kernels& kernels, const T* s, std::int32_t count, T sigma_share,
-                                T pi_share, T* intensity) {
+void ParrattLanes<T>::Calculate(const Kernels& kernels, const T* s, std::int32_t count, RayShares<T> ray,
+                                T* intensity) {
+  CalcAmplitudes(kernels, s, count, ray.sigma != T(0.0), ray.pi != T(0.0));
+  Combine(s, count, ray, intensity);
+}
+
+template <class T>
+void ParrattLanes<T>::CalculateBoth(const Kernels& kernels, const T* s, std::int32_t count, RayShares<T> one,
+                                    T* first, RayShares<T> two, T* second) {
+  CalcAmplitudes(kernels, s, count, one.sigma != T(0.0) || two.sigma != T(0.0),
+                 one.pi != T(0.0) || two.pi != T(0.0));
+  Combine(s, count, one, first);
+  Combine(s, count, two, second);
+}
+
+template <class T>
+void ParrattLanes<T>::CalcAmplitudes(const Kernels& kernels, const T* s, std::int32_t count, bool sigma,
+                                     bool pi) {
   const auto size = static_cast<std::size_t>(count);
   // A polarisation without a share adds 0 unless it is not a number, and no coefficient of ordinary matter
   // near vacuum is infinite on its own: u_upper and u_lower lie in the same quarter of the plane or nearly
   // so.
-  stack_.wants_sigma = sigma_share != T(0.0) || !near_vacuum_;
-  stack_.wants_pi = pi_share != T(0.0) || !near_vacuum_;
+  stack_.wants_sigma = sigma || !near_vacuum_;
+  stack_.wants_pi = pi || !near_vacuum_;
+  // Where neither has a share one of them still tells whether the angle has an intensity.
+  if (!stack_.wants_sigma && !stack_.wants_pi) stack_.wants_sigma = true;
   sigma_.resize(size);
   pi_.resize(size);
   if (!stack_.wants_sigma) std::fill(sigma_.begin(), sigma_.end(), T(0.0));
@@ -151,7 +220,14 @@ void ParrattLanes<T>::Calculate(const Kernels& kernels, const T* s, std::int32_t
   } else {
     kernels.parratt_double(stack_, s, count, sigma_.data(), pi_.data());
   }
-  for (std::size_t i = 0; i < size; ++i) intensity[i] = sigma_[i] * sigma_share + pi_[i] * pi_share;
+}
+
+template <class T>
+void ParrattLanes<T>::Combine(const T* s, std::int32_t count, RayShares<T> ray, T* intensity) const {
+  for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
+    const T sum = sigma_[i] * ray.sigma + pi_[i] * ray.pi;
+    intensity[i] = s[i] < smallest_sine_ ? std::numeric_limits<T>::quiet_NaN() : sum;
+  }
 }
 
 template class ParrattLanes<float>;

@@ -10,6 +10,12 @@
 
 namespace tolvik::engine::lanes {
 
+/// Squared moduli of a ray's sigma and pi parts.
+template <class T>
+struct RayShares {
+  T sigma, pi;
+};
+
 /// The recursion of Parratt by lanes, for float and double.
 ///
 /// Lanes take stacks of ordinary matter: 0.5 <= 1 - delta <= 1.5, 0 <= beta <= 0.5 and not -0, thicknesses
@@ -22,18 +28,32 @@ class ParrattLanes {
   /// has to do this stack.
   bool Prepare(const Profile<T>& profile, T k0, T sign);
 
-  /// |Y|² sigma_share + |X|² pi_share with the amplitude ratios Y of sigma and X of pi, at count angles given
-  /// as s = sin θ, 0 <= s <= 1. The plain recursion has to do each angle whose intensity is not finite.
-  void Calculate(const Kernels& kernels, const T* s, std::int32_t count, T sigma_share, T pi_share,
-                 T* intensity);
+  /// Lays out a stack of scalar entries for the matrix algorithms, which then reflect as the recursion does:
+  /// both chains of waves part, and the quotient of their roughness factors is the Névot-Croce factor.
+  /// tensors: entries with `magnetic` set take their index from exx (algorithm 1). False as for Prepare; also
+  /// for an entry that is not scalar within the tolerance, and for a slab without thickness.
+  bool PrepareMatrix(const Profile<T>& profile, T k0, bool tensors, T tolerance);
+
+  /// |Y|² ray.sigma + |X|² ray.pi with the amplitude ratios Y of sigma and X of pi, at count angles given as
+  /// s = sin θ, 0 <= s <= 1. The plain path has to do each angle whose intensity is not finite.
+  void Calculate(const Kernels& kernels, const T* s, std::int32_t count, RayShares<T> ray, T* intensity);
+
+  /// The same for two rays that see the same stack.
+  void CalculateBoth(const Kernels& kernels, const T* s, std::int32_t count, RayShares<T> one, T* first,
+                     RayShares<T> two, T* second);
 
  private:
+  bool PrepareEntries(const Profile<T>& profile, T k0);
   void ShareEqualEntries();
+  void CalcAmplitudes(const Kernels& kernels, const T* s, std::int32_t count, bool sigma, bool pi);
+  void Combine(const T* s, std::int32_t count, RayShares<T> ray, T* intensity) const;
 
   std::vector<ParrattEntry<T>> entries_;
   std::vector<T> sigma_, pi_;
   ParrattStack<T> stack_{};
   bool near_vacuum_ = false;
+  T largest_chi_{};
+  T smallest_sine_{};  // below, the plain path judges
 };
 
 extern template class ParrattLanes<float>;

@@ -66,6 +66,7 @@ class ParrattBlock {
       s2_.Set(i, s_[i] * s_[i]);
       smallest2_.Set(i, L(Scalar(1)));
       doubtful_.Set(i, L(Scalar(0)));
+      growth_.Set(i, L(Scalar(0)));
     }
   }
 
@@ -130,6 +131,11 @@ class ParrattBlock {
     }
   }
 
+  void AddGrowth(Scalar phase, const Wave& wave) {
+    if (stack_.largest_growth == std::numeric_limits<Scalar>::infinity()) return;
+    for (int i = 0; i < used_; ++i) growth_.Set(i, MulAdd(L(phase), wave.w.imag[i], growth_[i]));
+  }
+
   template <bool rough, bool first>
   [[gnu::noinline]] void Step(const ComplexRow<V>& lower, const ComplexRow<V>& upper, const ComplexRow<V>& F,
                               const ComplexRow<V>& E, Ratio& ratio) {
@@ -167,7 +173,10 @@ class ParrattBlock {
       const Wave& below = wave_[j & 1];
       Wave& above = wave_[~j & 1];
       CalcWave(stack_.entry[j + 1], above);
-      if (j > 0) CalcPassage(lower.phase, below, passage_[0]);
+      if (j > 0) {
+        CalcPassage(lower.phase, below, passage_[0]);
+        AddGrowth(lower.phase, below);
+      }
       if (lower.rough) CalcRoughness(lower.roughness, below, above, roughness_);
       if (stack_.wants_sigma) AddInterface(lower.rough, j == 0, below.w, above.w, sigma_);
       if (stack_.wants_pi) AddInterface(lower.rough, j == 0, below.u, above.u, pi_);
@@ -231,6 +240,7 @@ class ParrattBlock {
     for (std::int32_t j = 1; j + 1 < stack_.entries; ++j) {
       const Reflection& r = reflection_[stack_.entry[j].interface];
       const ComplexRow<V>& E = passage_[stack_.entry[j].passage];
+      AddGrowth(stack_.entry[j].phase, wave_[stack_.entry[j].wave]);
       if (stack_.wants_sigma) SharedStep(r.sigma, E, sigma_);
       if (stack_.wants_pi) SharedStep(r.pi, E, pi_);
       if (j % kRescaleEvery == kRescaleEvery - 1) RescaleAll();
@@ -262,7 +272,8 @@ class ParrattBlock {
     Rescale(ratio);
     Row<V>& result = ratio.n.real;
     for (int i = 0; i < used_; ++i) {
-      const Mask<V> sure = smallest2_[i] > L(kSmallest2) && doubtful_[i] == L(Scalar(0));
+      const Mask<V> sure = smallest2_[i] > L(kSmallest2) && doubtful_[i] == L(Scalar(0)) &&
+                           growth_[i] <= L(stack_.largest_growth);
       const L intensity = Norm(ratio.n[i]) / Norm(ratio.d[i]);
       result.Set(i, Select(sure, intensity, L(std::numeric_limits<Scalar>::quiet_NaN())));
     }
@@ -271,7 +282,7 @@ class ParrattBlock {
 
   const Stack& stack_;
   int used_;  // registers of the block that hold an angle
-  Row<V> s_, s2_, smallest2_, doubtful_;
+  Row<V> s_, s2_, smallest2_, doubtful_, growth_;
   Ratio sigma_, pi_;
   ComplexRow<V> roughness_;
   Wave wave_[kMaxShared];

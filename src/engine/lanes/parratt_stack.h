@@ -36,6 +36,9 @@ struct ParrattStack {
   bool wants_sigma;
   bool wants_pi;
   bool shared;  ///< the stack repeats itself; what is equal is calculated once
+  /// Largest sum of 2 k0 d Im w over the slabs that lanes may judge: the matrix algorithms carry the growing
+  /// waves themselves and overflow where the recursion does not. Infinity for the recursion.
+  Scalar largest_growth;
 };
 
 /// Squared moduli of the sigma and pi amplitude ratios at count angles, given as s = sin θ, 0 <= s <= 1.
