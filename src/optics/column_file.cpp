@@ -12,7 +12,7 @@
 namespace tolvik {
 namespace {
 
-constexpr std::size_t kChunk = std::size_t{1} << 18;
+constexpr std::size_t kChunk = std::size_t{1} << 16;
 constexpr std::size_t kLongestLine = std::size_t{1} << 20;
 
 bool IsBlank(char c) {

@@ -62,7 +62,7 @@ std::string Statement(Choices& input) {
       continue;
     }
     statement += c[1] == '1' ? object : c[1] == '2' ? first : second;
-    c += 3;  // the rest of "%1"
+    ++c;
   }
   return "pcall(function() " + statement + " end)";
 }
