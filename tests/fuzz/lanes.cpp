@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// Differential fuzzing of the lanes: any numbers in any field of a stack. Where the plain recursion gives a
+// number, each lane set gives one as near to the truth, where it gives NaN or infinity so do they, and an
+// angle alone gives the bits that it has in a batch.
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <vector>
+
+#include "engine/intensity.tpp"
+#include "engine/lanes/kernels.h"
+
+namespace {
+
+using namespace tolvik::engine;
+using lanes::LaneSet;
+
+// Doubles as they stand in the input; 0 once it ends. One leading byte chooses between any number and a tame
+// one.
+class Input {
+ public:
+  Input(const std::uint8_t* data, std::size_t size) : data_(data), size_(size) {}
+
+  unsigned Byte() { return size_ == 0 ? 0u : (--size_, static_cast<unsigned>(*data_++)); }
+
+  double Number(double scale) {
+    const unsigned kind = Byte();
+    if (kind % 8 != 0) return scale * (static_cast<double>(kind) + static_cast<double>(Byte()) / 256) / 256;
+    double x = 0;
+    const std::size_t count = size_ < sizeof x ? size_ : sizeof x;
+    std::memcpy(&x, data_, count);
+    data_ += count;
+    size_ -= count;
+    return x;
+  }
+
+ private:
+  const std::uint8_t* data_;
+  std::size_t size_;
+};
+
+struct Case {
+  std::vector<CLayer<double>> layers;
+  std::vector<double> sines;
+  double k0;
+  IntensityOptions<double> options;
+};
+
+Case ReadCase(Input& input) {
+  Case result;
+  const unsigned entries = input.Byte() % 9;
+  result.options.algorithm = static_cast<std::int32_t>(input.Byte() % 3);
+  result.options.magnetic = input.Byte() % 2 != 0;
+  result.options.tolerance = 5e-5;
+  result.k0 = input.Number(8.0);
+  result.options.polarisation[0] = result.options.polarisation[6] = 1;
+  result.options.polarisation[2] = input.Number(1.0);
+  for (unsigned j = 0; j < entries; ++j) {
+    CLayer<double> layer;
+    layer.layer_delta = input.Number(1e-4);
+    layer.layer_beta = input.Number(1e-5);
+    layer.layer_d = input.Number(300.0);
+    layer.layer_sigma = input.Number(20.0);
+    layer.layer_ddelta = input.Number(1e-5);
+    layer.layer_dbeta = input.Number(1e-6);
+    result.layers.push_back(layer);
+  }
+  for (unsigned count = 1 + input.Byte() % 20; count > 0; --count) {
+    const double s = std::abs(input.Number(0.3));
+    result.sines.push_back(s <= 1 ? s : 0.5);
+  }
+  return result;
+}
+
+template <class T>
+std::vector<double> Calculate(const Case& test, const std::vector<double>& angles, LaneSet set) {
+  lanes::ChooseLanes(set);
+  Profile<T> profile;
+  for (const CLayer<double>& layer : test.layers) {
+    CLayer<T> entry;
+    entry.layer_d = T(layer.layer_d);
+    entry.layer_delta = T(layer.layer_delta);
+    entry.layer_beta = T(layer.layer_beta);
+    entry.layer_sigma = T(layer.layer_sigma);
+    entry.layer_ddelta = T(layer.layer_ddelta);
+    entry.layer_dbeta = T(layer.layer_dbeta);
+    profile.Append(entry);
+  }
+  IntensityOptions<T> options;
+  options.algorithm = test.options.algorithm;
+  options.magnetic = test.options.magnetic;
+  options.tolerance = T(test.options.tolerance);
+  for (int i = 0; i < 8; ++i) options.polarisation[i] = test.options.polarisation[i];
+  std::vector<T> sines(angles.begin(), angles.end());
+  std::vector<T> first(sines.size()), second(sines.size());
+  IntensityWork<T> work;
+  CalcIntensities<T>(profile, T(test.k0), options, static_cast<std::int32_t>(sines.size()), sines.data(),
+                     first.data(), second.data(), work);
+  std::vector<double> result;
+  for (std::size_t i = 0; i < sines.size(); ++i) {
+    result.push_back(static_cast<double>(first[i]));
+    result.push_back(static_cast<double>(second[i]));
+  }
+  return result;
+}
+
+bool SameBits(double a, double b) {
+  return std::memcmp(&a, &b, sizeof a) == 0 || (std::isnan(a) && std::isnan(b));
+}
+
+void Check(const Case& test, LaneSet set, const std::vector<double>& plain,
+           const std::vector<double>& exact) {
+  const std::vector<double> lane = Calculate<double>(test, test.sines, set);
+  for (std::size_t i = 0; i < lane.size(); ++i) {
+    if (!std::isfinite(plain[i])) {
+      if (!SameBits(plain[i], lane[i])) std::abort();
+      continue;
+    }
+    if (!std::isfinite(lane[i])) std::abort();
+    // Coarse on purpose: the unit tests hold lanes to the conditioning.
+    const double granted = 1e-6 * std::abs(plain[i]) + 1e-20;
+    if (std::abs(lane[i] - plain[i]) <= granted || !std::isfinite(exact[i])) continue;
+    if (std::abs(lane[i] - exact[i]) > 2 * std::abs(plain[i] - exact[i]) + granted) std::abort();
+  }
+  const std::vector<double> alone = Calculate<double>(test, {test.sines.back()}, set);
+  if (!SameBits(alone[0], lane[lane.size() - 2]) || !SameBits(alone[1], lane.back())) std::abort();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  Input input(data, size);
+  const Case test = ReadCase(input);
+  const std::vector<double> plain = Calculate<double>(test, test.sines, LaneSet::kPlain);
+  const std::vector<double> exact = Calculate<long double>(test, test.sines, LaneSet::kPlain);
+  for (const LaneSet set : lanes::kAllLaneSets) {
+    if (set != LaneSet::kPlain && lanes::IsSupported(set)) Check(test, set, plain, exact);
+  }
+  return 0;
+}
