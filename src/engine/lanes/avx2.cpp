@@ -3,6 +3,7 @@
 // by the linker for other callers, on a processor that lacks the set: it holds no standard containers, and
 // every type that its templates are made with is local to it (scripts/check-lane-symbols).
 #if defined(__x86_64__)
+#include "engine/lanes/function_kernel.h"
 #include "engine/lanes/kernels.h"
 #include "engine/lanes/parratt_kernel.h"
 
@@ -29,7 +30,8 @@ struct Float {
 
 }  // namespace
 
-const Kernels kAvx2Kernels = {"avx2", ParrattBlock<Float>::Run, ParrattBlock<Double>::Run};
+const Kernels kAvx2Kernels = {"avx2", ParrattBlock<Float>::Run, ParrattBlock<Double>::Run,
+                              FunctionBlock<Float>::Run, FunctionBlock<Double>::Run};
 
 }  // namespace tolvik::engine::lanes
 #endif

@@ -3,6 +3,7 @@
 // callers, on a processor that lacks the set: it holds no standard containers, and every type that its
 // templates are made with is local to it (scripts/check-lane-symbols).
 #if defined(__x86_64__)
+#include "engine/lanes/function_kernel.h"
 #include "engine/lanes/kernels.h"
 #include "engine/lanes/parratt_kernel.h"
 
@@ -31,7 +32,8 @@ struct Float {
 
 }  // namespace
 
-const Kernels kAvx512Kernels = {"avx512", ParrattBlock<Float>::Run, ParrattBlock<Double>::Run};
+const Kernels kAvx512Kernels = {"avx512", ParrattBlock<Float>::Run, ParrattBlock<Double>::Run,
+                                FunctionBlock<Float>::Run, FunctionBlock<Double>::Run};
 
 }  // namespace tolvik::engine::lanes
 #endif

@@ -73,7 +73,7 @@ TOLVIK_INLINE Lanes<V> Polynomial(const Scalar (&terms)[N], Lanes<V> x) {
   return sum;
 }
 
-/// sqrt(x) and 1/sqrt(x) within 1 ulp, for normal x above 0. A processor with an estimate of the inverse root
+/// sqrt(x) within 1 ulp and 1/sqrt(x) within 2, for normal x above 0. A processor with an estimate of the inverse root
 /// refines that (Newton, Raphson), which does not occupy its one divider.
 template <class V>
 TOLVIK_INLINE Lanes<V> SquareRootAndInverse(Lanes<V> x, Lanes<V>& inverse) {
@@ -105,7 +105,7 @@ TOLVIK_INLINE Lanes<V> SquareRootOfNormal(Lanes<V> x) {
   }
 }
 
-/// exp(x) within 1 ulp; 0 below the lowest normal result, and nothing of use above exp_highest.
+/// exp(x) within 1.5 ulp; 0 below the lowest normal result, and nothing of use above exp_highest.
 template <class V>
 TOLVIK_INLINE Lanes<V> Exp(Lanes<V> x) {
   using L = Lanes<V>;
@@ -124,7 +124,7 @@ TOLVIK_INLINE Lanes<V> Exp(Lanes<V> x) {
   return Select(x < L(C::exp_lowest), L(Scalar(0)), power);
 }
 
-/// sine and cosine within 1 ulp for |x| up to max_phase; nothing of use above.
+/// sine and cosine within 1.5 ulp, near their zeros of 0.001, for |x| up to max_phase; nothing of use above.
 template <class V>
 TOLVIK_INLINE void SinCos(Lanes<V> x, Lanes<V>& sine, Lanes<V>& cosine) {
   using L = Lanes<V>;

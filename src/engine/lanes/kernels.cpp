@@ -10,7 +10,7 @@ namespace tolvik::engine::lanes {
 namespace {
 
 #if defined(__x86_64__)
-const Kernels* KernelsOf(LaneSet set) {
+const Kernels* AddressOf(LaneSet set) {
   switch (set) {
     case LaneSet::kSse:
       return &kSseKernels;
@@ -23,7 +23,7 @@ const Kernels* KernelsOf(LaneSet set) {
   }
 }
 #else
-const Kernels* KernelsOf(LaneSet) {
+const Kernels* AddressOf(LaneSet) {
   return nullptr;
 }
 #endif
@@ -38,12 +38,8 @@ LaneSet SetOfEnvironment() {
   return widest;
 }
 
-const Kernels* UsableKernels(LaneSet set) {
-  return IsSupported(set) ? KernelsOf(set) : nullptr;
-}
-
 std::atomic<const Kernels*>& Choice() {
-  static std::atomic<const Kernels*> choice{UsableKernels(SetOfEnvironment())};
+  static std::atomic<const Kernels*> choice{KernelsOf(SetOfEnvironment())};
   return choice;
 }
 
@@ -82,12 +78,16 @@ bool IsSupported(LaneSet set) {
 #endif
 }
 
+const Kernels* KernelsOf(LaneSet set) {
+  return IsSupported(set) ? AddressOf(set) : nullptr;
+}
+
 const Kernels* ChosenKernels() {
   return Choice().load(std::memory_order_relaxed);
 }
 
 void ChooseLanes(LaneSet set) {
-  Choice().store(UsableKernels(set), std::memory_order_relaxed);
+  Choice().store(KernelsOf(set), std::memory_order_relaxed);
 }
 
 }  // namespace tolvik::engine::lanes

@@ -10,13 +10,24 @@
 
 namespace tolvik::engine::lanes {
 
+/// The functions of functions.h at count numbers, for their tests. Results: arrays of the same length.
+template <class Scalar>
+struct FunctionValues {
+  Scalar *exp, *sine, *cosine, *root, *inverse_root;
+};
+template <class Scalar>
+using FunctionKernel = void (*)(const Scalar* x, std::int32_t count, const FunctionValues<Scalar>& values);
+
 /// Entries into one instruction set.
 struct Kernels {
   const char* name;
   ParrattKernel<float> parratt_float;
   ParrattKernel<double> parratt_double;
+  FunctionKernel<float> functions_float;
+  FunctionKernel<double> functions_double;
 };
 
+// Only for processors that have the set; ChosenKernels below asks first.
 extern const Kernels kSseKernels;     ///< x86-64-v2, two doubles
 extern const Kernels kAvx2Kernels;    ///< x86-64-v3, four doubles
 extern const Kernels kAvx512Kernels;  ///< x86-64-v4, eight doubles
@@ -35,6 +46,9 @@ bool IsSupported(LaneSet set);
 /// sse, avx2, avx512) decides; without it, or with any other text, the widest set that the processor has. A
 /// set that it lacks gives the plain path.
 const Kernels* ChosenKernels();
+
+/// The kernels of a set; null where the processor lacks it.
+const Kernels* KernelsOf(LaneSet set);
 
 /// Takes another set from now on, for tests and benchmarks; kPlain where the processor lacks it. Curves in
 /// work may see either.
