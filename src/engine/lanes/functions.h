@@ -73,8 +73,8 @@ TOLVIK_INLINE Lanes<V> Polynomial(const Scalar (&terms)[N], Lanes<V> x) {
   return sum;
 }
 
-/// sqrt(x) within 1 ulp and 1/sqrt(x) within 2, for normal x above 0. A processor with an estimate of the inverse root
-/// refines that (Newton, Raphson), which does not occupy its one divider.
+/// sqrt(x) within 1 ulp and 1/sqrt(x) within 2, for normal x above 0. A processor with an estimate of the
+/// inverse root refines that (Newton, Raphson), which does not occupy its one divider.
 template <class V>
 TOLVIK_INLINE Lanes<V> SquareRootAndInverse(Lanes<V> x, Lanes<V>& inverse) {
   using L = Lanes<V>;
