@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "model/state_file.h"
+#include "tolvik/state_file.h"
 
 namespace {
 

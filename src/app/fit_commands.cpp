@@ -8,7 +8,7 @@
 #include "app/startup.h"
 #include "fit/fit_variables.h"
 #include "fit/multi_fit.h"
-#include "model/state_file.h"
+#include "tolvik/state_file.h"
 #include "script/host.h"
 
 namespace tolvik {

@@ -11,7 +11,7 @@
 #include <stdexcept>
 
 #include "fit/multi_fit.h"
-#include "model/state_file.h"
+#include "tolvik/state_file.h"
 #include "support/child.h"
 #include "support/fit_project.h"
 #include "support/scratch.h"

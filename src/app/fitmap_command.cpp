@@ -9,7 +9,7 @@
 #include "fit/fit_variables.h"
 #include "fit/multi_fit.h"
 #include "model/fit_variable_names.h"
-#include "model/state_file.h"
+#include "tolvik/state_file.h"
 #include "optics/energy.h"
 #include "optics/material.h"
 #include "optics/rays.h"

@@ -13,7 +13,7 @@
 #include "app/fit_commands.h"
 #include "app/kk_command.h"
 #include "app/map_file.h"
-#include "model/state_file.h"
+#include "tolvik/state_file.h"
 #include "support/child.h"
 #include "support/fit_project.h"
 #include "support/scratch.h"

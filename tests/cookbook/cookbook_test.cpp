@@ -6,7 +6,7 @@
 #include <cmath>
 #include <string>
 
-#include "model/state_file.h"
+#include "tolvik/state_file.h"
 #include "tolvik/tolvik.h"
 
 namespace tolvik {

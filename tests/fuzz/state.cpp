@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "model/state_file.h"
+#include "tolvik/state_file.h"
 
 namespace {
 
