@@ -92,17 +92,28 @@ class ParrattBlock {
     }
   }
 
+  void CalcCosines() {
+    if (has_cosines_) return;
+    for (int i = 0; i < used_; ++i) cosine_.Set(i, sqrt(L(Scalar(1)) - s2_[i]));
+    has_cosines_ = true;
+  }
+
   // The magnetic shift goes with the cosine of the angle.
   void CalcShiftedWave(const Entry& entry, Wave& wave) {
     const L one(Scalar(1));
+    CalcCosines();
     for (int i = 0; i < used_; ++i) {
-      const L c = sqrt(one - s2_[i]);
+      const L c = cosine_[i];
       const Z n{L(entry.index_real) + L(entry.ddelta) * c, L(entry.index_imag) - L(entry.dbeta) * c};
       const L chi_real = NegMulAdd(n.imag, n.imag, (n.real - one) * (n.real + one));
       const L chi_imag = (n.real + n.real) * n.imag;
-      const Z n2{chi_real + one, chi_imag};
-      const L scale = one / Norm(n2);
-      SetWave(wave, i, s2_[i] + chi_real, chi_imag, {n2.real * scale, -(n2.imag * scale)}, true);
+      Z inverse{one, one};  // 1 / n², of no use to sigma
+      if (stack_.wants_pi) {
+        const Z n2{chi_real + one, chi_imag};
+        const L scale = one / Norm(n2);
+        inverse = {n2.real * scale, -(n2.imag * scale)};
+      }
+      SetWave(wave, i, s2_[i] + chi_real, chi_imag, inverse, true);
       // A negative absorption, -0 included, turns the wave about.
       Doubt(i, !(copysign(one, n.imag) > L(Scalar(0))));
     }
@@ -282,7 +293,8 @@ class ParrattBlock {
 
   const Stack& stack_;
   int used_;  // registers of the block that hold an angle
-  Row<V> s_, s2_, smallest2_, doubtful_, growth_;
+  bool has_cosines_ = false;
+  Row<V> s_, s2_, cosine_, smallest2_, doubtful_, growth_;
   Ratio sigma_, pi_;
   ComplexRow<V> roughness_;
   Wave wave_[kMaxShared];
