@@ -8,16 +8,7 @@
 #include <utility>
 #include <vector>
 
-#if defined(__SANITIZE_ADDRESS__)
-#define TOLVIK_TEST_LEAKS 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define TOLVIK_TEST_LEAKS 1
-#endif
-#endif
-#ifdef TOLVIK_TEST_LEAKS
-#include <sanitizer/lsan_interface.h>
-#endif
+#include "support/leaks.h"
 
 namespace tolvik::fit {
 namespace {
@@ -98,14 +89,6 @@ TEST(LevmarCall, RefusesFewerMeasurementsThanParameters) {
   EXPECT_EQ(run.p[0], -1.2);
 }
 
-#ifdef TOLVIK_TEST_LEAKS
-using LeaksAllowed = __lsan::ScopedDisabler;
-#else
-struct LeaksAllowed {
-  ~LeaksAllowed() {}
-};
-#endif
-
 // Throws at one call, and counts.
 struct Fuse {
   int burns_at, calls;
@@ -121,7 +104,7 @@ TEST(LevmarCall, PassesAnExceptionThroughWhereverItHappens) {
   for (int burns_at = 1; burns_at <= 60; ++burns_at) {  // first look, Jacobians, steps, line searches
     Problem run({-5, -5}, {5, 5});
     Fuse fuse{burns_at, 0};
-    const LeaksAllowed levmar_loses_its_jacobian_rows;
+    const testing::LeaksAllowed levmar_loses_its_jacobian_rows;
     try {
       CallLevmar(&Burn, run.p.data(), run.x.data(), 2, 2, run.lower.data(), run.upper.data(), 500,
                  run.opts.data(), run.info.data(), nullptr, run.covar.data(), &fuse);
