@@ -8,8 +8,8 @@
 #include "app/startup.h"
 #include "fit/fit_variables.h"
 #include "fit/multi_fit.h"
-#include "tolvik/state_file.h"
 #include "script/host.h"
+#include "tolvik/state_file.h"
 
 namespace tolvik {
 namespace {

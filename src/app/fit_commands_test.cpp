@@ -11,10 +11,10 @@
 #include <stdexcept>
 
 #include "fit/multi_fit.h"
-#include "tolvik/state_file.h"
 #include "support/child.h"
 #include "support/fit_project.h"
 #include "support/scratch.h"
+#include "tolvik/state_file.h"
 
 namespace tolvik {
 namespace {

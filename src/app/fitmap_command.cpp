@@ -9,10 +9,10 @@
 #include "fit/fit_variables.h"
 #include "fit/multi_fit.h"
 #include "model/fit_variable_names.h"
-#include "tolvik/state_file.h"
 #include "optics/energy.h"
 #include "optics/material.h"
 #include "optics/rays.h"
+#include "tolvik/state_file.h"
 
 namespace tolvik {
 namespace {

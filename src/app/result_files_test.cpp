@@ -13,10 +13,10 @@
 #include "app/fit_commands.h"
 #include "app/kk_command.h"
 #include "app/map_file.h"
-#include "tolvik/state_file.h"
 #include "support/child.h"
 #include "support/fit_project.h"
 #include "support/scratch.h"
+#include "tolvik/state_file.h"
 
 namespace tolvik {
 namespace {

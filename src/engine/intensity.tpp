@@ -81,8 +81,7 @@ BatchOutcome CalcIntensities(Profile<T>& profile, const T& k0, const IntensityOp
                              std::int32_t count, const T* s, T* first, T* second, IntensityWork<T>& work) {
   BatchOutcome outcome;
   try {
-    const bool by_lanes =
-        intensity_detail::TryLanes<T>(profile, k0, options, count, s, first, second, work);
+    const bool by_lanes = intensity_detail::TryLanes<T>(profile, k0, options, count, s, first, second, work);
     while (outcome.done < count) {
       const std::int32_t i = outcome.done;
       if (by_lanes && isfinite(first[i]) && (second == nullptr || isfinite(second[i]))) {

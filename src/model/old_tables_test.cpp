@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
-#include "tolvik/state_file.h"
 #include "optics/energy.h"
+#include "tolvik/state_file.h"
 
 namespace tolvik {
 namespace {

@@ -15,8 +15,8 @@
 #include <string>
 #include <thread>
 
-#include "tolvik/state_file.h"
 #include "support/scratch.h"
+#include "tolvik/state_file.h"
 
 namespace tolvik {
 namespace {

@@ -6,8 +6,8 @@
 #include <chrono>
 #include <string>
 
-#include "tolvik/state_file.h"
 #include "support/scratch.h"
+#include "tolvik/state_file.h"
 
 namespace tolvik {
 namespace {

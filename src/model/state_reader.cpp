@@ -6,12 +6,12 @@
 #include <stdexcept>
 #include <type_traits>
 
-#include "tolvik/state_file.h"
 #include "model/state_keys.h"
 #include "model/state_reading.h"
 #include "model/state_settings.h"
 #include "optics/energy.h"
 #include "optics/tensor.h"
+#include "tolvik/state_file.h"
 
 namespace tolvik {
 namespace {

@@ -7,10 +7,10 @@
 #include <random>
 #include <string>
 
-#include "tolvik/state_file.h"
 #include "model/state_keys.h"
 #include "model/state_settings.h"
 #include "optics/energy.h"
+#include "tolvik/state_file.h"
 
 namespace tolvik {
 namespace {

@@ -2,8 +2,8 @@
 // The list sections of a state file: layers, elements, gauss functions, fit variables, datasets.
 #include <gtest/gtest.h>
 
-#include "tolvik/state_file.h"
 #include "optics/energy.h"
+#include "tolvik/state_file.h"
 
 namespace tolvik {
 namespace {

@@ -5,11 +5,11 @@
 
 #include "model/fit_variable_names.h"
 #include "model/safe_file.h"
-#include "tolvik/state_file.h"
 #include "model/state_keys.h"
 #include "model/state_settings.h"
 #include "model/stream_value.h"
 #include "optics/energy.h"
+#include "tolvik/state_file.h"
 
 namespace tolvik {
 namespace {

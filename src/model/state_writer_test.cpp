@@ -6,9 +6,9 @@
 #include <limits>
 #include <string>
 
-#include "tolvik/state_file.h"
 #include "optics/energy.h"
 #include "support/scratch.h"
+#include "tolvik/state_file.h"
 
 namespace tolvik {
 namespace {

@@ -5,12 +5,12 @@
 #include <stdexcept>
 
 #include "boundary/cases/captured_output.h"
-#include "support/http_client.h"
 #include "boundary/cases/record_path.h"
 #include "fit/evolution.h"
 #include "fit/fit_variables.h"
-#include "tolvik/state_file.h"
 #include "optics/material.h"
+#include "support/http_client.h"
+#include "tolvik/state_file.h"
 #include "tolvik/tolvik.h"
 
 namespace tolvik::testing {
