@@ -5,6 +5,8 @@
 #include <exception>
 #include <limits>
 #include <memory>
+#include <utility>
+#include <vector>
 
 #include "script/host.h"
 #include "tolvik/tolvik.h"
@@ -14,6 +16,17 @@ namespace tolvik {
 CMultiFit* frontendfit = nullptr;
 CEvolution* frontendevolution = nullptr;
 
+namespace {
+
+// Keeps an object to the end of the process, so that pointers into it stay good when a newer one replaces it.
+template <class T>
+T* KeepForEver(std::unique_ptr<T> object) {
+  static auto& kept = *new std::vector<std::unique_ptr<T>>;  // never destroyed: other threads may still read
+  kept.push_back(std::move(object));
+  return kept.back().get();
+}
+
+}  // namespace
 }  // namespace tolvik
 
 using tolvik::frontendevolution;
@@ -25,7 +38,7 @@ std::int32_t FitNewDLL(tolvik::CState* state) {
   try {
     auto fit = std::make_unique<tolvik::CMultiFit>(*state);
     fit->RestartFit();
-    frontendfit = fit.release();
+    frontendfit = tolvik::KeepForEver(std::move(fit));
   } catch (const std::exception&) {
     frontendfit = nullptr;  // memory is short: FitGetFitDLL tells
   }
@@ -58,7 +71,7 @@ double FitGetLastErrorDLL(void) {
 
 std::int32_t EvolutionNewDLL(tolvik::CState* state) {
   try {
-    frontendevolution = std::make_unique<tolvik::CEvolution>(*state).release();
+    frontendevolution = tolvik::KeepForEver(std::make_unique<tolvik::CEvolution>(*state));
   } catch (const std::exception&) {
     frontendevolution = nullptr;  // memory is short: EvolutionGetEvolutionDLL tells
   }
