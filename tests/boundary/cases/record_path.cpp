@@ -120,7 +120,7 @@ void WalkMember(T& record, std::string_view path, Act& act) {
     if (member != plain || found) return;
     found = true;
     using Member = std::remove_reference_t<decltype(value)>;
-    if constexpr (std::is_same_v<Member, CColumnRow*>) {
+    if constexpr (std::is_same_v<T, CColumnTable> && std::is_same_v<Member, CColumnRow*>) {
       std::string_view rest = path.substr(name.size());
       const std::int32_t index = TakeIndex(rest);
       CheckIndex(index, record.count);
