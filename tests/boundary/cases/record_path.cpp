@@ -106,6 +106,15 @@ void CheckIndex(std::int64_t index, std::int64_t size) {
   if (index < 0 || index >= size) throw std::out_of_range("index out of range");
 }
 
+// Rows of a table; no other record has rows.
+std::int64_t CountRows(const CColumnTable& table) {
+  return table.count;
+}
+template <class Record>
+std::int64_t CountRows(const Record&) {
+  return 0;
+}
+
 // Follows a path from a value to a leaf and acts on it.
 template <class T, class Act>
 void Walk(T& value, std::string_view path, Act& act);
@@ -120,13 +129,13 @@ void WalkMember(T& record, std::string_view path, Act& act) {
     if (member != plain || found) return;
     found = true;
     using Member = std::remove_reference_t<decltype(value)>;
-    if constexpr (std::is_same_v<T, CColumnTable> && std::is_same_v<Member, CColumnRow*>) {
-      std::string_view rest = path.substr(name.size());
+    std::string_view rest = path.substr(name.size());
+    if constexpr (std::is_same_v<Member, CColumnRow*>) {
       const std::int32_t index = TakeIndex(rest);
-      CheckIndex(index, record.count);
+      CheckIndex(index, CountRows(record));
       Walk(value[index], rest, act);
     } else {
-      Walk(value, path.substr(name.size()), act);
+      Walk(value, rest, act);
     }
   });
   if (!found) throw std::out_of_range("no member " + std::string(name));
