@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "optics/energy.h"
+#include "support/sanitized.h"
 
 namespace tolvik {
 namespace {
@@ -53,9 +54,9 @@ struct Line {
 std::string Ask(ServedState& served, const std::string& request) {
   const Line line;
   line.Send(request);
-  testing::internal::CaptureStdout();
+  ::testing::internal::CaptureStdout();
   EXPECT_EQ(ServeConnection(line.server, served), Served::done);
-  testing::internal::GetCapturedStdout();
+  ::testing::internal::GetCapturedStdout();
   return line.ReadAll();
 }
 
@@ -95,9 +96,9 @@ TEST(Connection, PrintsTheRequest) {
   ServedState served(TwoLayers());
   const Line line;
   line.Send("GET / HTTP/1.0\r\n\r\n");
-  testing::internal::CaptureStdout();
+  ::testing::internal::CaptureStdout();
   ServeConnection(line.server, served);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+  EXPECT_EQ(::testing::internal::GetCapturedStdout(),
             "Server: \n-------------------\nGET / HTTP/1.0\r\n\r\n-------------------\n");
 }
 
@@ -106,9 +107,9 @@ TEST(Connection, AClientThatIsGoneDoesNotEndTheProgram) {
   Line line;
   close(line.client);  // nothing sent, and the answer has no reader: would be SIGPIPE
   line.client = -1;
-  testing::internal::CaptureStdout();
+  ::testing::internal::CaptureStdout();
   EXPECT_EQ(ServeConnection(line.server, served), Served::done);
-  testing::internal::GetCapturedStdout();
+  ::testing::internal::GetCapturedStdout();
 }
 
 TEST(Connection, LongRequestsAreReadOnce) {
@@ -120,17 +121,17 @@ TEST(Connection, LongRequestsAreReadOnce) {
     const std::string megabyte = "GET /?qz=0.4&" + std::string(1 << 20, 'y');
     send(line.client, megabyte.data(), megabyte.size(), MSG_NOSIGNAL);
   });
-  testing::internal::CaptureStdout();
+  ::testing::internal::CaptureStdout();
   EXPECT_EQ(ServeConnection(line.server, served), Served::done);
-  testing::internal::GetCapturedStdout();
+  ::testing::internal::GetCapturedStdout();
   sender.join();
 }
 
 TEST(Connection, FailsWhenNothingCanBeRead) {
   ServedState served(TwoLayers());
-  testing::internal::CaptureStderr();
+  ::testing::internal::CaptureStderr();
   EXPECT_EQ(ServeConnection(-1, served), Served::failed);
-  EXPECT_EQ(testing::internal::GetCapturedStderr().rfind("recv() failed", 0), 0u);
+  EXPECT_EQ(::testing::internal::GetCapturedStderr().rfind("recv() failed", 0), 0u);
 }
 
 TEST(ServedState, ANewModelWinsOverAPageInWork) {
@@ -161,14 +162,9 @@ long ResidentPages() {
 }
 
 TEST(Connection, MemoryStaysFlat) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-  // The sanitizers keep freed blocks, so resident memory says nothing; leaks are reported at the end.
-  const int requests = 100;
-  const long allowed_pages = 1 << 20;
-#else
-  const int requests = 10000;
-  const long allowed_pages = 256;  // 1 MB
-#endif
+  // The sanitizers keep freed blocks, so resident memory says nothing there; leaks are reported at the end.
+  const int requests = testing::kSanitized ? 100 : 10000;
+  const long allowed_pages = testing::kSanitized ? 1 << 20 : 256;  // 256 pages are 1 MB
   ServedState served(TwoLayers());
   for (int i = 0; i < 100; ++i) Ask(served, "GET /?qz=0.2 HTTP/1.0\r\n\r\n");
   const long before = ResidentPages();
