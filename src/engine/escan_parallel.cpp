@@ -3,6 +3,7 @@
 
 #include <mpfr.h>
 
+#include <algorithm>
 #include <memory>
 #include <vector>
 
@@ -24,13 +25,22 @@ class ScanLock {
   pthread_spinlock_t lock_;
 };
 
-std::int32_t TakeNextPoint(std::int32_t& next) {
+// Points that a thread takes at once. In a long scan it is a cache line of results: threads that write next
+// to each other, and a lock taken every few microseconds, cost a twentieth of the speed.
+constexpr std::int32_t kPointsPerTurn = 8;
+constexpr std::int32_t kLongScan = 1024;
+
+std::int32_t PointsPerTurn(std::int32_t points) {
+  return points < kLongScan ? 1 : kPointsPerTurn;
+}
+
+std::int32_t TakePoints(std::int32_t& next, std::int32_t count) {
   static ScanLock lock;
   lock.Lock();
-  const std::int32_t i = next;
-  if (next < INT32_MAX) ++next;
+  const std::int32_t first = next;
+  next += std::min(count, INT32_MAX - next);
   lock.Unlock();
-  return i;
+  return first;
 }
 
 void AppendElement(CArray<double>& to, const CArray<double>& from, std::int32_t i) {
@@ -100,12 +110,16 @@ class ScanThreads {
 
 void* EScanThread(void* context) {
   auto& scan = *static_cast<CEScanContext*>(context);
+  const std::int32_t turn = PointsPerTurn(scan.pointcount);
   for (;;) {
-    const std::int32_t i = TakeNextPoint(*scan.nextindex);
-    if (i >= scan.pointcount) break;
-    try {
-      CalcPoint(*scan.solution, i, scan.state);
-    } catch (...) {  // want of memory: the point keeps its value, the process goes on
+    const std::int32_t first = TakePoints(*scan.nextindex, turn);
+    if (first >= scan.pointcount) break;
+    const std::int32_t end = first + std::min(turn, scan.pointcount - first);
+    for (std::int32_t i = first; i < end; ++i) {
+      try {
+        CalcPoint(*scan.solution, i, scan.state);
+      } catch (...) {  // want of memory: the point keeps its value, the process goes on
+      }
     }
   }
   mpfr_free_cache2(MPFR_FREE_LOCAL_CACHE);  // constants that MPFR keeps for each thread

@@ -19,9 +19,9 @@ struct CEScanContext {
   CState state;                       ///< a copy of its own
 };
 
-/// Body of a thread: takes points one by one until none is left, calculates each by CalcEScanDLL as a scan of
-/// one point and writes its dataset_R0 back, whatever the code was. Takes a CEScanContext and returns null.
-/// Nothing is thrown; a point that fails otherwise keeps its value.
+/// Body of a thread: takes points in order, in a long scan some at a time, until none is left, calculates
+/// each by CalcEScanDLL as a scan of one point and writes its dataset_R0 back, whatever the code was. Takes a
+/// CEScanContext and returns null. Nothing is thrown; a point that fails otherwise keeps its value.
 void* EScanThread(void* context);
 
 /// How a thread is started; as pthread_create.

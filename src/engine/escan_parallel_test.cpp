@@ -76,6 +76,20 @@ TEST_F(EScanParallel, OutputDoesNotDependOnTheNumberOfThreads) {
   }
 }
 
+// A long scan hands out several points at a time; its last turn is a short one.
+TEST_F(EScanParallel, LongScansReachEveryPointOnce) {
+  CSolution scan;
+  for (int i = 0; i < 1501; ++i) {
+    scan.dataset_qz.Append(0.01 + 0.0002 * i);
+    scan.dataset_eng.Append(610 + 0.1 * i);
+    scan.dataset_R0.Append(-1);
+  }
+  CSolution plain = scan;
+  CState state = Sample();
+  EXPECT_EQ(CalcEScanDLL(&plain, &state), 1);
+  for (int threads : {1, 3}) EXPECT_EQ(Scan(Sample(), scan, threads), plain.dataset_R0) << threads;
+}
+
 // One sample and it is out of reach: the scan of that point ends with a sum of 0, which is written back. A
 // point beyond its tables keeps the caller's value.
 TEST_F(EScanParallel, WhatThePointThenHasIsWrittenBack) {
