@@ -105,23 +105,23 @@ class ParrattBlock {
     for (int i = 0; i < used_; ++i) {
       const L c = cosine_[i];
       const Z n{L(entry.index_real) + L(entry.ddelta) * c, L(entry.index_imag) - L(entry.dbeta) * c};
-      const L chi_real = NegMulAdd(n.imag, n.imag, (n.real - one) * (n.real + one));
-      const L chi_imag = (n.real + n.real) * n.imag;
+      const L chi_real = NegMulAdd(n.imag(), n.imag(), (n.real() - one) * (n.real() + one));
+      const L chi_imag = (n.real() + n.real()) * n.imag();
       Z inverse{one, one};  // 1 / n², of no use to sigma
       if (stack_.wants_pi) {
         const Z n2{chi_real + one, chi_imag};
-        const L scale = one / Norm(n2);
-        inverse = {n2.real * scale, -(n2.imag * scale)};
+        const L scale = one / norm(n2);
+        inverse = {n2.real() * scale, -(n2.imag() * scale)};
       }
       SetWave(wave, i, s2_[i] + chi_real, chi_imag, inverse, true);
       // A negative absorption, -0 included, turns the wave about.
-      Doubt(i, !(copysign(one, n.imag) > L(Scalar(0))));
+      Doubt(i, !(copysign(one, n.imag()) > L(Scalar(0))));
     }
   }
 
   [[gnu::noinline]] void CalcRoughness(Scalar roughness, const Wave& lower, const Wave& upper,
                                        ComplexRow<V>& F) {
-    for (int i = 0; i < used_; ++i) F.Set(i, Exp(L(-roughness) * (lower.w[i] * upper.w[i])));
+    for (int i = 0; i < used_; ++i) F.Set(i, exp(L(-roughness) * (lower.w[i] * upper.w[i])));
     if (!stack_.tame) WatchRoughness(roughness, lower, upper);
   }
 
@@ -129,16 +129,16 @@ class ParrattBlock {
     using C = FunctionConstants<Scalar>;
     for (int i = 0; i < used_; ++i) {
       const Z exponent = L(-roughness) * (lower.w[i] * upper.w[i]);
-      const Mask<V> vanishes = exponent.real < L(Scalar(1.1) * C::exp_lowest);
-      Doubt(i, !(exponent.real < L(kLargestExponent)));
-      Doubt(i, !(abs(exponent.imag) < L(C::max_phase)) && !vanishes);
+      const Mask<V> vanishes = exponent.real() < L(Scalar(1.1) * C::exp_lowest);
+      Doubt(i, !(exponent.real() < L(kLargestExponent)));
+      Doubt(i, !(abs(exponent.imag()) < L(C::max_phase)) && !vanishes);
     }
   }
 
   [[gnu::noinline]] void CalcPassage(Scalar phase, const Wave& wave, ComplexRow<V>& E) {
     for (int i = 0; i < used_; ++i) {
       const Z w = wave.w[i];
-      E.Set(i, Exp(Z{w.imag * L(-phase), w.real * L(phase)}));
+      E.Set(i, exp(Z{w.imag() * L(-phase), w.real() * L(phase)}));
     }
   }
 
@@ -200,10 +200,10 @@ class ParrattBlock {
                                         ComplexRow<V>& r) {
     for (int i = 0; i < used_; ++i) {
       const Z q = upper[i] + lower[i];
-      const L scale = L(Scalar(1)) / Norm(q);
+      const L scale = L(Scalar(1)) / norm(q);
       Z t = upper[i] - lower[i];
       if (rough) t = t * roughness_[i];
-      r.Set(i, Z{scale * q.real, -(scale * q.imag)} * t);
+      r.Set(i, Z{scale * q.real(), -(scale * q.imag())} * t);
     }
   }
 
@@ -285,7 +285,7 @@ class ParrattBlock {
     for (int i = 0; i < used_; ++i) {
       const Mask<V> sure = smallest2_[i] > L(kSmallest2) && doubtful_[i] == L(Scalar(0)) &&
                            growth_[i] <= L(stack_.largest_growth);
-      const L intensity = Norm(ratio.n[i]) / Norm(ratio.d[i]);
+      const L intensity = norm(ratio.n[i]) / norm(ratio.d[i]);
       result.Set(i, Select(sure, intensity, L(std::numeric_limits<Scalar>::quiet_NaN())));
     }
     for (int i = 0; i < size; ++i) out[i] = result.value[i];

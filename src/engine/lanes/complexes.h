@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// The complex number over lanes.
+//
+// It serves finite numbers whose squares neither overflow nor vanish: products and quotients take the short
+// formulas, without the rules by which an infinity meets a NaN. What goes wrong there comes out as something
+// that is not finite, and the plain path judges that angle.
+#pragma once
+
+#include "engine/lanes/functions.h"
+
+namespace tolvik::engine::lanes {
+
+/// A complex number for each angle, in registers.
+template <class V>
+class Complexes {
+ public:
+  using value_type = Lanes<V>;
+  using L = Lanes<V>;
+  using Scalar = typename L::Scalar;
+
+  Complexes() = default;
+  TOLVIK_INLINE Complexes(L real)
+      : real_(real), imag_(Scalar(0)) {}  // NOLINT: a real number is a complex one
+  TOLVIK_INLINE Complexes(L real, L imag) : real_(real), imag_(imag) {}
+
+  TOLVIK_INLINE L real() const { return real_; }
+  TOLVIK_INLINE L imag() const { return imag_; }
+
+  TOLVIK_INLINE friend Complexes operator+(Complexes a, Complexes b) {
+    return {a.real_ + b.real_, a.imag_ + b.imag_};
+  }
+  TOLVIK_INLINE friend Complexes operator-(Complexes a, Complexes b) {
+    return {a.real_ - b.real_, a.imag_ - b.imag_};
+  }
+  TOLVIK_INLINE friend Complexes operator-(Complexes a) { return {-a.real_, -a.imag_}; }
+  TOLVIK_INLINE friend Complexes operator*(Complexes a, Complexes b) {
+    return {NegMulAdd(a.imag_, b.imag_, a.real_ * b.real_), MulAdd(a.real_, b.imag_, a.imag_ * b.real_)};
+  }
+  TOLVIK_INLINE friend Complexes operator/(Complexes a, Complexes b) { return a * Inverse(b); }
+
+  TOLVIK_INLINE friend Complexes operator+(Complexes a, L b) { return {a.real_ + b, a.imag_}; }
+  TOLVIK_INLINE friend Complexes operator+(L a, Complexes b) { return {a + b.real_, b.imag_}; }
+  TOLVIK_INLINE friend Complexes operator-(Complexes a, L b) { return {a.real_ - b, a.imag_}; }
+  TOLVIK_INLINE friend Complexes operator-(L a, Complexes b) { return {a - b.real_, -b.imag_}; }
+  TOLVIK_INLINE friend Complexes operator*(L a, Complexes b) { return {a * b.real_, a * b.imag_}; }
+  TOLVIK_INLINE friend Complexes operator*(Complexes a, L b) { return {a.real_ * b, a.imag_ * b}; }
+  TOLVIK_INLINE friend Complexes operator/(Complexes a, L b) { return {a.real_ / b, a.imag_ / b}; }
+  TOLVIK_INLINE friend Complexes operator/(L a, Complexes b) { return a * Inverse(b); }
+
+  TOLVIK_INLINE Complexes& operator+=(Complexes b) { return *this = *this + b; }
+  TOLVIK_INLINE Complexes& operator-=(Complexes b) { return *this = *this - b; }
+  TOLVIK_INLINE Complexes& operator*=(Complexes b) { return *this = *this * b; }
+
+  TOLVIK_INLINE friend Mask<V> operator==(Complexes a, Complexes b) {
+    return a.real_ == b.real_ && a.imag_ == b.imag_;
+  }
+
+  /// a·b + c
+  TOLVIK_INLINE friend Complexes MulAdd(Complexes a, Complexes b, Complexes c) {
+    return {NegMulAdd(a.imag_, b.imag_, MulAdd(a.real_, b.real_, c.real_)),
+            MulAdd(a.real_, b.imag_, MulAdd(a.imag_, b.real_, c.imag_))};
+  }
+  /// a where the mask holds, b elsewhere.
+  TOLVIK_INLINE friend Complexes Select(Mask<V> mask, Complexes a, Complexes b) {
+    return {Select(mask, a.real_, b.real_), Select(mask, a.imag_, b.imag_)};
+  }
+
+  /// The squared modulus.
+  TOLVIK_INLINE friend L norm(Complexes a) { return MulAdd(a.real_, a.real_, a.imag_ * a.imag_); }
+  TOLVIK_INLINE friend Complexes Inverse(Complexes a) {
+    const L scale = L(Scalar(1)) / norm(a);
+    return {scale * a.real_, -(scale * a.imag_)};
+  }
+  TOLVIK_INLINE friend Complexes exp(Complexes a) {
+    const L modulus = Exp(a.real_);
+    L sine, cosine;
+    SinCos(a.imag_, sine, cosine);
+    return {modulus * cosine, modulus * sine};
+  }
+  TOLVIK_INLINE friend Complexes sqrt(Complexes a) {
+    L modulus2;
+    return SquareRoot(a.real_, a.imag_, modulus2);
+  }
+
+ private:
+  L real_, imag_;
+};
+
+/// The square root of x + i y with a real part that is not negative and the sign of y, -0 included, and the
+/// squared modulus of x + i y. For moduli whose squares neither overflow nor underflow, and not for 0.
+template <class V>
+TOLVIK_INLINE Complexes<V> SquareRoot(Lanes<V> x, Lanes<V> y, Lanes<V>& modulus2) {
+  using L = Lanes<V>;
+  using Scalar = typename L::Scalar;
+  const L half(Scalar(0.5));
+  modulus2 = MulAdd(x, x, y * y);
+  const L larger2 = half * (SquareRootOfNormal(modulus2) + abs(x));
+  L inverse;
+  const L larger = SquareRootAndInverse(larger2, inverse);
+  const L smaller = half * y * inverse;
+  const Mask<V> right = x >= L(Scalar(0));
+  return {Select(right, larger, abs(smaller)), Select(right, smaller, copysign(larger, y))};
+}
+
+}  // namespace tolvik::engine::lanes
