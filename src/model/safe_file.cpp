@@ -10,6 +10,8 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "model/overwrite_file.h"
+
 namespace tolvik {
 namespace {
 
@@ -18,17 +20,6 @@ namespace fs = std::filesystem;
 constexpr std::size_t kBlock = 1 << 16;
 constexpr mode_t kNewFile = 0666;  // less the umask
 constexpr int kMaxLinks = 40;
-
-bool WriteAll(int fd, const char* text, std::size_t count) {
-  while (count > 0) {
-    const ssize_t written = write(fd, text, count);
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) return false;
-    text += written;
-    count -= static_cast<std::size_t>(written);
-  }
-  return true;
-}
 
 // The file at the end of a chain of symbolic links, existing or not. Empty where there is none: links in a
 // circle, and links that the kernel makes up, as /dev/stdout, which lead to an open file and not to a name.
@@ -48,6 +39,21 @@ std::string ResolveLinks(const std::string& file_name) {
 // A folder that takes no new file may still hold one that can be written.
 bool IsRefusal(int error) {
   return error == EACCES || error == EPERM || error == EROFS || error == EBUSY || error == EXDEV;
+}
+
+// The name that the kernel gives to an open file.
+std::string KernelName(int fd) {
+  return "/proc/self/fd/" + std::to_string(fd);
+}
+
+bool Link(int fd, const std::string& name) {
+  return linkat(AT_FDCWD, KernelName(fd).c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0;
+}
+
+std::string NameBeside(const fs::path& target) {
+  static std::atomic<unsigned> counter{0};
+  const std::string name = ".tolvik-" + std::to_string(getpid()) + "-" + std::to_string(counter++) + ".tmp";
+  return (target.parent_path() / name).string();
 }
 
 }  // namespace
@@ -80,47 +86,61 @@ SafeFile::SafeFile(const std::string& file_name) {
 }
 
 SafeFile::~SafeFile() {
-  if (aside_.empty()) stream_.flush();
-  Close();
-  if (!aside_.empty()) unlink(aside_.c_str());
+  if (way_ == Way::kStraight) stream_.flush();
+  Discard();
 }
 
 void SafeFile::Open(const std::string& file_name) {
   struct stat status;
   const bool exists = stat(file_name.c_str(), &status) == 0;
   target_ = ResolveLinks(file_name);
-  if (target_.empty() || (exists && !S_ISREG(status.st_mode))) return OpenInPlace(file_name);
+  const bool has_name = !target_.empty();
+  if (exists ? !S_ISREG(status.st_mode) : !has_name) {
+    fd_ = open(file_name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kNewFile);
+    return;
+  }
+  if (!has_name) target_ = file_name;
   // A file that may not be written is not replaced either.
   const int old = exists ? open(target_.c_str(), O_WRONLY | O_CLOEXEC) : -1;
   if (exists && old < 0) return;
-  const bool refused = !OpenAside(old);
+  if (!has_name || !OpenAside(old)) OpenCopy();
   if (old >= 0) close(old);
-  if (refused) OpenInPlace(target_);
 }
 
-void SafeFile::OpenInPlace(const std::string& file_name) {
-  fd_ = open(file_name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kNewFile);
+// Opens a file in memory, for a target that no other file can take the place of.
+void SafeFile::OpenCopy() {
+  way_ = Way::kCopy;
+  const int target = open(target_.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, kNewFile);
+  if (target < 0) return;
+  close(target);
+  fd_ = OpenInMemory();
 }
 
 // Opens a new file in the folder of the target, so that it can be renamed over it. False when permissions
 // stand against it; any other failure, as a full disk, leaves nothing open and the old file as it is.
 bool SafeFile::OpenAside(int old) {
-  static std::atomic<unsigned> counter{0};
-  const fs::path folder = fs::path(target_).parent_path();
-  do {
-    const std::string name = ".tolvik-" + std::to_string(getpid()) + "-" + std::to_string(counter++) + ".tmp";
-    aside_ = (folder / name).string();
-    fd_ = open(aside_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kNewFile);
-  } while (fd_ < 0 && errno == EEXIST);
-  if (fd_ < 0) {
-    aside_.clear();
-    return !IsRefusal(errno);
-  }
+  way_ = Way::kRename;
+  if (!OpenNameless() && !OpenNamed()) return !IsRefusal(errno);
   if (old < 0 || TakeOver(old)) return true;
-  Close();
-  unlink(aside_.c_str());
-  aside_.clear();
+  Discard();
   return false;
+}
+
+// False where the file system has no such files, or where they cannot be given a name later.
+bool SafeFile::OpenNameless() {
+  const fs::path folder = fs::path(target_).parent_path();
+  fd_ = open(folder.empty() ? "." : folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, kNewFile);
+  if (IsOpen() && access(KernelName(fd_).c_str(), F_OK) != 0) Discard();
+  return IsOpen();
+}
+
+bool SafeFile::OpenNamed() {
+  do {
+    aside_ = NameBeside(target_);
+    fd_ = open(aside_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kNewFile);
+  } while (fd_ < 0 && errno == EEXIST);
+  if (!IsOpen()) aside_.clear();
+  return IsOpen();
 }
 
 // Gives the new file the owner and the permissions of the old one; false when the owner would change.
@@ -134,38 +154,44 @@ bool SafeFile::TakeOver(int old) {
 
 bool SafeFile::Commit() {
   if (!IsOpen()) return false;
-  const bool whole = stream_.flush().good();
-  if (!Close() || !whole) return false;  // a file aside goes with this object
-  return aside_.empty() || MoveIntoPlace();
+  const bool done = IsStored() && (way_ == Way::kStraight || PutIntoPlace());
+  Discard();
+  return done;
 }
 
-bool SafeFile::MoveIntoPlace() {
-  if (std::rename(aside_.c_str(), target_.c_str()) == 0) {
-    aside_.clear();
-    return true;
+// Some file systems tell only at a close that the disk is full; closing a second descriptor asks them.
+bool SafeFile::IsStored() {
+  if (!stream_.flush().good()) return false;
+  const int second = dup(fd_);
+  return second < 0 || close(second) == 0;
+}
+
+bool SafeFile::PutIntoPlace() {
+  return (way_ == Way::kRename && TakeName()) || OverwriteFile(fd_, target_);
+}
+
+// A name that is free is taken at once. One that is not can only be renamed over, which wants a name first: a
+// kill just between the two leaves a whole file beside the old one.
+bool SafeFile::TakeName() {
+  if (aside_.empty()) {
+    if (Link(fd_, target_)) return true;
+    std::string name = NameBeside(target_);
+    while (!Link(fd_, name)) {
+      if (errno != EEXIST) return false;
+      name = NameBeside(target_);
+    }
+    aside_ = name;
   }
-  return IsRefusal(errno) && CopyIntoPlace();
+  if (std::rename(aside_.c_str(), target_.c_str()) != 0) return false;
+  aside_.clear();
+  return true;
 }
 
-// For a name that takes no other file: a mount point, or a file of someone else in a folder like /tmp.
-bool SafeFile::CopyIntoPlace() {
-  const int from = open(aside_.c_str(), O_RDONLY | O_CLOEXEC);
-  const int to = open(target_.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
-  std::vector<char> block(kBlock);
-  ssize_t count = 0;
-  bool whole = from >= 0 && to >= 0;
-  while (whole && (count = read(from, block.data(), block.size())) > 0) {
-    whole = WriteAll(to, block.data(), static_cast<std::size_t>(count));
-  }
-  if (from >= 0) close(from);
-  return to >= 0 && close(to) == 0 && whole && count == 0;
-}
-
-bool SafeFile::Close() {
-  if (fd_ < 0) return true;
-  const bool closed = close(fd_) == 0;
+void SafeFile::Discard() {
+  if (fd_ >= 0) close(fd_);
   fd_ = -1;
-  return closed;
+  if (!aside_.empty()) unlink(aside_.c_str());
+  aside_.clear();
 }
 
 }  // namespace tolvik

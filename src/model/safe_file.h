@@ -12,11 +12,12 @@
 namespace tolvik {
 
 /// A file for writing that stands aside until Commit() renames it over the old one, so that a kill or a full
-/// disk leaves the old file or the new one, never a half.
+/// disk leaves the old file or the new one, never a half. Where the file system has files without a name,
+/// nothing of it is seen before Commit(), and a kill leaves nothing behind.
 ///
-/// A symbolic link keeps pointing where it did and an existing file keeps its permissions. A pipe or a device
-/// is written in place, and so is a file in a folder that takes no new ones. Without Commit() a file written
-/// aside disappears again.
+/// A symbolic link keeps pointing where it did and an existing file keeps its owner and its permissions. A
+/// pipe or a device is written as the text comes. A file in a folder that takes no new ones, or whose owner
+/// cannot be kept, gets its content by OverwriteFile in Commit(). Without Commit() no file changes.
 class SafeFile {
  public:
   explicit SafeFile(const std::string& file_name);
@@ -50,16 +51,24 @@ class SafeFile {
   };
 
   void Open(const std::string& file_name);
-  void OpenInPlace(const std::string& file_name);
+  void OpenCopy();
   bool OpenAside(int old);
+  bool OpenNameless();
+  bool OpenNamed();
   bool TakeOver(int old);
-  bool MoveIntoPlace();
-  bool CopyIntoPlace();
-  bool Close();
+  bool IsStored();
+  bool PutIntoPlace();
+  bool TakeName();
+  void Discard();
+
+  // Where the text goes: straight into a pipe or a device; or into a file that takes the place of the target
+  // or is copied over it.
+  enum class Way { kStraight, kRename, kCopy };
 
   int fd_ = -1;
+  Way way_ = Way::kStraight;
   std::string target_;  // links resolved
-  std::string aside_;   // empty while writing in place
+  std::string aside_;   // name of the file beside it, empty while it has none
   Buffer buffer_{fd_};
   std::ostream stream_{&buffer_};
 };
