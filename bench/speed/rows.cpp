@@ -4,134 +4,104 @@
 #include <complex>
 #include <memory>
 
+#include "bench/speed/stacks.h"
 #include "bench/textbook.h"
+#include "bench/textbook_matrices.h"
 #include "engine/intensity.tpp"
 
 namespace tolvik::bench {
 
 namespace {
 
-constexpr double kK0 = 6.283185307179586 / 1.54;
-
-struct Slab {
-  double delta, beta, d, sigma;
-};
-
-// Slabs from the substrate up; vacuum above.
-using Stack = std::vector<Slab>;
-
-Stack Graded(int layers, double d, double sigma) {
-  Stack stack = {{7.6e-6, 1.7e-7, 0, sigma}};
-  for (int i = 0; i < layers; ++i) {
-    const double depth = static_cast<double>(i) / layers;
-    stack.push_back(
-        {(i % 2 == 0 ? 2.9e-5 : 8e-6) * (1 - 0.3 * depth), 2e-6 * (1 + depth), d + i % 7 * d / 20, sigma});
-  }
-  stack.push_back({0, 0, 0, 0});
-  return stack;
-}
-
-Stack Periodic(int periods) {
-  Stack stack = {{7.6e-6, 1.7e-7, 0, 3}};
-  for (int i = 0; i < periods; ++i) {
-    stack.push_back({2.9e-5, 2e-6, 25, 3});
-    stack.push_back({8e-6, 5e-7, 35, 3});
-  }
-  stack.push_back({0, 0, 0, 0});
-  return stack;
-}
-
-// qz from 0.001 to 0.6 Å⁻¹ at λ 1.54 Å.
+// The indices are rounded to T: beside 1 a float holds two or three digits of a decrement.
 template <class T>
-std::vector<T> Sines(int angles) {
-  std::vector<T> sines;
-  for (int i = 0; i < angles; ++i)
-    sines.push_back(static_cast<T>((0.001 + 0.599 * i / (angles - 1)) / (2 * kK0)));
-  return sines;
-}
-
-volatile double sink;  // keeps the results alive
-
-std::function<void()> TextbookOf(const Stack& stack, int angles) {
+Work TextbookParrattOf(const Stack& stack, int angles) {
   auto layers = std::make_shared<std::vector<TextbookLayer>>();
-  for (const Slab& slab : stack) layers->push_back({{1 - slab.delta, slab.beta}, slab.d, slab.sigma});
-  return [layers, sines = Sines<double>(angles)] {
+  for (const Slab& slab : stack) {
+    layers->push_back({{T(1.0) - T(slab.delta), T(slab.beta)}, slab.d, slab.sigma});
+  }
+  return [layers, sines = Sines<double>(angles)](std::vector<double>& intensities) {
     std::vector<std::complex<double>> kz(layers->size());
-    double sum = 0;
-    for (const double s : sines) {
-      const TextbookResult r = TextbookParratt(*layers, kK0, std::asin(s), kz);
-      sum += r.sigma + r.pi;
+    intensities.resize(sines.size());
+    for (std::size_t i = 0; i < sines.size(); ++i) {
+      const TextbookResult r = TextbookParratt(*layers, kK0, std::asin(sines[i]), kz);
+      intensities[i] = r.sigma + r.pi;
     }
-    sink = sum;
   };
 }
 
-enum class Magnetism { kNone, kTensor, kFirstOrder };
-
-template <class T>
-engine::Profile<T> ProfileOf(const Stack& stack, Magnetism magnetism) {
-  engine::Profile<T> profile;
-  for (const Slab& slab : stack) {
-    engine::CLayer<T> entry;
-    entry.layer_d = T(slab.d);
-    entry.layer_delta = T(slab.delta);
-    entry.layer_beta = T(slab.beta);
-    entry.layer_sigma = T(slab.sigma);
-    const std::complex<T> n(T(1.0) - entry.layer_delta, entry.layer_beta);
-    for (const int diagonal : {0, 4, 8}) entry.epsilon[diagonal] = n * n;
-    if (magnetism != Magnetism::kNone && slab.delta != 0) {
-      const std::complex<T> q(T(0.3 * slab.delta), T(0.3 * slab.beta));
-      const std::complex<T> i(T(0.0), T(1.0));
-      // A moment in a general direction.
-      const T x = T(0.48), y = T(0.6), z = T(0.64);
-      entry.magnetic = magnetism == Magnetism::kTensor;
-      entry.epsilon[1] = i * q * z;
-      entry.epsilon[3] = -entry.epsilon[1];
-      entry.epsilon[2] = -i * q * y;
-      entry.epsilon[6] = -entry.epsilon[2];
-      entry.epsilon[5] = i * q * x;
-      entry.epsilon[7] = -entry.epsilon[5];
-      entry.layer_ddelta = q.real();
-      entry.layer_dbeta = q.imag();
-    }
-    profile.Append(entry);
+// The same entries as the engine gets.
+std::vector<TextbookSlab> TextbookStackOf(const Stack& stack, Magnetism magnetism) {
+  std::vector<TextbookSlab> slabs;
+  for (const engine::CLayer<double>& entry : ProfileOf<double>(stack, magnetism)) {
+    TextbookSlab slab;
+    slab.n = engine::RefractiveIndex(entry);
+    slab.d = entry.layer_d;
+    slab.sigma = entry.layer_sigma;
+    slab.magnetic = entry.magnetic != 0;
+    for (std::size_t k = 0; k < 9; ++k) slab.eps[k / 3][k % 3] = entry.epsilon[k];
+    slab.Q = {-2 * entry.layer_ddelta, 2 * entry.layer_dbeta};
+    slabs.push_back(slab);
   }
-  return profile;
+  return slabs;
+}
+
+template <class Algorithm>
+Work TextbookMatricesOf(const Stack& stack, int angles, const Algorithm& algorithm, Magnetism magnetism) {
+  auto slabs = std::make_shared<std::vector<TextbookSlab>>(TextbookStackOf(stack, magnetism));
+  return [slabs, algorithm, sines = Sines<double>(angles)](std::vector<double>& intensities) {
+    intensities.resize(sines.size());
+    for (std::size_t i = 0; i < sines.size(); ++i) {
+      intensities[i] = TextbookReflectivity(*slabs, algorithm, std::asin(sines[i]), 1.0, 1.0);
+    }
+  };
 }
 
 template <class T>
-std::function<void()> EngineOf(const Stack& stack, int angles, std::int32_t algorithm,
-                               Magnetism magnetism = Magnetism::kNone) {
+Work EngineOf(const Stack& stack, int angles, std::int32_t algorithm,
+              Magnetism magnetism = Magnetism::kNone) {
   engine::IntensityOptions<T> options;
   options.algorithm = algorithm;
   options.magnetic = magnetism != Magnetism::kNone;
-  options.maggamma = T(36.87);
-  options.magphi = T(50.2);
+  options.maggamma = T(kMagGamma);
+  options.magphi = T(kMagPhi);
   options.tolerance = T(1e-12);
   options.polarisation[0] = options.polarisation[2] = 1;
   auto profile = std::make_shared<engine::Profile<T>>(ProfileOf<T>(stack, magnetism));
-  return [options, profile, sines = Sines<T>(angles)] {
+  return [options, profile, sines = Sines<T>(angles)](std::vector<double>& intensities) {
     engine::IntensityWork<T> work;
-    std::vector<T> intensities(sines.size());
+    std::vector<T> values(sines.size());
     engine::CalcIntensities<T>(*profile, T(kK0), options, static_cast<std::int32_t>(sines.size()),
-                               sines.data(), intensities.data(), nullptr, work);
-    sink = static_cast<double>(intensities.back());
+                               sines.data(), values.data(), nullptr, work);
+    intensities.assign(values.begin(), values.end());
   };
 }
 
 template <class T>
 Row ParrattRow(const char* name, const char* title, const Stack& stack) {
   constexpr int kAngles = 1000;
-  return {name, title, kAngles * static_cast<double>(stack.size() - 1), TextbookOf(stack, kAngles),
+  const double tolerance = std::is_same_v<T, float> ? 0.1 : 1e-8;  // float: in the minima of the fringes
+  return {name,
+          title,
+          kAngles * static_cast<double>(stack.size() - 1),
+          tolerance,
+          TextbookParrattOf<T>(stack, kAngles),
           EngineOf<T>(stack, kAngles, engine::kParratt)};
 }
 
-// The plain path stands for the textbook: the measuring run of the table has no lanes.
 Row MatrixRow(const char* name, const char* title, std::int32_t algorithm, Magnetism magnetism) {
   constexpr int kAngles = 200;
+  constexpr double kRadians = 0.017453292519943295;
   const Stack stack = Graded(100, 20, 3);
-  const auto work = EngineOf<double>(stack, kAngles, algorithm, magnetism);
-  return {name, title, kAngles * static_cast<double>(stack.size() - 1), work, work};
+  const Work measure =
+      algorithm == engine::kMatrixOne
+          ? TextbookMatricesOf(stack, kAngles, TextbookTensor{kK0}, magnetism)
+          : TextbookMatricesOf(stack, kAngles,
+                               TextbookFirstOrder{kK0, kMagGamma * kRadians, kMagPhi * kRadians}, magnetism);
+  // Near qz 0.045 the growing waves of 2000 Å cost either side eight digits of the first-order matrices.
+  const double tolerance = magnetism == Magnetism::kFirstOrder ? 1e-7 : 1e-8;
+  return {name,      title,   kAngles * static_cast<double>(stack.size() - 1),
+          tolerance, measure, EngineOf<double>(stack, kAngles, algorithm, magnetism)};
 }
 
 }  // namespace
@@ -145,6 +115,7 @@ std::vector<Row> AllRows() {
       ParrattRow<double>("parratt_1000_slices", "Parratt, 1000 slices, no roughness", Graded(1000, 0.5, 0)),
       ParrattRow<double>("parratt_50_periods", "Parratt, 50 equal periods of 2 layers", Periodic(50)),
       ParrattRow<float>("parratt_float", "Parratt in float, 100 rough layers", Graded(100, 20, 3)),
+      MpfrRow(),
       MatrixRow("matrix_one_isotropic", "matrix one, isotropic, 100 layers × 200 angles", kMatrixOne,
                 Magnetism::kNone),
       MatrixRow("matrix_two_isotropic", "matrix two, not magnetic, likewise", kMatrixTwo, Magnetism::kNone),

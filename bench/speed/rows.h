@@ -7,15 +7,22 @@
 
 namespace tolvik::bench {
 
+/// Calculates the intensities of one row, one after the other.
+using Work = std::function<void(std::vector<double>& intensities)>;
+
 /// One kind of work. Both functions calculate the same intensities.
 struct Row {
   const char* name;
   const char* title;
-  double steps;                   ///< angles times interfaces
-  std::function<void()> measure;  ///< the textbook loop; for the matrix algorithms the plain path
-  std::function<void()> work;     ///< the engine with the lanes in use
+  double steps;      ///< angles times interfaces
+  double tolerance;  ///< largest relative difference of the two, as far as rounding explains it
+  Work measure;      ///< the textbook loop
+  Work work;         ///< the engine with the lanes in use
 };
 
 std::vector<Row> AllRows();
+
+/// The row of the recursion in MPFR, whose measure is the same recursion over a number on the heap.
+Row MpfrRow();
 
 }  // namespace tolvik::bench

@@ -3,18 +3,18 @@
 // angle and one interface, and how many times less that is than the textbook loop takes for the same work in
 // the same run.
 //
-//   speed          a table
-//   speed --tsv    one line for each row and set: name, set, ns, ratio, separated by tabs
+//   speed            a table
+//   speed --tsv      one line for each row and set: name, set, ns, ratio, separated by tabs
+//   speed --check    no times: whether all contestants of a row calculate the same, with the largest
+//   differences
 //
 // Each figure is the shortest processor time of many runs, and the contestants take turns, so that a busy
-// machine disturbs all of them alike.
+// machine disturbs all of them alike. A row whose contestants disagree gets no figures but fails the run.
 #include <time.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <cstring>
-#include <functional>
 #include <limits>
 #include <string>
 #include <vector>
@@ -40,9 +40,10 @@ double ProcessorSeconds() {
   return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
 }
 
-double SecondsOf(const std::function<void()>& work) {
+double SecondsOf(const Work& work) {
+  static std::vector<double> intensities;
   const double start = ProcessorSeconds();
-  work();
+  work(intensities);
   return ProcessorSeconds() - start;
 }
 
@@ -51,16 +52,59 @@ struct Contestant {
   double seconds = std::numeric_limits<double>::infinity();
 };
 
-std::vector<Contestant> Measure(const Row& row) {
+std::vector<Contestant> ContestantsHere() {
   std::vector<Contestant> contestants = {{LaneSet::kPlain}};
   for (const LaneSet set : kAllLaneSets) {
     if (set != LaneSet::kPlain && IsSupported(set)) contestants.push_back({set});
   }
+  return contestants;
+}
+
+const Work& WorkOf(const Row& row, LaneSet set) {
+  return set == LaneSet::kPlain ? row.measure : row.work;
+}
+
+// Infinity where one of them has no number.
+double LargestDifference(const std::vector<double>& a, const std::vector<double>& b) {
+  if (a.size() != b.size() || a.empty()) return std::numeric_limits<double>::infinity();
+  double largest = 0;
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    const double difference = std::abs(a[i] - b[i]) / std::abs(a[i]);
+    if (!(difference <= largest)) largest = difference;
+    if (std::isnan(largest)) return std::numeric_limits<double>::infinity();
+  }
+  return largest;
+}
+
+// Whether all sets calculate what the textbook loop does.
+bool Agree(const Row& row, bool verbose) {
+  bool agree = true;
+  std::vector<double> expected, actual;
+  for (const Contestant& contestant : ContestantsHere()) {
+    ChooseLanes(contestant.set);
+    if (contestant.set == LaneSet::kPlain) {
+      row.measure(expected);
+      continue;
+    }
+    row.work(actual);
+    const double difference = LargestDifference(expected, actual);
+    const bool same = difference <= row.tolerance;
+    if (verbose || !same) {
+      std::fprintf(verbose ? stdout : stderr, "%s\t%s\t%.1e%s\n", row.name, NameOf(contestant.set),
+                   difference, same ? "" : "\tdiffers from the textbook loop");
+    }
+    agree = agree && same;
+  }
+  return agree;
+}
+
+std::vector<Contestant> Measure(const Row& row) {
+  std::vector<Contestant> contestants = ContestantsHere();
   double spent = 0;
   for (int run = 0; run < kFewestRuns || spent < kSecondsPerRow; ++run) {
     for (Contestant& contestant : contestants) {
       ChooseLanes(contestant.set);
-      const double seconds = SecondsOf(contestant.set == LaneSet::kPlain ? row.measure : row.work);
+      const double seconds = SecondsOf(WorkOf(row, contestant.set));
       contestant.seconds = std::min(contestant.seconds, seconds);
       spent += seconds;
     }
@@ -73,12 +117,12 @@ void Print(const Row& row, bool tsv) {
   const double measure = contestants.front().seconds;
   if (!tsv) std::printf("| %s | %.1f |", row.title, 1e9 * measure / row.steps);
   for (const Contestant& contestant : contestants) {
+    if (contestant.set == LaneSet::kPlain) continue;
     const double ns = 1e9 * contestant.seconds / row.steps;
     const double ratio = measure / contestant.seconds;
     if (tsv) {
-      const char* set = contestant.set == LaneSet::kPlain ? "textbook" : NameOf(contestant.set);
-      std::printf("%s\t%s\t%.3f\t%.2f\n", row.name, set, ns, ratio);
-    } else if (contestant.set != LaneSet::kPlain) {
+      std::printf("%s\t%s\t%.3f\t%.2f\n", row.name, NameOf(contestant.set), ns, ratio);
+    } else {
       std::printf(" %.2f ns, %.1f |", ns, ratio);
     }
   }
@@ -86,23 +130,31 @@ void Print(const Row& row, bool tsv) {
   std::fflush(stdout);
 }
 
+void PrintHead() {
+  std::string head = "| work | textbook, ns |", line = "|---|---|";
+  for (const Contestant& contestant : ContestantsHere()) {
+    if (contestant.set == LaneSet::kPlain) continue;
+    head += std::string(" ") + NameOf(contestant.set) + " |";
+    line += "---|";
+  }
+  std::printf("%s\n%s\n", head.c_str(), line.c_str());
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  const bool tsv = argc == 2 && std::strcmp(argv[1], "--tsv") == 0;
-  if (argc > 1 && !tsv) {
-    std::fprintf(stderr, "usage: %s [--tsv]\n", argv[0]);
+  const std::string option = argc > 1 ? argv[1] : "";
+  const bool tsv = option == "--tsv", check = option == "--check";
+  if (argc > 2 || (argc == 2 && !tsv && !check)) {
+    std::fprintf(stderr, "usage: %s [--tsv|--check]\n", argv[0]);
     return 1;
   }
-  if (!tsv) {
-    std::string head = "| work | textbook, ns |", line = "|---|---|";
-    for (const LaneSet set : kAllLaneSets) {
-      if (set == LaneSet::kPlain || !IsSupported(set)) continue;
-      head += std::string(" ") + NameOf(set) + " |";
-      line += "---|";
-    }
-    std::printf("%s\n%s\n", head.c_str(), line.c_str());
+  if (!tsv && !check) PrintHead();
+  bool all_agree = true;
+  for (const Row& row : AllRows()) {
+    const bool agree = Agree(row, check);
+    all_agree = all_agree && agree;
+    if (!check && agree) Print(row, tsv);
   }
-  for (const Row& row : AllRows()) Print(row, tsv);
-  return 0;
+  return all_agree ? 0 : 1;
 }
