@@ -2,30 +2,15 @@
 // How long does the program take from its start to its exit? Beside it the same for /bin/true, which is what
 // the system itself needs to start and reap a process.
 #include <benchmark/benchmark.h>
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/wait.h>
 
 #include <string>
 #include <vector>
 
+#include "bench/run_program.h"
+
 namespace {
 
-// Starts a program with its output thrown away and waits for its end; the exit value.
-int RunProgram(std::vector<std::string> words) {
-  std::vector<char*> argv;
-  for (std::string& word : words) argv.push_back(word.data());
-  argv.push_back(nullptr);
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-  posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
-  pid_t child = 0;
-  int status = -1;
-  if (posix_spawn(&child, argv[0], &actions, nullptr, argv.data(), nullptr) == 0) waitpid(child, &status, 0);
-  posix_spawn_file_actions_destroy(&actions);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
+using tolvik::bench::RunProgram;
 
 void Measure(benchmark::State& state, const std::vector<std::string>& words, int exit_value) {
   for (auto _ : state) {
