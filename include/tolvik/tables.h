@@ -40,10 +40,15 @@ class CColumnTable {
   }
   CColumnTable(CColumnTable&& other) noexcept { Swap(other); }
   CColumnTable& operator=(const CColumnTable& other) {
-    if (this != &other) {
-      CColumnTable copy(other);
-      Swap(copy);
+    if (this == &other) return *this;
+    if (HasShapeOf(other)) {  // a fit copies its table for every evaluation
+      std::copy_n(other.rows, other.count, rows);
+      columns = other.columns;
+      cursor = other.cursor;
+      return *this;
     }
+    CColumnTable copy(other);
+    Swap(copy);
     return *this;
   }
   CColumnTable& operator=(CColumnTable&& other) noexcept {
@@ -80,6 +85,15 @@ class CColumnTable {
   const CColumnRow* end() const { return rows + count; }
 
  private:
+  // True when the rows of the other fit into those that are here, so that nothing has to be allocated.
+  bool HasShapeOf(const CColumnTable& other) const {
+    const auto same = [](const CColumnRow& a, const CColumnRow& b) {
+      return a.values.capacity == b.values.size;
+    };
+    return static_cast<std::uint32_t>(capacity) == other.count &&
+           std::equal(begin(), end(), other.begin(), other.end(), same);
+  }
+
   void Grow() {
     if (capacity == INT32_MAX) throw std::length_error("CColumnTable: too many rows");
     const auto grown =

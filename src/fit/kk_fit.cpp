@@ -18,16 +18,18 @@ CKKFit::CKKFit(double lowest, double highest, const CColumnTable& start, const C
 void CKKFit::ApplyVariable(const CFitVariable& variable) {
   const std::int32_t index = variable.fit_additional_id;
   if (index < 0 || static_cast<std::uint32_t>(index) >= worktable.count) return;
-  CColumnRow& row = worktable.rows[index];
+  const CColumnRow& row = worktable.rows[index];
   const auto kind = static_cast<FitKind>(variable.fit_id);
   const double scaled = row.energy * row.energy * variable.fit_value;
-  if (kind == FitKind::kBetaKK) KramersKronigHat(worktable, index, scaled);
-  if (kind == FitKind::kDeltaKK) row.values[0] = scaled;
+  if (kind == FitKind::kBetaKK) delta_.Add(worktable, index, scaled);
+  if (kind == FitKind::kDeltaKK) delta_.Set(index, scaled);
 }
 
 double CKKFit::CalcError(CArray<CFitVariable>& variables) {
   worktable = starttable;
+  delta_.Begin(worktable);
   for (const CFitVariable& variable : variables) ApplyVariable(variable);
+  delta_.End(worktable);
   FromTransformForm(worktable, kKramersKronigOffset);
 
   const auto rows = static_cast<std::int32_t>(measuredtable.count);

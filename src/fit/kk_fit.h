@@ -3,6 +3,7 @@
 #pragma once
 
 #include "fit/chi_square_fit.h"
+#include "optics/kramers_kronig.h"
 #include "tolvik/tables.h"
 
 namespace tolvik {
@@ -32,6 +33,8 @@ class CKKFit final : public CChiSquareFit {
 
  private:
   void ApplyVariable(const CFitVariable& variable);
+
+  KramersKronigSum delta_;  // column 0 of worktable during an evaluation
 };
 
 /// Constant of delta E² that stands for all absorption outside the table.

@@ -210,5 +210,39 @@ TEST(SortColumnTable, DescendingTableOfTenThousandRowsIsQuick) {
             1.0);  // neighbour exchanges need 5e7 swaps a pass pair; the benchmark has the figure
 }
 
+TEST(ColumnTable, AssignmentUsesRowsOfTheSameShapeAgain) {
+  CColumnTable source(1), other(1);
+  for (const double energy : {1.0, 2.0, 3.0}) {
+    CColumnRow row;
+    row.energy = energy;
+    row.values.Append(10 * energy);
+    source.Append(row);
+  }
+  source.cursor = 2;
+  other = source;
+  const CColumnRow* const rows = other.rows;
+  const double* const first = other.rows[0].values.data;
+  other.rows[1].values[0] = 5;
+  other.rows[1].energy = 6;
+  other.cursor = 1;
+  other.columns = 4;
+  other = source;
+  EXPECT_EQ(other.rows, rows);
+  EXPECT_EQ(other.rows[0].values.data, first);
+  EXPECT_EQ(other.rows[1].values[0], 20);
+  EXPECT_EQ(other.rows[1].energy, 2);
+  EXPECT_EQ(other.cursor, 2u);
+  EXPECT_EQ(other.columns, 1);
+
+  source.rows[2].values.Append(31);  // a longer row, then fewer rows
+  other = source;
+  EXPECT_EQ(other.rows[2].values.size, 2);
+  EXPECT_EQ(other.rows[2].values[1], 31);
+  --source.count;
+  other = source;
+  EXPECT_EQ(other.count, 2u);
+  EXPECT_EQ(other.capacity, 2);
+}
+
 }  // namespace
 }  // namespace tolvik

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "optics/kramers_kronig.h"
 
+#include <algorithm>
+#include <bit>
 #include <cmath>
 
 namespace tolvik {
@@ -43,6 +45,22 @@ double NearFieldIntegral(const Hat& hat, double w) {
   return w * (L4 * hat.l / 2 + L2 * hat.r / 2) + hat.K + L1 * hat.G_r + L3 * hat.G_l;
 }
 
+// What a hat takes from D at a row of that energy.
+double HatTransform(const Hat& hat, double energy) {
+  const double w = energy + kOffGrid;
+  const bool far = std::abs(hat.b - w) >= kFarField;
+  return kTwoOverPi * (far ? FarFieldIntegral(hat, w) : NearFieldIntegral(hat, w));
+}
+
+bool HasHat(const CColumnTable& table, std::int32_t index) {
+  return table.columns == 2 && index >= 1 && static_cast<std::int64_t>(index) + 1 < table.count;
+}
+
+Hat MakeHat(const CColumnTable& table, std::int32_t index, double height) {
+  const CColumnRow* const row = table.rows + index;
+  return {row[-1].energy, row->energy, row[1].energy, height};
+}
+
 }  // namespace
 
 void ToTransformForm(CColumnTable& table) {
@@ -60,15 +78,40 @@ void FromTransformForm(CColumnTable& table, double offset) {
 }
 
 void KramersKronigHat(CColumnTable& table, std::int32_t index, double height) {
-  if (table.columns != 2 || index < 1 || static_cast<std::int64_t>(index) + 1 >= table.count) return;
-  CColumnRow* const row = table.rows + index;
-  row->values[1] = height;
-  const Hat hat{row[-1].energy, row->energy, row[1].energy, height};
-  for (CColumnRow& target : table) {
-    const double w = target.energy + kOffGrid;
-    const bool far = std::abs(hat.b - w) >= kFarField;
-    target.values[0] -= kTwoOverPi * (far ? FarFieldIntegral(hat, w) : NearFieldIntegral(hat, w));
+  if (!HasHat(table, index)) return;
+  table.rows[index].values[1] = height;
+  const Hat hat = MakeHat(table, index, height);
+  for (CColumnRow& row : table) row.values[0] -= HatTransform(hat, row.energy);
+}
+
+void KramersKronigSum::Begin(const CColumnTable& table) {
+  const auto same = [](double energy, const CColumnRow& row) { return energy == row.energy; };
+  if (!std::equal(energies_.begin(), energies_.end(), table.begin(), table.end(), same)) {
+    energies_.clear();
+    for (const CColumnRow& row : table) energies_.push_back(row.energy);
+    kept_.assign(energies_.size(), {});
   }
+  column_.clear();
+  if (table.columns != 2) return;
+  for (const CColumnRow& row : table) column_.push_back(row.values[0]);
+}
+
+void KramersKronigSum::Add(CColumnTable& table, std::int32_t index, double height) {
+  if (!HasHat(table, index)) return;
+  table.rows[index].values[1] = height;
+  Kept& kept = kept_[static_cast<std::size_t>(index)];
+  if (kept.transform.empty() ||
+      std::bit_cast<std::uint64_t>(kept.height) != std::bit_cast<std::uint64_t>(height)) {
+    const Hat hat = MakeHat(table, index, height);
+    kept.transform.resize(energies_.size());
+    for (std::size_t j = 0; j < energies_.size(); ++j) kept.transform[j] = HatTransform(hat, energies_[j]);
+    kept.height = height;
+  }
+  for (std::size_t j = 0; j < column_.size(); ++j) column_[j] -= kept.transform[j];
+}
+
+void KramersKronigSum::End(CColumnTable& table) const {
+  for (std::size_t j = 0; j < column_.size(); ++j) table.rows[j].values[0] = column_[j];
 }
 
 void KramersKronigAll(CColumnTable& table) {

@@ -16,7 +16,9 @@
 // A two-column table is in one of two forms:  plain: delta, beta;  transform form: D, g.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <vector>
 
 #include "tolvik/tables.h"
 
@@ -38,6 +40,32 @@ void FromTransformForm(CColumnTable& table, double offset);
 /// triangle has no second foot there. A row that lies 0.01 eV below another makes an infinite value.
 /// Column 0 accumulates: a hat is changed on a copy of the table without it.
 void KramersKronigHat(CColumnTable& table, std::int32_t index, double height);
+
+/// What KramersKronigHat does, for a fit that adds hats to copies of the same table again and again and moves
+/// few heights in between: what the hat of a row subtracted last is kept, and serves while its height is the
+/// same, at 8 bytes a row. Column 0 comes out bit for bit as KramersKronigHat makes it, in the same order.
+///
+/// One evaluation: Begin(table), any Add and Set, End(table), with no other change to column 0 in between.
+class KramersKronigSum {
+ public:
+  /// Takes column 0 over. What is kept is dropped when the energies are not those of the last evaluation.
+  void Begin(const CColumnTable& table);
+  /// KramersKronigHat, with column 0 left to End().
+  void Add(CColumnTable& table, std::int32_t index, double height);
+  /// Column 0 of a row of the table.
+  void Set(std::int32_t index, double value) { column_[static_cast<std::size_t>(index)] = value; }
+  /// Gives column 0 to the table.
+  void End(CColumnTable& table) const;
+
+ private:
+  struct Kept {
+    double height = 0;
+    std::vector<double> transform;  // of each row; empty while there is none
+  };
+  std::vector<double> energies_;
+  std::vector<double> column_;
+  std::vector<Kept> kept_;
+};
 
 /// Column 0 from nothing: the transform of all hats, whose heights are in column 1. The first and the last
 /// row contribute nothing, and no tail is added outside the table. Nothing happens unless the table has two
