@@ -77,6 +77,13 @@ class Complexes {
     SinCos(a.imag_, sine, cosine);
     return {modulus * cosine, modulus * sine};
   }
+  /// The same for an imaginary part up to short_phase (functions.h).
+  TOLVIK_INLINE friend Complexes ExpOfShortPhase(Complexes a) {
+    const L modulus = Exp(a.real_);
+    L sine, cosine;
+    ShortSinCos(a.imag_, sine, cosine);
+    return {modulus * cosine, modulus * sine};
+  }
   TOLVIK_INLINE friend Complexes sqrt(Complexes a) {
     L modulus2;
     return SquareRoot(a.real_, a.imag_, modulus2);

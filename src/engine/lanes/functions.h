@@ -43,6 +43,12 @@ struct FunctionConstants<double> {
   static constexpr double cos_terms[] = {0x1.5555555555555p-5,  -0x1.6c16c16c16966p-10,
                                          0x1.a01a019f4e867p-16, -0x1.27e4fa17a41b4p-22,
                                          0x1.1eeb68b109172p-29, -0x1.907d7aebd5de5p-37};
+  // The same for |r| <= short_phase.
+  static constexpr double short_phase = 0.125;
+  static constexpr double short_sin_terms[] = {-0x1.5555555555555p-3, 0x1.111111110d9a6p-7,
+                                               -0x1.a01a008dbff1ep-13, 0x1.71c3102ace823p-19};
+  static constexpr double short_cos_terms[] = {0x1.5555555554248p-5, -0x1.6c16c0c255058p-10,
+                                               0x1.9ffdfe1bb5e93p-16};
 };
 
 template <>
@@ -63,6 +69,9 @@ struct FunctionConstants<float> {
                                         0x1.1110e0p-7f, 0x1.6d4324p-10f, 0x1.a124f2p-13f};
   static constexpr float sin_terms[] = {-0x1.555552p-3f, 0x1.110c28p-7f, -0x1.9ac96cp-13f};
   static constexpr float cos_terms[] = {0x1.555554p-5f, -0x1.6c12d2p-10f, 0x1.9bd864p-16f};
+  static constexpr float short_phase = 0.125f;
+  static constexpr float short_sin_terms[] = {-0x1.555554p-3f, 0x1.10f6cep-7f};
+  static constexpr float short_cos_terms[] = {0x1.553e5ap-5f};
 };
 
 /// terms[0] + terms[1] x + ... by Horner's scheme.
@@ -74,20 +83,29 @@ TOLVIK_INLINE Lanes<V> Polynomial(const Scalar (&terms)[N], Lanes<V> x) {
 }
 
 /// sqrt(x) within 1 ulp and 1/sqrt(x) within 2, for normal x above 0. A processor with an estimate of the
-/// inverse root refines that (Newton, Raphson), which does not occupy its one divider.
+/// inverse root refines that, which does not occupy its one divider: with the estimate e, m = x e and h = e/2
+/// tend to the root and half its inverse when each gets (1/2 - m h) times itself (R. E. Goldschmidt, MIT,
+/// 1964), and in double a last step of Newton removes the rounding.
 template <class V>
 TOLVIK_INLINE Lanes<V> SquareRootAndInverse(Lanes<V> x, Lanes<V>& inverse) {
   using L = Lanes<V>;
   using Scalar = typename L::Scalar;
   const L half(Scalar(0.5)), one(Scalar(1));
   if constexpr (V::estimates) {
-    const L estimate = V::EstimateInverseRoot(x.Register());
-    const L error = NegMulAdd(x * estimate, estimate, one);  // 2^-13 at most
-    const L y = MulAdd(estimate * error, MulAdd(L(Scalar(0.375)), error, half), estimate);
-    const L root = x * y;
-    const L half_y = half * y;
-    inverse = MulAdd(half_y, NegMulAdd(root, y, one), y);
-    return MulAdd(half_y, NegMulAdd(root, root, x), root);
+    const L e = V::EstimateInverseRoot(x.Register());  // within 2^-14
+    const L m = x * e;
+    const L h = half * e;
+    const L error = NegMulAdd(m, h, half);
+    const L root = MulAdd(m, error, m);
+    if constexpr (sizeof(Scalar) == 4) {
+      inverse = MulAdd(e, error, e);
+      return root;
+    } else {
+      const L y = MulAdd(e, error, e);
+      const L better = MulAdd(NegMulAdd(root, root, x), half * y, root);
+      inverse = MulAdd(NegMulAdd(better, y, one), y, y);
+      return better;
+    }
   } else {
     const L root = sqrt(x);
     inverse = one / root;
@@ -121,7 +139,7 @@ TOLVIK_INLINE Lanes<V> Exp(Lanes<V> x) {
   const L r = NegMulAdd(k, L(C::ln2_part[1]), NegMulAdd(k, L(C::ln2_part[0]), bounded));
   const L mantissa = MulAdd(r * r, Polynomial<V>(C::exp_terms, r), r) + L(Scalar(1));
   const L power = L::FromBits(mantissa.ToBits() + (shifted.ToBits() << C::mantissa_bits));
-  return Select(x < L(C::exp_lowest), L(Scalar(0)), power);
+  return KeepWhere(x >= L(C::exp_lowest), power);
 }
 
 /// sine and cosine within 1.5 ulp, near their zeros of 0.001, for |x| up to max_phase; nothing of use above.
@@ -133,12 +151,14 @@ TOLVIK_INLINE void SinCos(Lanes<V> x, Lanes<V>& sine, Lanes<V>& cosine) {
   using Integers = typename L::Integers;
   constexpr int sign_shift = int(8 * sizeof(Scalar)) - 2;
   const auto short_sine = [](L r, L r2) { return MulAdd(r2 * r, Polynomial<V>(C::sin_terms, r2), r); };
-  const auto short_cosine = [](L r2) {
+  const auto short_cosine = [](L r2, L s) {
+    // Not fused, a polynomial costs five times what the root does.
+    if constexpr (!V::fused) return sqrt(NegMulAdd(s, s, L(Scalar(1))));
     return MulAdd(r2 * r2, Polynomial<V>(C::cos_terms, r2), NegMulAdd(L(Scalar(0.5)), r2, L(Scalar(1))));
   };
   if (AllOf(abs(x) < L(C::phase_unreduced))) {
     sine = short_sine(x, x * x);
-    cosine = short_cosine(x * x);
+    cosine = short_cosine(x * x, sine);
     return;
   }
   const L shifted = MulAdd(x, L(C::two_over_pi), L(C::round_shift));
@@ -151,17 +171,29 @@ TOLVIK_INLINE void SinCos(Lanes<V> x, Lanes<V>& sine, Lanes<V>& cosine) {
   }
   const L r2 = r * r;
   const L s = short_sine(r, r2);
-  const L c = short_cosine(r2);
+  const L c = short_cosine(r2, s);
 
-  // Odd quadrants exchange the two: the lowest bit of the quadrant, moved to the sign of a 1, chooses.
-  const Integers quadrant = shifted.ToBits();
+  // The two lowest bits of the quadrant, moved up to the sign: odd ones exchange the two, the higher bit
+  // turns the sine about, and the cosine where the bits differ.
+  const Integers quadrant = shifted.ToBits() << sign_shift;
+  const L higher = L::FromBits(quadrant);
+  const L odd = L::FromBits(quadrant + quadrant);
   const L sign_bit(Scalar(-0.0));
-  const L sine_sign = L::FromBits(quadrant << sign_shift).Register() & sign_bit.Register();
-  const L cosine_sign = L::FromBits((quadrant + Integers(1)) << sign_shift).Register() & sign_bit.Register();
-  const L parity = L::FromBits(quadrant << (sign_shift + 1)).Register() | L(Scalar(1)).Register();
-  const Mask<V> even = parity > L(Scalar(0));
-  sine = Select(even, s, c).Register() ^ sine_sign.Register();
-  cosine = Select(even, c, s).Register() ^ cosine_sign.Register();
+  sine = SelectNegative(odd, c, s).Register() ^ (higher.Register() & sign_bit.Register());
+  cosine =
+      SelectNegative(odd, s, c).Register() ^ ((higher.Register() ^ odd.Register()) & sign_bit.Register());
+}
+
+/// The same for |x| up to short_phase.
+template <class V>
+TOLVIK_INLINE void ShortSinCos(Lanes<V> x, Lanes<V>& sine, Lanes<V>& cosine) {
+  using L = Lanes<V>;
+  using Scalar = typename L::Scalar;
+  using C = FunctionConstants<Scalar>;
+  const L x2 = x * x;
+  sine = MulAdd(x2 * x, Polynomial<V>(C::short_sin_terms, x2), x);
+  // 1 - x²/2 rounds after the rest has been added to the small term.
+  cosine = MulAdd(x2, MulSub(x2, Polynomial<V>(C::short_cos_terms, x2), L(Scalar(0.5))), L(Scalar(1)));
 }
 
 }  // namespace tolvik::engine::lanes

@@ -87,6 +87,22 @@ class Lanes {
   TOLVIK_INLINE friend Lanes Select(Mask<V> mask, Lanes a, Lanes b) {
     return xsimd::select(mask.Bits(), a.x_, b.x_);
   }
+  /// a where x has the sign bit, b elsewhere.
+  TOLVIK_INLINE friend Lanes SelectNegative(Lanes x, Lanes a, Lanes b) {
+    if constexpr (kMaskIsRegister) {
+      return xsimd::select(Bools(x.x_), a.x_, b.x_);
+    } else {
+      return xsimd::select(Bools((x.ToBits() < Integers(0)).data), a.x_, b.x_);
+    }
+  }
+  /// a where the mask holds, 0 elsewhere.
+  TOLVIK_INLINE friend Lanes KeepWhere(Mask<V> mask, Lanes a) {
+    if constexpr (kMaskIsRegister) {
+      return a.x_ & Batch(typename Batch::register_type(mask.Bits()));
+    } else {
+      return xsimd::select(mask.Bits(), a.x_, Batch(Scalar(0)));
+    }
+  }
   /// a·b + c, -(a·b) + c and a·b - c, rounded once where the processor can.
   TOLVIK_INLINE friend Lanes MulAdd(Lanes a, Lanes b, Lanes c) {
     if constexpr (V::fused) return V::MulAdd(a.x_, b.x_, c.x_);
@@ -102,6 +118,11 @@ class Lanes {
   }
 
  private:
+  using Bools = typename Batch::batch_bool_type;
+  // Before AVX-512 a mask is a register of the same width, of which a choice reads the sign bits alone.
+  static constexpr bool kMaskIsRegister =
+      std::is_same_v<typename Bools::register_type, typename Batch::register_type>;
+
   TOLVIK_INLINE static Batch MagnitudeBits() {
     return xsimd::bitwise_cast<Batch>(Integers(std::numeric_limits<Bits>::max()));
   }
