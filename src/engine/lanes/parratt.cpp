@@ -16,6 +16,10 @@ namespace {
 template <class T>
 constexpr T kMaxPhase = std::is_same_v<T, double> ? T(5e5) : T(5e3);
 
+// |w²|² of the vacuum is s⁴, which must not underflow.
+template <class T>
+constexpr T kSmallestSine = std::is_same_v<T, double> ? T(1e-75) : T(1e-9);
+
 template <class T>
 constexpr T kMaxExponent = std::is_same_v<T, double> ? T(80) : T(10);
 
@@ -64,6 +68,32 @@ bool SetShift(const CLayer<T>& layer, T sign, ParrattEntry<T>& entry) {
   return IsWithin(entry.ddelta, T(-0.1), T(0.1)) && IsWithin(entry.dbeta, T(-0.1), T(0.1));
 }
 
+// Largest |n² - 1| of an entry at any angle.
+template <class T>
+T LargestContrast(const ParrattEntry<T>& entry) {
+  const T shift = std::abs(entry.ddelta) + std::abs(entry.dbeta);
+  return std::hypot(entry.chi_real, entry.chi_imag) + T(4.0) * shift;
+}
+
+// Whether no absorption keeps w away from 0 at all angles: Im w² = 2 Re n Im n.
+template <class T>
+bool MayVanish(const ParrattEntry<T>& entry) {
+  T imag = entry.chi_imag;
+  if (entry.shifted) {
+    imag = T(2.0) * (entry.index_real - std::abs(entry.ddelta)) * (entry.index_imag - std::abs(entry.dbeta));
+  }
+  return imag <= T(0.0) || imag * imag < T(2.0) * kSmallestModulus2<T>;
+}
+
+// In float the plain form drowns vacuum already at 0.03 degrees. It reflects nearly all there whatever its w,
+// provided that the next wave does not vanish with it and the roughness factor stays near 1.
+template <class T>
+bool MayVanishOnTop(const ParrattEntry<T>& below, const ParrattEntry<T>& ambient) {
+  if (!std::is_same_v<T, float> || below.shifted || ambient.shifted) return true;
+  const T step = std::hypot(ambient.chi_real - below.chi_real, ambient.chi_imag - below.chi_imag);
+  return step * step < T(16.0) * kSmallestModulus2<T> || below.roughness * below.roughness * step > T(100.0);
+}
+
 template <class T>
 bool IsSameWave(const ParrattEntry<T>& a, const ParrattEntry<T>& b) {
   return a.index_real == b.index_real && a.index_imag == b.index_imag && a.chi_real == b.chi_real &&
@@ -94,8 +124,11 @@ bool ParrattLanes<T>::Prepare(const Profile<T>& profile, T k0, T sign) {
     if (!SetIndex(profile[j], entry) || !SetShift(profile[j], sign, entry)) return false;
   }
   stack_.largest_growth = std::numeric_limits<T>::infinity();
-  smallest_sine_ = T(0.0);
-  return PrepareEntries(profile, k0);
+  smallest_sine_ = kSmallestSine<T>;
+  if (!PrepareEntries(profile, k0)) return false;
+  ParrattEntry<T>& ambient = entries_.back();
+  if (!MayVanishOnTop(entries_[entries_.size() - 2], ambient)) ambient.guarded = false;
+  return true;
 }
 
 template <class T>
@@ -126,13 +159,19 @@ template <class T>
 bool ParrattLanes<T>::PrepareEntries(const Profile<T>& profile, T k0) {
   const std::int32_t n = profile.size;
   if (n < 2 || !IsWithin(k0, T(1e-5), T(1e5))) return false;
-  T largest_roughness(0.0);
+  T largest_roughness(0.0), contrast_below(0.0);
   largest_chi_ = T(0.0);
   for (std::int32_t j = 0; j < n; ++j) {
     const CLayer<T>& layer = profile[j];
     ParrattEntry<T>& entry = entries_[static_cast<std::size_t>(j)];
-    const T shift = std::abs(entry.ddelta) + std::abs(entry.dbeta);
-    largest_chi_ = std::max(largest_chi_, std::hypot(entry.chi_real, entry.chi_imag) + T(4.0) * shift);
+    const T contrast = LargestContrast(entry);
+    largest_chi_ = std::max(largest_chi_, contrast);
+    entry.guarded = MayVanish(entry);
+    if (j > 0) {
+      ParrattEntry<T>& below = entries_[static_cast<std::size_t>(j - 1)];
+      below.short_phase = below.roughness * (contrast_below + contrast) < T(kShortRoughnessPhase);
+    }
+    contrast_below = contrast;
     if (j + 1 == n) continue;
     const T sigma_k0 = layer.layer_sigma * k0;
     entry.rough = layer.layer_sigma != T(0.0);

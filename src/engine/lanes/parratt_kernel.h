@@ -4,7 +4,8 @@
 // w      normal wavevector in units of k0, w² = s² + (n - 1)(n + 1) with s = sin θ: no cancellation at
 // grazing
 //        angles, where n² - cos²θ loses up to ten digits
-// u      w / n²; the pi coefficient is (u_upper - u_lower) / (u_upper + u_lower)
+// v      2 w, which saves the halves of a complex root; coefficients don't notice
+// u      v / n²; the pi coefficient is (u_upper - u_lower) / (u_upper + u_lower)
 // F, E   Névot-Croce factor of an interface; factor of the double passage of a slab
 // N, D   numerator and denominator of an amplitude ratio. With the coefficient t / q the recursion is
 //        N <- t D + q E N,  D <- q D + t E N,  and one division at the end serves the whole stack
@@ -43,7 +44,7 @@ class ParrattBlock {
 
  private:
   struct Wave {
-    ComplexRow<V> w, u;
+    ComplexRow<V> v, u;
   };
   struct Ratio {
     ComplexRow<V> n, d;
@@ -52,18 +53,18 @@ class ParrattBlock {
     ComplexRow<V> sigma, pi;
   };
 
-  // Smallest |w²|² that the plain form does not drown in rounding errors of n² - cos²θ.
-  static constexpr Scalar kSmallest2 = sizeof(Scalar) == 8 ? Scalar(1e-28) : Scalar(6e-14);
   // Largest exponent of a roughness factor that is sure not to overflow on the way.
   static constexpr Scalar kLargestExponent = sizeof(Scalar) == 8 ? Scalar(80) : Scalar(10);
+  static_assert(Scalar(kShortRoughnessPhase) <= FunctionConstants<Scalar>::short_phase);
   static constexpr int kRescaleEvery = sizeof(Scalar) == 8 ? 16 : 4;
 
   // Places past the last angle repeat it: they cost little and can't disturb.
   ParrattBlock(const Stack& stack, const Scalar* s, int size)
       : stack_(stack), used_((size + L::size - 1) / L::size) {
-    for (int i = 0; i < used_ * L::size; ++i) s_.value[i] = s[i < size ? i : size - 1];
+    for (int i = 0; i < size; ++i) s_.value[i] = s[i];
+    for (int i = size; i < used_ * L::size; ++i) s_.value[i] = s[size - 1];
     for (int i = 0; i < used_; ++i) {
-      s2_.Set(i, s_[i] * s_[i]);
+      twice_s2_.Set(i, (s_[i] + s_[i]) * s_[i]);
       smallest2_.Set(i, L(Scalar(1)));
       doubtful_.Set(i, L(Scalar(0)));
       growth_.Set(i, L(Scalar(0)));
@@ -71,30 +72,45 @@ class ParrattBlock {
   }
 
   TOLVIK_INLINE void Doubt(int i, Mask<V> mask) {
-    doubtful_.Set(i, Select(mask, L(Scalar(1)), doubtful_[i]));
+    doubtful_.Set(i, Select(mask, L(Scalar(-0.0)), doubtful_[i]));
   }
 
-  TOLVIK_INLINE void SetWave(Wave& wave, int i, L x, L y, Z inverse, bool guarded) {
+  // 2 sqrt(z) and |2 z|² of a z in the upper half of the plane, given as 2 z = x + i y.
+  TOLVIK_INLINE static Z TwiceRoot(L x, L y, L& modulus2) {
+    modulus2 = MulAdd(x, x, y * y);
+    const L larger2 = SquareRootOfNormal(modulus2) + abs(x);
+    L larger, smaller;
+    if constexpr (V::estimates) {
+      L inverse;
+      larger = SquareRootAndInverse(larger2, inverse);
+      smaller = y * inverse;
+    } else {
+      larger = sqrt(larger2);
+      smaller = y / larger;
+    }
+    return {SelectNegative(x, smaller, larger), SelectNegative(x, larger, smaller)};
+  }
+
+  TOLVIK_INLINE void SetWave(Wave& wave, int i, L twice_x, L twice_y, Z inverse, bool guarded) {
     L modulus2;
-    const Z w = SquareRoot(x, y, modulus2);
-    wave.w.Set(i, w);
-    if (stack_.wants_pi) wave.u.Set(i, w * inverse);
+    const Z v = TwiceRoot(twice_x, twice_y, modulus2);
+    wave.v.Set(i, v);
+    if (stack_.wants_pi) wave.u.Set(i, v * inverse);
     if (guarded) smallest2_.Set(i, Min(smallest2_[i], modulus2));
   }
 
   [[gnu::noinline]] void CalcWave(const Entry& entry, Wave& wave) {
     if (entry.shifted) return CalcShiftedWave(entry, wave);
     const Z inverse{L(entry.inverse_real), L(entry.inverse_imag)};
-    // Absorption alone keeps w² away from 0.
-    const bool guarded = entry.chi_imag * entry.chi_imag < Scalar(2) * kSmallest2;
+    const L chi_real(Scalar(2) * entry.chi_real), chi_imag(Scalar(2) * entry.chi_imag);
     for (int i = 0; i < used_; ++i) {
-      SetWave(wave, i, s2_[i] + L(entry.chi_real), L(entry.chi_imag), inverse, guarded);
+      SetWave(wave, i, twice_s2_[i] + chi_real, chi_imag, inverse, entry.guarded);
     }
   }
 
   void CalcCosines() {
     if (has_cosines_) return;
-    for (int i = 0; i < used_; ++i) cosine_.Set(i, sqrt(L(Scalar(1)) - s2_[i]));
+    for (int i = 0; i < used_; ++i) cosine_.Set(i, sqrt(NegMulAdd(s_[i], s_[i], L(Scalar(1)))));
     has_cosines_ = true;
   }
 
@@ -113,22 +129,27 @@ class ParrattBlock {
         const L scale = one / norm(n2);
         inverse = {n2.real() * scale, -(n2.imag() * scale)};
       }
-      SetWave(wave, i, s2_[i] + chi_real, chi_imag, inverse, true);
+      SetWave(wave, i, twice_s2_[i] + (chi_real + chi_real), chi_imag + chi_imag, inverse, entry.guarded);
       // A negative absorption, -0 included, turns the wave about.
-      Doubt(i, !(copysign(one, n.imag()) > L(Scalar(0))));
+      if (entry.guarded) doubtful_.Set(i, doubtful_[i].Register() | n.imag().Register());
     }
   }
 
-  [[gnu::noinline]] void CalcRoughness(Scalar roughness, const Wave& lower, const Wave& upper,
+  [[gnu::noinline]] void CalcRoughness(const Entry& lower, const Wave& below, const Wave& above,
                                        ComplexRow<V>& F) {
-    for (int i = 0; i < used_; ++i) F.Set(i, exp(L(-roughness) * (lower.w[i] * upper.w[i])));
-    if (!stack_.tame) WatchRoughness(roughness, lower, upper);
+    const L quarter(Scalar(-0.25) * lower.roughness);
+    if (lower.short_phase) {
+      for (int i = 0; i < used_; ++i) F.Set(i, ExpOfShortPhase(quarter * (below.v[i] * above.v[i])));
+    } else {
+      for (int i = 0; i < used_; ++i) F.Set(i, exp(quarter * (below.v[i] * above.v[i])));
+    }
+    if (!stack_.tame) WatchRoughness(quarter, below, above);
   }
 
-  void WatchRoughness(Scalar roughness, const Wave& lower, const Wave& upper) {
+  void WatchRoughness(L quarter, const Wave& below, const Wave& above) {
     using C = FunctionConstants<Scalar>;
     for (int i = 0; i < used_; ++i) {
-      const Z exponent = L(-roughness) * (lower.w[i] * upper.w[i]);
+      const Z exponent = quarter * (below.v[i] * above.v[i]);
       const Mask<V> vanishes = exponent.real() < L(Scalar(1.1) * C::exp_lowest);
       Doubt(i, !(exponent.real() < L(kLargestExponent)));
       Doubt(i, !(abs(exponent.imag()) < L(C::max_phase)) && !vanishes);
@@ -136,15 +157,18 @@ class ParrattBlock {
   }
 
   [[gnu::noinline]] void CalcPassage(Scalar phase, const Wave& wave, ComplexRow<V>& E) {
+    const L half(Scalar(0.5) * phase), minus(Scalar(-0.5) * phase);
     for (int i = 0; i < used_; ++i) {
-      const Z w = wave.w[i];
-      E.Set(i, exp(Z{w.imag() * L(-phase), w.real() * L(phase)}));
+      const Z v = wave.v[i];
+      E.Set(i, exp(Z{v.imag() * minus, v.real() * half}));
     }
   }
 
   void AddGrowth(Scalar phase, const Wave& wave) {
     if (stack_.largest_growth == std::numeric_limits<Scalar>::infinity()) return;
-    for (int i = 0; i < used_; ++i) growth_.Set(i, MulAdd(L(phase), wave.w.imag[i], growth_[i]));
+    for (int i = 0; i < used_; ++i) {
+      growth_.Set(i, MulAdd(L(Scalar(0.5) * phase), wave.v.imag[i], growth_[i]));
+    }
   }
 
   template <bool rough, bool first>
@@ -188,8 +212,8 @@ class ParrattBlock {
         CalcPassage(lower.phase, below, passage_[0]);
         AddGrowth(lower.phase, below);
       }
-      if (lower.rough) CalcRoughness(lower.roughness, below, above, roughness_);
-      if (stack_.wants_sigma) AddInterface(lower.rough, j == 0, below.w, above.w, sigma_);
+      if (lower.rough) CalcRoughness(lower, below, above, roughness_);
+      if (stack_.wants_sigma) AddInterface(lower.rough, j == 0, below.v, above.v, sigma_);
       if (stack_.wants_pi) AddInterface(lower.rough, j == 0, below.u, above.u, pi_);
       if (j % kRescaleEvery == kRescaleEvery - 1) RescaleAll();
     }
@@ -238,8 +262,8 @@ class ParrattBlock {
       const Wave& below = wave_[lower.wave];
       const Wave& above = wave_[stack_.entry[j + 1].wave];
       Reflection& r = reflection_[interfaces++];
-      if (lower.rough) CalcRoughness(lower.roughness, below, above, roughness_);
-      if (stack_.wants_sigma) CalcReflection(below.w, above.w, lower.rough, r.sigma);
+      if (lower.rough) CalcRoughness(lower, below, above, roughness_);
+      if (stack_.wants_sigma) CalcReflection(below.v, above.v, lower.rough, r.sigma);
       if (stack_.wants_pi) CalcReflection(below.u, above.u, lower.rough, r.pi);
     }
   }
@@ -283,10 +307,11 @@ class ParrattBlock {
     Rescale(ratio);
     Row<V>& result = ratio.n.real;
     for (int i = 0; i < used_; ++i) {
-      const Mask<V> sure = smallest2_[i] > L(kSmallest2) && doubtful_[i] == L(Scalar(0)) &&
-                           growth_[i] <= L(stack_.largest_growth);
+      const L none(std::numeric_limits<Scalar>::quiet_NaN());
+      const Mask<V> sure =
+          smallest2_[i] > L(Scalar(4) * kSmallestModulus2<Scalar>) && growth_[i] <= L(stack_.largest_growth);
       const L intensity = norm(ratio.n[i]) / norm(ratio.d[i]);
-      result.Set(i, Select(sure, intensity, L(std::numeric_limits<Scalar>::quiet_NaN())));
+      result.Set(i, SelectNegative(doubtful_[i], none, Select(sure, intensity, none)));
     }
     for (int i = 0; i < size; ++i) out[i] = result.value[i];
   }
@@ -294,7 +319,9 @@ class ParrattBlock {
   const Stack& stack_;
   int used_;  // registers of the block that hold an angle
   bool has_cosines_ = false;
-  Row<V> s_, s2_, cosine_, smallest2_, doubtful_, growth_;
+  Row<V> s_, twice_s2_, cosine_;
+  Row<V> smallest2_, growth_;
+  Row<V> doubtful_;  // negative, -0 included, where the plain recursion has to judge
   Ratio sigma_, pi_;
   ComplexRow<V> roughness_;
   Wave wave_[kMaxShared];

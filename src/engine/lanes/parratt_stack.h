@@ -19,10 +19,21 @@ struct ParrattEntry {
   Scalar roughness;                   ///< 2 σ² k0² of the interface above
   bool shifted;                       ///< the magnetic shift is not 0
   bool rough;                         ///< σ is not 0
+  bool guarded;                       ///< w may come near 0, or Im n: those angles go to the plain recursion
+  bool short_phase;                   ///< of the roughness factor at all angles: kShortRoughnessPhase
   std::int8_t wave;                   ///< in a shared stack: entries of one index bear one number,
   std::int8_t passage;                ///< entries of one index and one thickness likewise,
   std::int8_t interface;              ///< and interfaces of equal sides and roughness
 };
+
+/// Smallest |w²|² that the plain form does not drown in the rounding errors of n² - cos²θ.
+template <class Scalar>
+inline constexpr Scalar kSmallestModulus2 = sizeof(Scalar) == 8 ? Scalar(1e-28) : Scalar(6e-14);
+
+/// Largest phase of a roughness factor that takes the short sine. With the mean m and half the difference h
+/// of n² - 1 on both sides the product of the w is s² + m - r with |r| <= |h|, since (s² + m)² - h² is its
+/// square.
+inline constexpr double kShortRoughnessPhase = 0.125;
 
 /// Most different waves, passages or interfaces of a shared stack.
 inline constexpr int kMaxShared = 16;
