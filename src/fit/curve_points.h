@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <numbers>
 
 #include "tolvik/dataset.h"
@@ -17,9 +18,10 @@ inline long double Log10(long double x) {
 }
 
 /// log10 x - log10 y as one logarithm, which is what an evaluation spends most of its time on beside the
-/// curve. Not a number and infinite where the difference is.
+/// curve. Not a number and infinite where the difference is; y > 0.
 inline long double Log10Ratio(long double x, long double y) {
-  return Log10(x / y);
+  // a negative x over an infinite y would be a zero, whose logarithm is infinite
+  return x < 0 ? std::numeric_limits<long double>::quiet_NaN() : Log10(x / y);
 }
 
 /// Natural logarithm in extended precision, from the binary one.
