@@ -15,7 +15,7 @@ namespace {
 class Cookbook : public ::testing::Test {
  protected:
   void Open(const std::string& name) {
-    ASSERT_TRUE(LoadState(state_, std::string(TOLVIK_COOKBOOK) + "/" + name + ".state"));
+    ASSERT_TRUE(LoadState(state_, std::string(TOLVIK_COOKBOOK "/").append(name).append(".state")));
     ASSERT_FALSE(state_.scriptlines.IsEmpty());
     ASSERT_EQ(StartScriptDLL(&state_), 1);
   }
