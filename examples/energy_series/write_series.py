@@ -5,10 +5,11 @@
     write_series.py            writes them beside this script
     write_series.py FOLDER     writes them into FOLDER
 
-Nothing here is measured. The film is a made-up material, a free-electron background and one damped oscillator at
-709 eV:  n = 1 - delta + i beta,  n - 1 = (-A + f w^2 / (w0^2 - w^2 - i g w)) / w^2. Map.dat is the reflectivity of
-306 A of it, roughness 6 A, by the plain Parratt recursion of textbook.py, with noise of 3 % (random.Random(709)).
-The state begins at 300 A and 4 A.
+Nothing here is measured. The film is a made-up material, a free-electron background, one damped oscillator at 709 eV
+and a constant absorption of other shells:  n = 1 - delta + i beta,
+n - 1 = (-A + f w^2 / (w0^2 - w^2 - i g w)) / w^2 + 4e-4 i;  the substrate has one delta and one beta at all energies.
+Map.dat is the reflectivity of 306 A of it, roughness 6 A, by the plain Parratt recursion of textbook.py, with noise
+of 3 % (random.Random(709)). The state begins at 300 A and 4 A.
 """
 import pathlib
 import random
