@@ -10,13 +10,8 @@ namespace tolvik {
 namespace {
 
 using testing::Point;
+using testing::SumOfSquares;
 using testing::ToyFit;
-
-double SumOfSquares(const Point& p) {
-  double sum = 0;
-  for (const double x : p) sum += x * x;
-  return sum;
-}
 
 // Draws behind those that a fit of that seed discards, from an object that shares no code with the stream.
 class Reference {

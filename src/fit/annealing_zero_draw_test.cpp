@@ -11,6 +11,7 @@ namespace tolvik {
 namespace {
 
 using testing::Point;
+using testing::SumOfSquares;
 using testing::ToyFit;
 
 constexpr std::uint32_t kWords = 624;
@@ -46,12 +47,6 @@ void DrawZerosFromNowOn() {
   MTRand_int32 stream;
   stream.Seed(key.data(), static_cast<int>(kWords));
   ASSERT_NE(stream.Draw(), 0u);  // the first word always has its upper bit
-}
-
-double SumOfSquares(const Point& p) {
-  double sum = 0;
-  for (const double x : p) sum += x * x;
-  return sum;
 }
 
 // The simplex (4, 4), (6, 4), (4, 6) with the errors 32, 52, 52, and nothing but zeros to draw.

@@ -11,13 +11,8 @@ namespace tolvik {
 namespace {
 
 using testing::Point;
+using testing::SumOfSquares;
 using testing::ToyFit;
-
-double SumOfSquares(const Point& p) {
-  double sum = 0;
-  for (const double x : p) sum += x * x;
-  return sum;
-}
 
 // Rosenbrock, Comput. J. 3, 175 (1960): minimum 0 at (1, 1).
 double Rosenbrock(const Point& p) {

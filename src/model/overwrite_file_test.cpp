@@ -4,19 +4,20 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
 #include <string>
 
+#include "support/child.h"
 #include "support/refused_calls.h"
 #include "support/scratch.h"
 
 namespace tolvik {
 namespace {
 
+using testing::RunAside;
 using testing::ScratchFolder;
 
 // A file in memory with that text.
@@ -37,15 +38,6 @@ void LimitDisk(rlim_t bytes) {
   std::signal(SIGXFSZ, SIG_IGN);
   const rlimit limit{bytes, RLIM_INFINITY};
   setrlimit(RLIMIT_FSIZE, &limit);
-}
-
-template <class Function>
-int RunAside(Function run) {
-  const pid_t child = fork();
-  if (child == 0) _exit(run());
-  int status = 0;
-  EXPECT_EQ(waitpid(child, &status, 0), child);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 TEST(OverwriteFile, ReplacesShorterEqualAndLongerContent) {

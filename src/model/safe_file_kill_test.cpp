@@ -2,7 +2,6 @@
 // What a kill, or a kernel that refuses, leaves in the folder of a file that is being saved.
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -12,6 +11,7 @@
 #include <vector>
 
 #include "model/safe_file.h"
+#include "support/child.h"
 #include "support/refused_calls.h"
 #include "support/scratch.h"
 
@@ -20,6 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::RefuseCalls;
+using testing::RunAside;
 using testing::ScratchFolder;
 
 constexpr int kNotAllowed = 77;  // exit value of a child whose kernel takes no filter
@@ -33,16 +34,6 @@ int Save(const std::string& name) {
   SafeFile file(name);
   Fill(file);
   return file.Commit() ? 0 : 1;
-}
-
-// Runs a function in a process of its own: the exit value that it gives, or minus the signal that ended it.
-template <class Function>
-int RunAside(Function run) {
-  const pid_t child = fork();
-  if (child == 0) _exit(run());
-  int status = 0;
-  EXPECT_EQ(waitpid(child, &status, 0), child);
-  return WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
 }
 
 // Saves while the kernel refuses these calls.

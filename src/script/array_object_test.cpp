@@ -7,12 +7,13 @@
 #include <string>
 
 #include "script/host.h"
+#include "support/script_host.h"
 
 namespace tolvik {
 namespace {
 
 // A host on a stack of five layers; Try runs one statement.
-class ArrayType : public ::testing::Test {
+class ArrayType : public testing::ScriptHost {
  protected:
   ArrayType() {
     while (state_.layers.size < 5) state_.layers.Append(CLayer());
@@ -21,27 +22,8 @@ class ArrayType : public ::testing::Test {
     state_.scriptparameters.Append(12.0);
     state_.elementlayers.Append(CElementLayer());
     state_.elementlayers[0].element = "Fe";
-    record_.state = &state_;
-    record_.L = luaL_newstate();
-    EXPECT_EQ(InitScriptHost(record_, nullptr, nullptr), kScriptReady);
+    Start();
   }
-  ~ArrayType() override { lua_close(record_.L); }
-
-  // The error of a statement, empty when it ran.
-  std::string Try(const std::string& text) {
-    std::string error;
-    if (luaL_loadstring(record_.L, text.c_str()) != 0 || lua_pcall(record_.L, 0, 0, 0) != 0) {
-      error = lua_tostring(record_.L, -1) != nullptr ? lua_tostring(record_.L, -1) : "error";
-    }
-    lua_settop(record_.L, 0);
-    return error;
-  }
-  bool IsOutOfRange(const std::string& text) {
-    return Try(text).find("index out of range") != std::string::npos;
-  }
-
-  CState state_;
-  CScriptPointer record_;
 };
 
 TEST_F(ArrayType, LastIndexIsTheNumberOfLayersLessOne) {

@@ -6,12 +6,13 @@
 #include <thread>
 
 #include "script/host.h"
+#include "support/script_host.h"
 
 namespace tolvik {
 namespace {
 
 // Two elements, Fe with two slices and O with none.
-class ElementType : public ::testing::Test {
+class ElementType : public testing::ScriptHost {
  protected:
   ElementType() {
     for (const char* name : {"Fe", "O"}) {
@@ -26,26 +27,8 @@ class ElementType : public ::testing::Test {
     slice.el_sigma = 2;
     state_.elementlayers[0].slices.Append(slice);
     state_.elementlayers[0].slices.Append(slice);
-    record_.state = &state_;
-    record_.L = luaL_newstate();
-    EXPECT_EQ(InitScriptHost(record_, nullptr, nullptr), kScriptReady);
+    Start();
   }
-  ~ElementType() override { lua_close(record_.L); }
-
-  std::string Try(const std::string& text) {
-    std::string error;
-    if (luaL_loadstring(record_.L, text.c_str()) != 0 || lua_pcall(record_.L, 0, 0, 0) != 0) {
-      error = lua_tostring(record_.L, -1);
-    }
-    lua_settop(record_.L, 0);
-    return error;
-  }
-  bool IsOutOfRange(const std::string& text) {
-    return Try(text).find("index out of range") != std::string::npos;
-  }
-
-  CState state_;
-  CScriptPointer record_;
 };
 
 TEST_F(ElementType, ReachesScatteringFactorsAndSlices) {

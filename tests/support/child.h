@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
@@ -95,5 +96,18 @@ class Child {
   int out_ = -1;
   int err_ = -1;
 };
+
+/// Runs a function in a forked process with the streams of this one: the exit value that it gives, or minus
+/// the signal that ended it.
+template <class Function>
+int RunAside(Function run) {
+  const pid_t child = fork();
+  if (child < 0) throw std::runtime_error("no fork");
+  if (child == 0) _exit(run());
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  }
+  return WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
+}
 
 }  // namespace tolvik::testing

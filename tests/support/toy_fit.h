@@ -12,6 +12,12 @@ namespace tolvik::testing {
 
 using Point = std::vector<double>;
 
+inline double SumOfSquares(const Point& p) {
+  double sum = 0;
+  for (const double x : p) sum += x * x;
+  return sum;
+}
+
 /// Minimises a function of the variables. Without residuals of its own a function serves the simplexes only.
 class ToyFit final : public CChiSquareFit {
  public:
