@@ -184,7 +184,7 @@ TOLVIK_INLINE void SinCos(Lanes<V> x, Lanes<V>& sine, Lanes<V>& cosine) {
       SelectNegative(odd, s, c).Register() ^ ((higher.Register() ^ odd.Register()) & sign_bit.Register());
 }
 
-/// The same for |x| up to short_phase.
+/// The same for |x| up to short_phase, within 0.6 ulp.
 template <class V>
 TOLVIK_INLINE void ShortSinCos(Lanes<V> x, Lanes<V>& sine, Lanes<V>& cosine) {
   using L = Lanes<V>;

@@ -61,8 +61,9 @@ class ParrattBlock {
   // Places past the last angle repeat it: they cost little and can't disturb.
   ParrattBlock(const Stack& stack, const Scalar* s, int size)
       : stack_(stack), used_((size + L::size - 1) / L::size) {
-    for (int i = 0; i < size; ++i) s_.value[i] = s[i];
-    for (int i = size; i < used_ * L::size; ++i) s_.value[i] = s[size - 1];
+    const int full = size / L::size;
+    for (int i = 0; i < full; ++i) s_.Set(i, L::LoadAnywhere(s + i * L::size));
+    for (int i = full * L::size; i < used_ * L::size; ++i) s_.value[i] = s[i < size ? i : size - 1];
     for (int i = 0; i < used_; ++i) {
       twice_s2_.Set(i, (s_[i] + s_[i]) * s_[i]);
       smallest2_.Set(i, L(Scalar(1)));
@@ -116,22 +117,22 @@ class ParrattBlock {
 
   // The magnetic shift goes with the cosine of the angle.
   void CalcShiftedWave(const Entry& entry, Wave& wave) {
-    const L one(Scalar(1));
+    const L one(Scalar(1)), two(Scalar(2));
     CalcCosines();
     for (int i = 0; i < used_; ++i) {
       const L c = cosine_[i];
-      const Z n{L(entry.index_real) + L(entry.ddelta) * c, L(entry.index_imag) - L(entry.dbeta) * c};
-      const L chi_real = NegMulAdd(n.imag(), n.imag(), (n.real() - one) * (n.real() + one));
-      const L chi_imag = (n.real() + n.real()) * n.imag();
+      const L n = L(entry.index_real) + L(entry.ddelta) * c, k = L(entry.index_imag) - L(entry.dbeta) * c;
+      const L n_less = n - one, twice_k = k + k;
+      const Z chi{NegMulAdd(twice_k, k, (n_less + n_less) * (n + one)), (n + n) * twice_k};  // doubled
       Z inverse{one, one};  // 1 / n², of no use to sigma
       if (stack_.wants_pi) {
-        const Z n2{chi_real + one, chi_imag};
-        const L scale = one / norm(n2);
-        inverse = {n2.real() * scale, -(n2.imag() * scale)};
+        const L n2 = chi.real() + two;
+        const L scale = two / MulAdd(n2, n2, chi.imag() * chi.imag());
+        inverse = {n2 * scale, -(chi.imag() * scale)};
       }
-      SetWave(wave, i, twice_s2_[i] + (chi_real + chi_real), chi_imag + chi_imag, inverse, entry.guarded);
+      SetWave(wave, i, twice_s2_[i] + chi.real(), chi.imag(), inverse, entry.guarded);
       // A negative absorption, -0 included, turns the wave about.
-      if (entry.guarded) doubtful_.Set(i, doubtful_[i].Register() | n.imag().Register());
+      if (entry.guarded) doubtful_.Set(i, doubtful_[i].Register() | k.Register());
     }
   }
 
@@ -313,7 +314,9 @@ class ParrattBlock {
       const L intensity = norm(ratio.n[i]) / norm(ratio.d[i]);
       result.Set(i, SelectNegative(doubtful_[i], none, Select(sure, intensity, none)));
     }
-    for (int i = 0; i < size; ++i) out[i] = result.value[i];
+    const int full = size / L::size;
+    for (int i = 0; i < full; ++i) result[i].StoreAnywhere(out + i * L::size);
+    for (int i = full * L::size; i < size; ++i) out[i] = result.value[i];
   }
 
   const Stack& stack_;

@@ -55,6 +55,9 @@ class Lanes {
   /// p: `size` numbers, aligned to the register.
   TOLVIK_INLINE static Lanes Load(const Scalar* p) { return Batch::load_aligned(p); }
   TOLVIK_INLINE void Store(Scalar* p) const { x_.store_aligned(p); }
+  /// The same at any address.
+  TOLVIK_INLINE static Lanes LoadAnywhere(const Scalar* p) { return Batch::load_unaligned(p); }
+  TOLVIK_INLINE void StoreAnywhere(Scalar* p) const { x_.store_unaligned(p); }
   TOLVIK_INLINE static Lanes FromBits(Integers bits) { return xsimd::bitwise_cast<Batch>(bits); }
   TOLVIK_INLINE Integers ToBits() const { return xsimd::bitwise_cast<Integers>(x_); }
 
