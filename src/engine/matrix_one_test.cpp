@@ -121,6 +121,20 @@ TEST(MatrixOne, ZeroThicknessScalarEntryUnderTheAmbientLosesTheResult) {
   EXPECT_TRUE(std::isnan(MatrixOne(profile, 0.4, 0.1, true).second));
 }
 
+// The ambient is calculated first: a general tensor there writes the propagation of no thickness, the
+// identity.
+TEST(MatrixOne, ZeroThicknessScalarEntryUnderATensorAmbientIsTheIdentity) {
+  const Slab substrate{0, 0.03, 0.01}, film{20, 0.06, 0.02}, empty{0, 0.02, 0.01}, ambient{0, 0.01, 0};
+  auto plain = MakeProfile<double>({substrate, film, ambient});
+  auto odd = MakeProfile<double>({substrate, film, empty, ambient});
+  for (auto* profile : {&plain, &odd}) {
+    profile->Last().magnetic = 1;
+    profile->Last().Epsilon(2, 2) = 0.97;
+    profile->Last().Epsilon(0, 2) = 0.01;
+  }
+  ExpectSame(MatrixOne(odd, 0.4, 0.1), MatrixOne(plain, 0.4, 0.1), 1e-10);
+}
+
 TEST(MatrixOne, ZeroThicknessTensorEntryIsTheIdentity) {
   const auto plain = MakeProfile<double>({{0, 0.03, 0.01}, {20, 0.06, 0.02}, kVacuum});
   for (const double off_diagonal : {0.0, 0.01}) {  // tetragonal, then anisotropic

@@ -23,7 +23,8 @@ struct EntryModes {
 ///
 /// Algorithm gives CalcModes(modes, layer, d), Propagate(P, M) and Roughen(T, sigma, upper, lower), the last
 /// two in place. An entry whose thickness is exactly 0 may leave P alone: it then keeps what the entry above
-/// wrote, and the propagation of that entry is applied once more. Users remove such layers from their stacks.
+/// wrote, and the propagation of that entry is applied once more; under an ambient that wrote none P is 0 and
+/// the result is lost. Users remove such layers from their stacks.
 template <class T, class Algorithm>
 Matrix4<T> CalcTransferMatrix(const Profile<T>& profile, const Algorithm& algorithm) {
   Matrix4<T> M = Matrix4<T>::Identity();
@@ -33,7 +34,7 @@ Matrix4<T> CalcTransferMatrix(const Profile<T>& profile, const Algorithm& algori
   EntryModes<T> modes;
   algorithm.CalcModes(upper, profile[ambient], T(0.0));
   Matrix4<T> A = Inverse(upper.D);
-  // The ambient never propagates, so the first entry below it starts from P = 0.
+  modes.P = upper.P;  // 0, or the identity if the modes of the ambient came with one
   for (std::int32_t i = ambient - 1; i >= 1; --i) {
     algorithm.CalcModes(modes, profile[i], profile[i].layer_d);
     Matrix4<T> interface = modes.D * A;
