@@ -50,10 +50,12 @@ void LoadMapFile(CMapFile& map, const std::string& path) {
   map.constqz.Clear();
   map.fitdatasets.Clear();
   std::ifstream in(path);
-  if (!in.is_open()) {
+  in.peek();  // a folder can be opened, but not read
+  if (!in.is_open() || in.bad()) {
     std::fputs("Error: Could not open file\n", stderr);
     std::exit(1);
   }
+  in.clear();  // an empty file is a map without points
   const std::vector<MapPoint> points = ReadMapPoints(in);
   AddMapPoints(map, points);
   std::fprintf(stderr, "Number of points: %zu\n", points.size());

@@ -89,6 +89,13 @@ TEST(LoadMapFile, EndsTheProcessWithoutTheFile) {
               "^Error: Could not open file\n$");
 }
 
+// A folder opens like a file, but nothing can be read from it.
+TEST(LoadMapFile, EndsTheProcessForAFolder) {
+  CState state;
+  CMapFile map(state);
+  EXPECT_EXIT(LoadMapFile(map, "/"), ::testing::ExitedWithCode(1), "^Error: Could not open file\n$");
+}
+
 TEST(LoadMapFile, DropsFewPointsAndPrintsNothing) {
   std::string text;
   for (int i = 0; i < 9; ++i) text += Line(700, 0.1 + 0.01 * i, 0.5);
