@@ -108,17 +108,33 @@ TEST_F(Exports, ScansWithoutTablesKeepTheirPoints) {
   for (int i = 0; i < 5; ++i) EXPECT_EQ(solution.dataset_R0[i], 1.0);
 }
 
-TEST_F(Exports, AFitFindsTheMeasuredSubstrate) {
-  CState given = WithMeasurement();
+// A front end that calls in the wrong order learns that there is nothing yet.
+TEST_F(Exports, WithoutAFitOrAnEvolutionThereIsNothingToRead) {
+  CState given = Substrate();
   CState* model = &given;
   CSolution* curve = &given.datasets[0];
-  CMultiFit* fit = nullptr;
-  EXPECT_EQ(FIND(FitIterateDLL)(), 0);  // no fit yet
-  FIND(FitGetFitStateDLL)(&model);
-  EXPECT_EQ(model, &given);
-  FIND(FitGetFitDataDLL)(&curve);
+  CMultiFit* fit = reinterpret_cast<CMultiFit*>(&given);
+  CEvolution* evolution = reinterpret_cast<CEvolution*>(&given);
+  EXPECT_EQ(FIND(FitIterateDLL)(), 0);
+  EXPECT_EQ(FIND(FitGetFitStateDLL)(&model), 0);
+  EXPECT_EQ(model, &given);  // left as it was
+  EXPECT_EQ(FIND(FitGetFitDataDLL)(&curve), 0);
   EXPECT_EQ(curve, nullptr);
+  EXPECT_EQ(FIND(FitGetFitDLL)(&fit), 0);
+  EXPECT_EQ(fit, nullptr);
+  EXPECT_TRUE(std::isnan(FIND(FitGetLastErrorDLL)()));
+  ::testing::internal::CaptureStdout();
+  EXPECT_EQ(FIND(EvolutionIterateDLL)(), 1);
+  EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
+  EXPECT_EQ(FIND(EvolutionGetEvolutionDLL)(&evolution), 1);
+  EXPECT_EQ(evolution, nullptr);
+}
 
+TEST_F(Exports, AFitFindsTheMeasuredSubstrate) {
+  CState given = WithMeasurement();
+  CState* model = nullptr;
+  CSolution* curve = nullptr;
+  CMultiFit* fit = nullptr;
   EXPECT_EQ(FIND(FitNewDLL)(&given), 0);
   for (int i = 0; i < 60; ++i) EXPECT_EQ(FIND(FitIterateDLL)(), 0);
   EXPECT_LT(FIND(FitGetLastErrorDLL)(), 1e-9);
