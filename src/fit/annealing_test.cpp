@@ -116,6 +116,24 @@ TEST(Annealing, OfEqualLowestVerticesTheLaterOneDrawsTheOthers) {
             (std::vector<Point>{{0, 0}, {1, 0}, {0, 1}, {-1, 1}, {0.5, 0.25}, {0, 0.5}, {0.5, 0.5}}));
 }
 
+// A reflection between the lowest and the second highest vertex ends the step: no contraction. The errors of
+// the vertices (0, 0), (8, 0) and (0, 8) are 1, 20 and 30 in either order; the reflection of the highest one,
+// (8, 0) - (0, 8) or the other way round, has 15.
+TEST(Annealing, AReflectionBelowTheSecondHighestIsEnough) {
+  for (const bool highest_last : {true, false}) {
+    ToyFit fit([=](const Point& p) -> double {
+      if (p == Point{0, 0}) return 1;
+      if (p == Point{8, 0}) return highest_last ? 20 : 30;
+      if (p == Point{0, 8}) return highest_last ? 30 : 20;
+      return 15;
+    });
+    fit.Vary(0, 8).Vary(0, 8).Start();
+    fit.AnnealingStep();
+    EXPECT_EQ(fit.evaluated.size(), 4u) << highest_last;
+    EXPECT_EQ(fit.lasterror, 15);
+  }
+}
+
 TEST(Annealing, ScheduleIsLinearAndEndsAtZero) {
   ToyFit fit(SumOfSquares);
   fit.Vary(4, 2).Start();

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <stdexcept>
 
+#include "fit/levmar_call.h"
 #include "support/leaks.h"
 #include "support/toy_fit.h"
 
@@ -118,6 +119,25 @@ TEST(Levenberg, ShortStepIsAtMostTenIterations) {
   part.Vary(-1.2, 1).Vary(1, 1).Start().LevenbergShortStep();
   EXPECT_LT(part.evaluated.size(), whole.evaluated.size());
   EXPECT_GT(part.lasterror, 1e-12);
+}
+
+// x^100 comes down from 8 by less than a hundredth of x in each iteration: no run ends by itself here. The
+// library, asked directly for 100 iterations with the settings of a step, makes as many calls.
+TEST(Levenberg, AStepIsAtMostAHundredIterations) {
+  static std::size_t calls;
+  calls = 0;
+  const auto power = [](double* x, double* hx, int, int, void*) {
+    ++calls;
+    hx[0] = std::pow(x[0], 100);
+  };
+  double x = 8, zero = 0, lower = -1e10, upper = 1e10, options[] = {1e-3, 1e-15, 1e-15, 1e-20, 1e-6};
+  double info[10] = {};
+  fit::CallLevmar(power, &x, &zero, 1, 1, &lower, &upper, 100, options, info, nullptr, nullptr, nullptr);
+  ASSERT_EQ(info[5], 100);  // iterations
+
+  ToyFit step([](const Point& p) { return Point{std::pow(p[0], 100)}; }, 1);
+  step.Vary(8, 1).Start().LevenbergStep();
+  EXPECT_EQ(step.evaluated.size(), calls);
 }
 
 TEST(Levenberg, ExceptionOfTheObjectiveComesOut) {

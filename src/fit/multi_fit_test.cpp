@@ -167,6 +167,8 @@ TEST_F(MultiFitPenalty, HoldsThePointNearTheParameters) {
   EXPECT_EQ(At({1, 2}), 0);
   EXPECT_DOUBLE_EQ(At({1.5, 5}), 2 * (0.25 + 9));
   EXPECT_DOUBLE_EQ(At({1.5, 1e-7}), 2 * 0.25);  // a value of nearly nothing is free
+  state.fitpenalty = -1;
+  EXPECT_DOUBLE_EQ(At({1.5, 5}), -(0.25 + 9));
   state.fitpenalty = 0;
   EXPECT_EQ(At({1.5, 5}), 0);
 }

@@ -286,5 +286,13 @@ TEST(CoordinateStep, TakesBackAWorseStepAndTurns) {
   EXPECT_NEAR(fit.parameters[1], 0, 1e-3);
 }
 
+TEST(CoordinateStep, AnEqualErrorIsNoWorseOne) {
+  ToyFit fit([](const Point&) { return 1.0; });
+  fit.Vary(2, 1).Start();
+  fit.CoordinateStep();
+  EXPECT_EQ(fit.Parameters(), (Point{3}));
+  EXPECT_EQ(fit.fitvariables[0].fit_delta, 1);
+}
+
 }  // namespace
 }  // namespace tolvik
