@@ -132,6 +132,23 @@ TEST(ConsistencyPage, WarnsOfGrowingWaves) {
           "<center><abcd style=\"text-decoration:blink;color:red;\">WARNING!</abcd></center><br/>\n"));
 }
 
+// At sin θ = 0.5 the product of the two parts of kz is half of Im ε, which is 2 beta: beta itself.
+TEST(ConsistencyPage, AGrowthOfNearlyNothingIsNoWarning) {
+  CState state = Stack(1);
+  const double qz = 2 * 3.141592653589793 / state.lambda;
+  state.layers[0].layer_beta = -8e-9;
+  EXPECT_FALSE(Has(Page(state, qz), "WARNING!"));
+  state.layers[0].layer_beta = -1.2e-8;
+  EXPECT_TRUE(Has(Page(state, qz), "WARNING!"));
+}
+
+TEST(ConsistencyPage, TheScriptChangesTheTensorThatIsShown) {
+  CState state = Stack(1);
+  state.disablescript = 0;
+  state.scriptlines.Append(CCharArray("exx_r[0] = exx_r[0] + 1"));
+  EXPECT_TRUE(Has(Page(state, 0.1), "<mtd> <mn>2</mn><mo>+</mo>"));
+}
+
 TEST(ConsistencyPage, NamesTheClassOfTheTensor) {
   CState state = Stack(2);
   state.magnetizationmode = 1;
