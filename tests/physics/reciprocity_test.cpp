@@ -11,7 +11,8 @@ namespace {
 
 constexpr double kWavevector = 0.32;
 
-// G. G. Stokes, Camb. Dublin Math. J. 4, 1 (1849): a free-standing stack transmits alike from both sides.
+// R. J. Potton, Rep. Prog. Phys. 67, 717 (2004): a free-standing stack transmits alike from both sides.
+// Sees a wrong field matrix or interface; a wrong phase of all slabs alike keeps the symmetry.
 TEST(Reciprocity, AFreeStandingStackTransmitsAlikeFromBothSides) {
   const Slab first{30, 0.02, 0.01}, second{15, -0.01, 0.03}, third{50, 0.04, 0.002}, vacuum{};
   const auto stack = MakeProfile<double>({vacuum, first, second, third, vacuum});
