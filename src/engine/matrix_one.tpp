@@ -45,11 +45,11 @@ void ApplyRoughness(Matrix4<T>& interface, const T& sigma, const T& k0, const Cp
   const T scale = T(-0.5) * sigma * sigma * k0 * k0;
   Cplx<T> factor[4][4];
   for (int r = 0; r < 4; ++r) {
-    const bool same_row = r > 0 && AllOf(lower[r] == lower[r - 1]);
+    const bool same_row = r > 0 && lower[r] == lower[r - 1];
     for (int c = 0; c < 4; ++c) {
       if (same_row) {
         factor[r][c] = factor[r - 1][c];
-      } else if (c > 0 && AllOf(upper[c] == upper[c - 1])) {
+      } else if (c > 0 && upper[c] == upper[c - 1]) {
         factor[r][c] = factor[r][c - 1];
       } else {
         const Cplx<T> difference = upper[c] - lower[r];

@@ -1,55 +1,13 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // matrix_two.tpp is included by precision/*.cpp and tests only.
-//
-// s, q    sine and cosine of the refracted angle against the normal
-// g       longitudinal (y) direction cosine sin φ sin γ of the magnetisation
-// U±      g s ± q cos φ, the part that turns the field
 #pragma once
 
 #include "engine/amplitudes.tpp"
+#include "engine/first_order_modes.tpp"
 #include "engine/matrix_two.h"
-#include "engine/modes.tpp"
 #include "engine/transfer.tpp"
 
 namespace tolvik::engine {
-
-template <class T>
-void CalcMagneticMatrices(Matrix4<T>& P, Matrix4<T>& D, Cplx<T> (&kappa)[4], T theta, T gamma, T phi, T k0,
-                          T d, const Cplx<T>& n, const Cplx<T>& Q) {
-  const Cplx<T> zero, one(T(1.0)), i(T(0.0), T(1.0));
-  const Cplx<T> s = modes::BoundedCosine<T>(theta) / n;
-  const Cplx<T> q = sqrt(one - s * s);
-  kappa[0] = n * q;
-
-  const T g = sin(phi) * sin(gamma);
-  const Cplx<T> polar = q * cos(phi);
-  const Cplx<T> up = g * s + polar;  // U⁺
-  const Cplx<T> um = g * s - polar;  // U⁻
-
-  if (d != T(0.0)) {
-    const Cplx<T> G = k0 * d / T(2.0) * n * Q / q;
-    const Cplx<T> a = up * G;
-    const Cplx<T> b = um * G;
-    const Cplx<T> e = modes::PropagationFactor<T>(k0, d, kappa[0]);
-    const Cplx<T> f = T(1.0) / e;
-    modes::SetRow<T>(P, 0, e, -(a * e), zero, zero);
-    modes::SetRow<T>(P, 1, a * e, e, zero, zero);
-    modes::SetRow<T>(P, 2, zero, zero, f, b * f);
-    modes::SetRow<T>(P, 3, zero, zero, -(b * f), f);
-  }
-
-  const Cplx<T> W = i * Q * s * (cos(gamma) * sin(phi));
-  const Cplx<T> Z = i * s * Q / (T(2.0) * q);
-  const Cplx<T> yp = up * s - T(2.0) * g;  // Y⁺
-  const Cplx<T> ym = um * s - T(2.0) * g;  // Y⁻
-  const Cplx<T> half_inq = T(0.5) * i * n * Q;
-  const Cplx<T> vp = half_inq * up;  // V⁺
-  const Cplx<T> vm = half_inq * um;  // -V⁻
-  modes::SetRow<T>(D, 0, one, yp * Z, vp, kappa[0]);
-  modes::SetRow<T>(D, 1, zero, q + W, -n, vp / q);
-  modes::SetRow<T>(D, 2, one, -(ym * Z), vm, -kappa[0]);
-  modes::SetRow<T>(D, 3, zero, W - q, -n, -(vm / q));
-}
 
 // The first-order algorithm as CalcTransferMatrix asks for it.
 template <class T>

@@ -42,6 +42,70 @@ void SetRow(Matrix4<T>& matrix, int row, const Cplx<T>& m0, const Cplx<T>& m1, c
   matrix(row, 3) = m3;
 }
 
+// The cases below take the cosine c of the grazing angle; an angle never enters otherwise.
+
+template <class T>
+void FillIsotropic(Matrix4<T>& P, Matrix4<T>& D, Cplx<T> (&kappa)[4], const T& c, const T& k0, const T& d,
+                   const Cplx<T>& n) {
+  const Cplx<T> zero, one(T(1.0));
+  const Cplx<T> s = c / n;  // sine of the refracted angle against the normal
+  const Cplx<T> q = sqrt(one - s * s);
+  const Cplx<T> w = n * q;
+  kappa[0] = kappa[1] = w;
+  kappa[2] = kappa[3] = -w;
+
+  SetRow<T>(D, 0, one, zero, zero, w);
+  SetRow<T>(D, 1, zero, q, -n, zero);
+  SetRow<T>(D, 2, one, zero, zero, -w);
+  SetRow<T>(D, 3, zero, -q, -n, zero);
+
+  if (AllOf(d == T(0.0))) return;
+  const Cplx<T> e = PropagationFactor<T>(k0, d, w);
+  P = Matrix4<T>();
+  P(0, 0) = P(1, 1) = e;
+  P(2, 2) = P(3, 3) = T(1.0) / e;
+}
+
+template <class T>
+void FillTetragonal(Matrix4<T>& D, Cplx<T> (&kappa)[4], const T& c, const Tensor<T>& tensor) {
+  const Cplx<T>&exx = tensor[0], &eyy = tensor[4], &ezz = tensor[8];
+  const Cplx<T> zero, one(T(1.0));
+  const T c2 = c * c;
+  const Cplx<T> b = ezz - c2;
+  kappa[0] = sqrt(exx - c2);
+  kappa[1] = -kappa[0];
+  kappa[2] = sqrt(b * (T(4.0) * eyy * ezz)) / (T(2.0) * ezz);
+  kappa[3] = -kappa[2];
+
+  SetRow<T>(D, 0, one, zero, zero, kappa[0]);
+  SetRow<T>(D, 1, one, zero, zero, kappa[1]);
+  SetRow<T>(D, 2, zero, b, -kappa[2] * (c2 + b), zero);
+  SetRow<T>(D, 3, zero, b, -kappa[3] * (c2 + b), zero);
+}
+
+template <class T>
+void FillGeneral(Matrix4<T>& D, Cplx<T> (&kappa)[4], const T& c, const Tensor<T>& tensor) {
+  const auto& [exx, exy, exz, eyx, eyy, eyz, ezx, ezy, ezz] = tensor;
+  const Cplx<T> a = exx - c * c;
+  const Cplx<T> b = ezz - c * c;
+  const Cplx<T> yz = eyz + ezy;
+  SolveModes<T>(ezz, c * yz, ezx * exz + eyz * ezy - eyy * b - a * ezz, c * (exz * eyx + ezx * exy - a * yz),
+                ezx * exy * eyz + exz * eyx * ezy - a * eyz * ezy + eyy * (a * b - ezx * exz) - b * exy * eyx,
+                kappa);
+
+  for (int r = 0; r < 4; ++r) {
+    // The electric vector of the mode solves the x and z rows of the wave equation.
+    const Cplx<T> u = c * kappa[r] + ezy;
+    const Cplx<T> h = a - kappa[r] * kappa[r];
+    const Cplx<T> e1 = exz * u - exy * b;
+    const Cplx<T> e2 = h * b - exz * ezx;
+    const Cplx<T> e3 = exy * ezx - h * u;
+    const T scale = T(1.0) / sqrt(norm(e1) + norm(e2) + norm(e3));
+    const Cplx<T> x = scale * e1, y = scale * e2, z = scale * e3;
+    SetRow<T>(D, r, x, y, NegMulAdd(kappa[r], y, Cplx<T>(c * z)), kappa[r] * x);
+  }
+}
+
 }  // namespace modes
 
 template <class T>
@@ -73,68 +137,20 @@ void CalcLayerMatrices(Matrix4<T>& P, Matrix4<T>& D, Cplx<T> (&kappa)[4], T thet
 template <class T>
 void CalcIsotropicMatrices(Matrix4<T>& P, Matrix4<T>& D, Cplx<T> (&kappa)[4], T theta, T k0, T d,
                            const Cplx<T>& n) {
-  const Cplx<T> zero, one(T(1.0));
-  const Cplx<T> s = modes::BoundedCosine<T>(theta) / n;  // sine of the refracted angle against the normal
-  const Cplx<T> q = sqrt(one - s * s);
-  const Cplx<T> w = n * q;
-  kappa[0] = kappa[1] = w;
-  kappa[2] = kappa[3] = -w;
-
-  modes::SetRow<T>(D, 0, one, zero, zero, w);
-  modes::SetRow<T>(D, 1, zero, q, -n, zero);
-  modes::SetRow<T>(D, 2, one, zero, zero, -w);
-  modes::SetRow<T>(D, 3, zero, -q, -n, zero);
-
-  if (d == T(0.0)) return;
-  const Cplx<T> e = modes::PropagationFactor<T>(k0, d, w);
-  P = Matrix4<T>();
-  P(0, 0) = P(1, 1) = e;
-  P(2, 2) = P(3, 3) = T(1.0) / e;
+  modes::FillIsotropic<T>(P, D, kappa, modes::BoundedCosine<T>(theta), k0, d, n);
 }
 
 template <class T>
 void CalcTetragonalMatrices(Matrix4<T>& P, Matrix4<T>& D, Cplx<T> (&kappa)[4], T theta, T k0, T d,
                             const Tensor<T>& tensor) {
-  const Cplx<T>&exx = tensor[0], &eyy = tensor[4], &ezz = tensor[8];
-  const Cplx<T> zero, one(T(1.0));
-  const T c = cos(theta);
-  const T c2 = c * c;
-  const Cplx<T> b = ezz - c2;
-  kappa[0] = sqrt(exx - c2);
-  kappa[1] = -kappa[0];
-  kappa[2] = sqrt(b * (T(4.0) * eyy * ezz)) / (T(2.0) * ezz);
-  kappa[3] = -kappa[2];
-
-  modes::SetRow<T>(D, 0, one, zero, zero, kappa[0]);
-  modes::SetRow<T>(D, 1, one, zero, zero, kappa[1]);
-  modes::SetRow<T>(D, 2, zero, b, -kappa[2] * (c2 + b), zero);
-  modes::SetRow<T>(D, 3, zero, b, -kappa[3] * (c2 + b), zero);
+  modes::FillTetragonal<T>(D, kappa, cos(theta), tensor);
   modes::FillPropagation<T>(P, k0, d, kappa);
 }
 
 template <class T>
 void CalcGeneralMatrices(Matrix4<T>& P, Matrix4<T>& D, Cplx<T> (&kappa)[4], T theta, T k0, T d,
                          const Tensor<T>& tensor) {
-  const auto& [exx, exy, exz, eyx, eyy, eyz, ezx, ezy, ezz] = tensor;
-  const T c = cos(theta);
-  const Cplx<T> a = exx - c * c;
-  const Cplx<T> b = ezz - c * c;
-  const Cplx<T> yz = eyz + ezy;
-  SolveModes<T>(ezz, c * yz, ezx * exz + eyz * ezy - eyy * b - a * ezz, c * (exz * eyx + ezx * exy - a * yz),
-                ezx * exy * eyz + exz * eyx * ezy - a * eyz * ezy + eyy * (a * b - ezx * exz) - b * exy * eyx,
-                kappa);
-
-  for (int r = 0; r < 4; ++r) {
-    // The electric vector of the mode solves the x and z rows of the wave equation.
-    const Cplx<T> u = c * kappa[r] + ezy;
-    const Cplx<T> h = a - kappa[r] * kappa[r];
-    const Cplx<T> e1 = exz * u - exy * b;
-    const Cplx<T> e2 = h * b - exz * ezx;
-    const Cplx<T> e3 = exy * ezx - h * u;
-    const T length = sqrt(norm(e1) + norm(e2) + norm(e3));
-    const Cplx<T> x = e1 / length, y = e2 / length, z = e3 / length;
-    modes::SetRow<T>(D, r, x, y, c * z - kappa[r] * y, kappa[r] * x);
-  }
+  modes::FillGeneral<T>(D, kappa, cos(theta), tensor);
   modes::FillPropagation<T>(P, k0, d, kappa);
 }
 

@@ -42,21 +42,27 @@ struct NumberTraits {
   static constexpr bool lifts_zero_kz = false;
   /// The grazing angle is asin(s), refused by s >= 1 without the modulus, instead of atan2(s, sqrt(1 - s²)).
   static constexpr bool angle_by_asin = false;
+  /// The share of its terms below which the value of a polynomial is taken for rounding error and its root
+  /// for found. 0: a root gets all the Newton steps there are.
+  static constexpr double rounding_of_quartic = 0;
 };
 template <>
 struct NumberTraits<double> {
   static constexpr bool lifts_zero_kz = true;
   static constexpr bool angle_by_asin = false;
+  static constexpr double rounding_of_quartic = 0;
 };
 template <>
 struct NumberTraits<long double> {
   static constexpr bool lifts_zero_kz = true;
   static constexpr bool angle_by_asin = false;
+  static constexpr double rounding_of_quartic = 0;
 };
 template <>
 struct NumberTraits<CNumber> {
   static constexpr bool lifts_zero_kz = false;
   static constexpr bool angle_by_asin = true;
+  static constexpr double rounding_of_quartic = 0;
 };
 
 template <class T>
@@ -114,6 +120,16 @@ concept Number = std::constructible_from<T, double> && std::default_initializabl
 template <class T>
 T Select(bool condition, const T& a, const T& b) {
   return condition ? a : b;
+}
+
+/// a·b + c and c - a·b. A number type that can round them once brings its own.
+template <class C>
+C MulAdd(const C& a, const C& b, const C& c) {
+  return a * b + c;
+}
+template <class C>
+C NegMulAdd(const C& a, const C& b, const C& c) {
+  return c - a * b;
 }
 
 /// The complex number of a double one, as the records of the state hold them.

@@ -20,9 +20,10 @@ namespace quartic {
 template <class T>
 struct MonicQuartic {
   Cplx<T> A, B, C, E;
+  Cplx<T> A3 = T(3.0) * A, B2 = T(2.0) * B;
 
-  Cplx<T> Value(const Cplx<T>& z) const { return (((z + A) * z + B) * z + C) * z + E; }
-  Cplx<T> Slope(const Cplx<T>& z) const { return ((T(4.0) * z + T(3.0) * A) * z + T(2.0) * B) * z + C; }
+  Cplx<T> Value(const Cplx<T>& z) const { return MulAdd(MulAdd(MulAdd(Cplx<T>(z + A), z, B), z, C), z, E); }
+  Cplx<T> Slope(const Cplx<T>& z) const { return MulAdd(MulAdd(Cplx<T>(T(4.0) * z + A3), z, B2), z, C); }
 };
 
 template <class T>
@@ -30,30 +31,30 @@ auto IsZero(const Cplx<T>& z) {
   return z.real() == T(0.0) && z.imag() == T(0.0);
 }
 
-template <class T>
-Cplx<T> CubeRoot(const Cplx<T>& z) {
-  return Either(
-      z.imag() == T(0.0) && z.real() > T(0.0),
-      [&] { return Cplx<T>(pow(z.real(), T(1.0) / T(3.0)), T(0.0)); },
-      [&] { return Cplx<T>(exp(log(z) / T(3.0))); });
+// A cube root of z. Any of the three serves; a number type may bring a faster one.
+template <class C>
+C CubeRoot(const C& z) {
+  using T = typename C::value_type;
+  if (z.imag() == T(0.0) && z.real() > T(0.0)) return C(pow(z.real(), T(1.0) / T(3.0)), T(0.0));
+  return C(exp(log(z) / T(3.0)));
 }
 
-// α + 2y of the resolvent root that belongs to the cube root U; p3 = P/3.
+// α + 2y of the resolvent root y = V - U - 5α/6.
 template <class T>
-Cplx<T> SquareOfW(const Cplx<T>& alpha, const Cplx<T>& p3, const Cplx<T>& U) {
-  const Cplx<T> y = Either(
-      IsZero<T>(p3), [&] { return Cplx<T>(T(-5.0) / T(6.0) * alpha - U); },
-      [&] { return Cplx<T>(p3 / U - U - T(5.0) / T(6.0) * alpha); });
+Cplx<T> SquareOfW(const Cplx<T>& alpha, const Cplx<T>& U, const Cplx<T>& V) {
+  const Cplx<T> y = V - U - T(5.0) / T(6.0) * alpha;
   return alpha + T(2.0) * y;
 }
 
 // The largest α + 2y over the three roots of the resolvent cubic.
 template <class T>
 Cplx<T> LargestSquareOfW(const Cplx<T>& alpha, const Cplx<T>& beta, const Cplx<T>& gamma) {
-  const Cplx<T> P = -(alpha * alpha) / T(12.0) - gamma;
-  const Cplx<T> Q = -(alpha * alpha * alpha) / T(108.0) + alpha * gamma / T(3.0) - beta * beta / T(8.0);
-  const Cplx<T> p3 = P / T(3.0);
-  const Cplx<T> half_q = Q / T(2.0);
+  const T third = T(1.0) / T(3.0);
+  const Cplx<T> P = (T(-1.0) / T(12.0)) * (alpha * alpha) - gamma;
+  const Cplx<T> Q =
+      (T(-1.0) / T(108.0)) * (alpha * alpha * alpha) + third * (alpha * gamma) - T(0.125) * (beta * beta);
+  const Cplx<T> p3 = third * P;
+  const Cplx<T> half_q = T(0.5) * Q;
   const Cplx<T> R = Either(
       IsZero<T>(P), [&] { return Q; },
       [&] {
@@ -61,16 +62,19 @@ Cplx<T> LargestSquareOfW(const Cplx<T>& alpha, const Cplx<T>& beta, const Cplx<T
         const Cplx<T> root = sqrt(half_q * half_q + p3 * p3 * p3);
         const Cplx<T> plus = half_q + root;
         const Cplx<T> minus = half_q - root;
-        return Select(abs(minus) > abs(plus), minus, plus);
+        return Select(IsLonger(minus, plus), minus, plus);
       });
 
   const T half_sqrt3 = sqrt(T(3.0)) / T(2.0);
-  Cplx<T> U = CubeRoot<T>(R);
-  Cplx<T> best = SquareOfW<T>(alpha, p3, U);
+  Cplx<T> U = CubeRoot(R);
+  Cplx<T> V = Either(
+      IsZero<T>(p3), [&] { return Cplx<T>(); }, [&] { return Cplx<T>(p3 / U); });
+  Cplx<T> best = SquareOfW<T>(alpha, U, V);
   for (int turn = 1; turn < 3; ++turn) {
     U = U * Cplx<T>(T(-0.5), half_sqrt3);
-    const Cplx<T> next = SquareOfW<T>(alpha, p3, U);
-    best = Select(abs(next) > abs(best), next, best);
+    V = V * Cplx<T>(T(-0.5), -half_sqrt3);
+    const Cplx<T> next = SquareOfW<T>(alpha, U, V);
+    best = Select(IsLonger(next, best), next, best);
   }
   return best;
 }
@@ -78,6 +82,12 @@ Cplx<T> LargestSquareOfW(const Cplx<T>& alpha, const Cplx<T>& beta, const Cplx<T
 template <class T>
 struct FourRoots {
   Cplx<T> z[4];
+
+  template <class Mask>
+  friend FourRoots Select(const Mask& mask, const FourRoots& a, const FourRoots& b) {
+    return {{Select(mask, a.z[0], b.z[0]), Select(mask, a.z[1], b.z[1]), Select(mask, a.z[2], b.z[2]),
+             Select(mask, a.z[3], b.z[3])}};
+  }
 };
 
 template <class T>
@@ -101,20 +111,33 @@ FourRoots<T> SolveFerrari(const Cplx<T>& shift, const Cplx<T>& alpha, const Cplx
            (W - S2) / T(2.0) + shift}};
 }
 
-// Ten Newton steps, each kept only where it does not increase |f|. A step that moves nothing repeats for
-// ever, so the loop may end there with the same result.
+// Ten rounds of Newton steps, each step kept only where it does not increase |f|. A root that a step left
+// where it was stays there. Lanes call it settled earlier: once |f| is what rounding leaves of f, whose terms
+// are as large as the product E of the roots, or comes near that and stops falling; further steps would only
+// exchange one rounding error for another.
 template <class T>
-void PolishRoot(const MonicQuartic<T>& quartic, Cplx<T>& z) {
-  Cplx<T> f = quartic.Value(z);
+void PolishRoots(const MonicQuartic<T>& quartic, Cplx<T> (&z)[4]) {
+  constexpr double rounding = NumberTraits<T>::rounding_of_quartic;
+  const T least = T(rounding * rounding) * norm(quartic.E);
+  const T nearly = T(1e4) * least;
+  const auto is_rounding = [&](const Cplx<T>& value) { return norm(value) < least; };
+  Cplx<T> f[4] = {quartic.Value(z[0]), quartic.Value(z[1]), quartic.Value(z[2]), quartic.Value(z[3])};
+  decltype(is_rounding(f[0])) settled[4] = {is_rounding(f[0]), is_rounding(f[1]), is_rounding(f[2]),
+                                            is_rounding(f[3])};
   for (int round = 0; round < 10; ++round) {
-    const Cplx<T> slope = quartic.Slope(z);
-    const Cplx<T> next = z - f / slope;
-    const Cplx<T> f_next = quartic.Value(next);
-    const auto stays = abs(slope) < T(1e-13) || abs(f_next) > abs(f);
-    const auto settled = stays || next == z;
-    z = Select(stays, z, next);
-    f = Select(stays, f, f_next);
-    if (AllOf(settled)) return;
+    if (AllOf(settled[0] && settled[1] && settled[2] && settled[3])) return;
+#pragma GCC unroll 4
+    for (int i = 0; i < 4; ++i) {
+      const Cplx<T> slope = quartic.Slope(z[i]);
+      const Cplx<T> next = z[i] - f[i] / slope;
+      const Cplx<T> f_next = quartic.Value(next);
+      const T size = norm(f_next);
+      const auto stays = settled[i] || IsShorterThan(slope, T(1e-13)) || IsLonger(f_next, f[i]);
+      settled[i] =
+          stays || next == z[i] || is_rounding(f_next) || (size < nearly && T(4.0) * size > norm(f[i]));
+      z[i] = Select(stays, z[i], next);
+      f[i] = Select(stays, f[i], f_next);
+    }
   }
 }
 
@@ -143,10 +166,8 @@ void SolveModes(const Cplx<T>& a4, const Cplx<T>& a3, const Cplx<T>& a2, const C
       quartic::IsZero<T>(beta), [&] { return quartic::SolveBiquadratic<T>(shift, alpha, gamma); },
       [&] { return quartic::SolveFerrari<T>(shift, alpha, beta, gamma); });
   const quartic::MonicQuartic<T> monic{A, B, C, E};
-  for (int i = 0; i < 4; ++i) {
-    roots[i] = start.z[i];
-    quartic::PolishRoot<T>(monic, roots[i]);
-  }
+  for (int i = 0; i < 4; ++i) roots[i] = start.z[i];
+  quartic::PolishRoots<T>(monic, roots);
   quartic::SortRoots<T>(roots);
 }
 

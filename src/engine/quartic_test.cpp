@@ -113,14 +113,14 @@ TYPED_TEST(Quartic, VanishingPTakesTheCubeRootOfQ) {
 }
 
 TYPED_TEST(Quartic, RealCubeRootOfAPositiveNumber) {
-  const Cplx<TypeParam> root = quartic::CubeRoot<TypeParam>(Cplx<TypeParam>(TypeParam(27.0)));
+  const Cplx<TypeParam> root = quartic::CubeRoot(Cplx<TypeParam>(TypeParam(27.0)));
   EXPECT_LE(std::abs(ToDouble<TypeParam>(root) - 3.0), 10 * this->Epsilon());
   EXPECT_EQ(static_cast<double>(root.imag()), 0.0);
 }
 
 TYPED_TEST(Quartic, PrincipalCubeRootElsewhere) {
   // -8 = 8 exp(iπ): the principal root is 2 exp(iπ/3) = 1 + i√3, not -2.
-  const Cplx<TypeParam> root = quartic::CubeRoot<TypeParam>(Cplx<TypeParam>(TypeParam(-8.0)));
+  const Cplx<TypeParam> root = quartic::CubeRoot(Cplx<TypeParam>(TypeParam(-8.0)));
   EXPECT_LE(std::abs(ToDouble<TypeParam>(root) - Double(1, 1.7320508075688772)), 10 * this->Epsilon());
 }
 

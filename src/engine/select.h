@@ -19,6 +19,18 @@ inline bool AllOf(bool mask) {
   return mask;
 }
 
+/// Whether the complex number a has the larger modulus.
+template <class C>
+auto IsLonger(const C& a, const C& b) {
+  return abs(a) > abs(b);
+}
+
+/// Whether the modulus of the complex number a is below length.
+template <class C, class T>
+auto IsShorterThan(const C& a, const T& length) {
+  return abs(a) < length;
+}
+
 /// Exchanges a and b where mask is true.
 template <class Mask, class V>
 void SwapIf(const Mask& mask, V& a, V& b) {

@@ -2,6 +2,8 @@
 // The matrix algorithms by lanes against the plain 4x4 ones of the same precision.
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "precision/lanes_comparison.h"
 
 namespace tolvik::test {
@@ -18,7 +20,6 @@ class LanesMatrix : public testing::Test {
       RandomCases random(seed);
       for (int number = 0; number < kCases / 2; ++number) {
         RandomCase test = make(random);
-        random.GiveTensors(test);
         RoundTo<T>(test);
         Comparison<T>(test, set, number).Run();
         if (this->HasFailure()) return;
@@ -30,11 +31,95 @@ using LaneNumbers = testing::Types<float, double>;
 TYPED_TEST_SUITE(LanesMatrix, LaneNumbers);
 
 TYPED_TEST(LanesMatrix, OrdinaryStacksAreNeverWorseThanPlain) {
-  this->Compare(11, [](RandomCases& random) { return random.Ordinary(kAngles); });
+  this->Compare(11, [](RandomCases& random) {
+    RandomCase test = random.Ordinary(kAngles);
+    random.GiveTensors(test);
+    return test;
+  });
 }
 
 TYPED_TEST(LanesMatrix, OddStacksGiveNumbersWherePlainDoes) {
-  this->Compare(12, [](RandomCases& random) { return random.Odd(kAngles); });
+  this->Compare(12, [](RandomCases& random) {
+    RandomCase test = random.Odd(kAngles);
+    random.GiveTensors(test);
+    return test;
+  });
+}
+
+TYPED_TEST(LanesMatrix, MagneticStacksAreNeverWorseThanPlain) {
+  this->Compare(13, [](RandomCases& random) {
+    RandomCase test = random.Ordinary(kAngles);
+    random.Magnetise(test);
+    return test;
+  });
+}
+
+TYPED_TEST(LanesMatrix, OddMagneticStacksGiveNumbersWherePlainDoes) {
+  this->Compare(14, [](RandomCases& random) {
+    RandomCase test = random.Ordinary(kAngles);
+    random.Magnetise(test);
+    random.MakeOdd(test);
+    return test;
+  });
+}
+
+TYPED_TEST(LanesMatrix, ResultsDoNotDependOnTheBatch) {
+  RandomCases random(16);
+  for (int number = 0; number < 100 && !this->HasFailure(); ++number) {
+    RandomCase test = random.Ordinary(70);
+    random.Magnetise(test);
+    if (number % 2 != 0) random.MakeOdd(test);
+    for (const LaneSet set : LaneSetsHere()) ExpectSameInAnyBatch<TypeParam>(test, set, number);
+  }
+}
+
+// How far lanes are off beside how far the plain path is, over many intensities.
+class ErrorRatios {
+ public:
+  void Add(double lane, double plain, double exact, double share) {
+    if (lane == plain || !std::isfinite(plain) || !std::isfinite(exact)) return;
+    const double rounding = 1e-16 * std::abs(exact) + 1e-19 * share;
+    const double ratio = (std::abs(lane - exact) + rounding) / (std::abs(plain - exact) + rounding);
+    ++count_;
+    logarithms_ += std::log(ratio);
+    if (ratio > 10.0) ++worse_;
+    if (ratio < 0.1) ++better_;
+  }
+  int Count() const { return count_; }
+  int Worse() const { return worse_; }
+  int Better() const { return better_; }
+  double Typical() const { return std::exp(logarithms_ / count_); }
+
+ private:
+  int count_ = 0, worse_ = 0, better_ = 0;
+  double logarithms_ = 0;
+};
+
+// A single intensity may come out worse by chance, most may not.
+TEST(LanesMatrixErrors, AreOnTheWholeSmallerThanPlain) {
+  for (const LaneSet set : LaneSetsHere()) {
+    for (const int algorithm : {1, 2}) {
+      RandomCases random(15);
+      ErrorRatios ratios;
+      for (int number = 0; number < 300; ++number) {
+        RandomCase test = random.Ordinary(kAngles);
+        random.Magnetise(test);
+        test.options.algorithm = algorithm;
+        RoundTo<double>(test);
+        const auto exact = Calculate<long double>(test, LaneSet::kPlain);
+        const auto plain = Calculate<double>(test, LaneSet::kPlain);
+        const auto lane = Calculate<double>(test, set);
+        for (std::size_t i = 0; i < test.sines.size(); ++i) {
+          ratios.Add(lane.first[i], plain.first[i], static_cast<double>(exact.first[i]), Share(test, 1));
+          ratios.Add(lane.second[i], plain.second[i], static_cast<double>(exact.second[i]), Share(test, 2));
+        }
+      }
+      EXPECT_GT(ratios.Count(), 10000) << NameOf(set);
+      EXPECT_LT(ratios.Typical(), 1.0) << NameOf(set) << " algorithm " << algorithm;
+      EXPECT_LT(ratios.Worse(), ratios.Better()) << NameOf(set) << " algorithm " << algorithm;
+      EXPECT_LT(ratios.Worse(), 0.05 * ratios.Count()) << NameOf(set) << " algorithm " << algorithm;
+    }
+  }
 }
 
 // One wave at a time through a thick absorber: the growing waves of the matrices overflow first, and where

@@ -59,9 +59,42 @@ class RandomCases {
     }
   }
 
+  /// For the matrix algorithms: magnetisations in any direction, general and diagonal tensors, entries
+  /// without any, seen from above or through the stack.
+  void Magnetise(RandomCase& test) {
+    test.options.algorithm = 1 + Below(2);
+    test.options.magnetic = !OneIn(8);
+    test.options.maggamma = Uniform(-180, 180);
+    test.options.magphi = OneIn(6) ? 90.0 * Below(3) : Uniform(0, 180);
+    test.options.tolerance = OneIn(4) ? Logarithmic(1e-12, 1e-3) : 5e-5;
+    test.options.transmission = OneIn(4);
+    for (engine::CLayer<double>& layer : test.layers) {
+      const std::complex<double> n(1.0 - layer.layer_delta, layer.layer_beta);
+      layer.magnetic = !OneIn(4);
+      for (const int diagonal : {0, 4, 8}) layer.epsilon[diagonal] = n * n;
+      if (OneIn(4)) {
+        for (const int diagonal : {0, 4, 8}) layer.epsilon[diagonal] += Shift(layer.layer_delta);
+      }
+      if (OneIn(8)) continue;
+      for (const int element : {1, 2, 5}) {
+        const bool absent = OneIn(8);
+        const std::complex<double> turn = absent ? 0.0 : Shift(Logarithmic(1e-6, 3e-3));
+        const int mirrored = element == 5 ? 7 : 3 * element;
+        layer.epsilon[element] = turn;
+        layer.epsilon[mirrored] = OneIn(10) ? turn : -turn;  // strain, or a moment
+      }
+    }
+  }
+
   /// An ordinary case in which a few things are odd.
   RandomCase Odd(int angles) {
     RandomCase result = Ordinary(angles);
+    MakeOdd(result);
+    return result;
+  }
+
+  /// Spoils a few things of a case.
+  void MakeOdd(RandomCase& result) {
     if (OneIn(10)) result.layers.resize(1 + static_cast<std::size_t>(Below(2)));
     for (int change = 1 + Below(3); change > 0; --change) {
       Spoil(result.layers[static_cast<std::size_t>(Below(static_cast<int>(result.layers.size())))]);
@@ -71,7 +104,6 @@ class RandomCases {
     }
     if (OneIn(15)) result.k0 = OneIn(2) ? OddNumber() : 6.283185307179586 * OddNumber();
     if (OneIn(15)) result.options.polarisation[Below(8)] = OddNumber();
-    return result;
   }
 
  private:
@@ -113,6 +145,8 @@ class RandomCases {
         1e300, -1e160, kInfinity, -kInfinity, std::numeric_limits<double>::quiet_NaN()};
     return kNumbers[Below(static_cast<int>(std::size(kNumbers)))];
   }
+
+  std::complex<double> Shift(double size) { return {size * Uniform(-0.5, 0.5), size * Uniform(0.0, 0.3)}; }
 
   void Spoil(engine::CLayer<double>& layer) {
     switch (Below(14)) {

@@ -5,6 +5,7 @@
 #if defined(__x86_64__)
 #include "engine/lanes/function_kernel.h"
 #include "engine/lanes/kernels.h"
+#include "engine/lanes/matrix_kernel.h"
 #include "engine/lanes/parratt_kernel.h"
 
 namespace tolvik::engine::lanes {
@@ -30,8 +31,12 @@ struct Float {
 
 }  // namespace
 
-const Kernels kAvx2Kernels = {"avx2", ParrattBlock<Float>::Run, ParrattBlock<Double>::Run,
-                              FunctionBlock<Float>::Run, FunctionBlock<Double>::Run};
+const Kernels kAvx2Kernels = {"avx2",
+                              ParrattBlock<Float>::Run,
+                              ParrattBlock<Double>::Run,
+                              MatrixWalk<Double>::Run,
+                              FunctionBlock<Float>::Run,
+                              FunctionBlock<Double>::Run};
 
 }  // namespace tolvik::engine::lanes
 #endif

@@ -55,7 +55,7 @@ bool CalcParratt(const Batch<T>& batch, ParrattLanes<T>& parratt) {
   return true;
 }
 
-// The matrix algorithms on scalar entries, in reflection.
+// What a stack of scalar entries reflects follows from the recursion, which is faster.
 template <class T>
 bool CalcScalarMatrix(const Batch<T>& batch, ParrattLanes<T>& parratt) {
   const IntensityOptions<T>& options = batch.options;
@@ -64,6 +64,17 @@ bool CalcScalarMatrix(const Batch<T>& batch, ParrattLanes<T>& parratt) {
   if (!parratt.PrepareMatrix(batch.profile, batch.k0, tensors, options.tolerance)) return false;
   batch.CalculateRays(parratt);
   return true;
+}
+
+template <class T>
+bool CalcMatrix(const Batch<T>& batch, BatchWork<T>& work) {
+  if (CalcScalarMatrix(batch, work.parratt)) return true;
+  if constexpr (std::same_as<T, double>) {
+    if (!work.matrix.Prepare(batch.profile, batch.k0, batch.options)) return false;
+    work.matrix.Calculate(batch.kernels, batch.s, batch.count, batch.first, batch.second);
+    return true;
+  }
+  return false;
 }
 
 }  // namespace
@@ -79,7 +90,7 @@ bool CalcByLanes(const Profile<T>& profile, T k0, const IntensityOptions<T>& opt
       return CalcParratt(batch, work.parratt);
     case kMatrixOne:
     case kMatrixTwo:
-      return CalcScalarMatrix(batch, work.parratt);
+      return CalcMatrix(batch, work);
     default:
       return false;
   }

@@ -5,15 +5,11 @@
 #include <concepts>
 #include <cstdint>
 
+#include "engine/lanes/matrix.h"
 #include "engine/lanes/parratt.h"
 #include "engine/layer.h"
 
-namespace tolvik::engine {
-
-template <class T>
-struct IntensityOptions;
-
-namespace lanes {
+namespace tolvik::engine::lanes {
 
 /// Number types that have lanes. The others keep the plain path.
 template <class T>
@@ -23,9 +19,15 @@ concept HasLanes = std::same_as<T, float> || std::same_as<T, double>;
 template <class T>
 struct BatchWork {};
 
-template <HasLanes T>
-struct BatchWork<T> {
-  ParrattLanes<T> parratt;
+template <>
+struct BatchWork<float> {
+  ParrattLanes<float> parratt;
+};
+
+template <>
+struct BatchWork<double> {
+  ParrattLanes<double> parratt;
+  MatrixLanes matrix;
 };
 
 /// Intensities of both rays, as CalcIntensities (engine/intensity.h) describes; second may be null. False:
@@ -35,5 +37,4 @@ template <HasLanes T>
 bool CalcByLanes(const Profile<T>& profile, T k0, const IntensityOptions<T>& options, std::int32_t count,
                  const T* s, T* first, T* second, BatchWork<T>& work);
 
-}  // namespace lanes
-}  // namespace tolvik::engine
+}  // namespace tolvik::engine::lanes

@@ -18,7 +18,7 @@ class Complexes {
   using L = Lanes<V>;
   using Scalar = typename L::Scalar;
 
-  Complexes() = default;
+  TOLVIK_INLINE Complexes() : real_(Scalar(0)), imag_(Scalar(0)) {}
   TOLVIK_INLINE Complexes(L real)
       : real_(real), imag_(Scalar(0)) {}  // NOLINT: a real number is a complex one
   TOLVIK_INLINE Complexes(L real, L imag) : real_(real), imag_(imag) {}
@@ -60,6 +60,14 @@ class Complexes {
     return {NegMulAdd(a.imag_, b.imag_, MulAdd(a.real_, b.real_, c.real_)),
             MulAdd(a.real_, b.imag_, MulAdd(a.imag_, b.real_, c.imag_))};
   }
+  TOLVIK_INLINE friend Complexes MulAdd(L a, Complexes b, Complexes c) {
+    return {MulAdd(a, b.real_, c.real_), MulAdd(a, b.imag_, c.imag_)};
+  }
+  /// c - a·b
+  TOLVIK_INLINE friend Complexes NegMulAdd(Complexes a, Complexes b, Complexes c) {
+    return {MulAdd(a.imag_, b.imag_, NegMulAdd(a.real_, b.real_, c.real_)),
+            NegMulAdd(a.real_, b.imag_, NegMulAdd(a.imag_, b.real_, c.imag_))};
+  }
   /// a where the mask holds, b elsewhere.
   TOLVIK_INLINE friend Complexes Select(Mask<V> mask, Complexes a, Complexes b) {
     return {Select(mask, a.real_, b.real_), Select(mask, a.imag_, b.imag_)};
@@ -84,9 +92,12 @@ class Complexes {
     ShortSinCos(a.imag_, sine, cosine);
     return {modulus * cosine, modulus * sine};
   }
+  /// With the sign of the imaginary part, -0 included; not a number where the square of a modulus vanishes.
   TOLVIK_INLINE friend Complexes sqrt(Complexes a) {
     L modulus2;
-    return SquareRoot(a.real_, a.imag_, modulus2);
+    const Complexes root = SquareRoot(a.real_, a.imag_, modulus2);
+    const L nan(std::numeric_limits<Scalar>::quiet_NaN());
+    return Select(modulus2 >= L(std::numeric_limits<Scalar>::min()), root, Complexes(nan, nan));
   }
 
  private:

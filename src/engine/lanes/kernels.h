@@ -6,6 +6,7 @@
 // depend on the number of angles, their order or their place in a block.
 #pragma once
 
+#include "engine/lanes/matrix_stack.h"
 #include "engine/lanes/parratt_stack.h"
 
 namespace tolvik::engine::lanes {
@@ -23,6 +24,7 @@ struct Kernels {
   const char* name;
   ParrattKernel<float> parratt_float;
   ParrattKernel<double> parratt_double;
+  MatrixKernel matrix;
   FunctionKernel<float> functions_float;
   FunctionKernel<double> functions_double;
 };

@@ -1,0 +1,156 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+#include "engine/lanes/matrix.h"
+
+#include <algorithm>
+#include <cmath>
+#include <complex>
+#include <limits>
+
+#include "engine/first_order_modes.tpp"
+#include "engine/intensity.h"
+
+namespace tolvik::engine::lanes {
+
+namespace {
+
+using Value = std::complex<double>;
+
+// Half the limit of the kernels' sine (functions.h).
+constexpr double kMaxPhase = 5e5;
+// Neither the growing waves nor the roughness factors of a whole stack may come near the range of a double.
+constexpr double kRange = 100.0;
+constexpr double kLargestChi = 0.2;
+// The matrix algorithms bound the angle by 1e-4.
+constexpr double kSmallestSine = 1.001e-4;
+// Below, the field of a wave hangs on digits that n² - cos²θ has lost.
+constexpr double kSmallestTurn = 1e-8;
+
+bool IsWithin(double x, double low, double high) {
+  return x >= low && x <= high;
+}
+
+// Absorption as in ordinary matter: not negative, and not -0.
+bool IsAbsorption(double x) {
+  return IsWithin(x, 0.0, 0.5) && !std::signbit(x);
+}
+
+Pair PairOf(const Value& z) {
+  return {z.real(), z.imag()};
+}
+
+Value ValueOf(const Pair& z) {
+  return {z.real, z.imag};
+}
+
+}  // namespace
+
+bool MatrixLanes::Prepare(const Profile<double>& profile, double k0,
+                          const IntensityOptions<double>& options) {
+  if (profile.size < 2 || !IsWithin(k0, 1e-5, 1e5)) return false;
+  entries_.assign(static_cast<std::size_t>(profile.size), MatrixEntry());
+  largest_chi_ = 0.0;
+  for (std::int32_t j = 0; j < profile.size; ++j) {
+    if (!SetEntry(profile[j], options, entries_[static_cast<std::size_t>(j)])) return false;
+  }
+  if (!(largest_chi_ < kLargestChi)) return false;
+
+  const double radians_per_degree = 0.017453292519943295;
+  const auto direction =
+      DirectionOf<double>(options.maggamma * radians_per_degree, options.magphi * radians_per_degree);
+  stack_ = {entries_.data(),
+            profile.size,
+            options.algorithm == kMatrixTwo,
+            options.transmission,
+            k0,
+            {direction.transverse, direction.longitudinal, direction.polar},
+            2.0 * kRange,
+            options.polarisation};
+  return SetGeometry(profile);
+}
+
+bool MatrixLanes::SetEntry(const CLayer<double>& layer, const IntensityOptions<double>& options,
+                           MatrixEntry& entry) {
+  if (options.algorithm == kMatrixOne && layer.magnetic != 0) {
+    return SetTensor(layer, options.tolerance, entry);
+  }
+  const Value n(1.0 - layer.layer_delta, layer.layer_beta);
+  if (!SetScalar(n, (n - 1.0) * (n + 1.0), entry)) return false;
+  if (options.algorithm == kMatrixTwo && options.magnetic) {
+    const Value strength(-2.0 * layer.layer_ddelta, 2.0 * layer.layer_dbeta);
+    if (!(std::abs(strength) < kLargestChi)) return false;
+    entry.strength = PairOf(strength);
+    if (strength != 0.0) entry.kind = ModeKind::kFirstOrder;
+    largest_chi_ = std::max(largest_chi_, std::hypot(entry.chi.real, entry.chi.imag) + std::abs(strength));
+  }
+  return true;
+}
+
+bool MatrixLanes::SetScalar(Value n, Value chi, MatrixEntry& entry) {
+  if (!IsWithin(n.real(), 0.5, 1.5) || !IsAbsorption(n.imag())) return false;
+  entry.kind = ModeKind::kScalar;
+  entry.index = PairOf(n);
+  entry.inverse = PairOf(1.0 / n);
+  entry.chi = PairOf(chi);
+  entry.guarded = chi.imag() < 1e-13;
+  largest_chi_ = std::max(largest_chi_, std::abs(chi));
+  return true;
+}
+
+bool MatrixLanes::SetTensor(const CLayer<double>& layer, double tolerance, MatrixEntry& entry) {
+  const int tensor_class = ClassifyTensor<double>(tolerance, layer.epsilon);
+  if (tensor_class == kIsotropic) {
+    const Value exx = layer.epsilon[0];
+    return IsAbsorption(exx.imag()) && SetScalar(std::sqrt(exx), exx - 1.0, entry);
+  }
+  entry.kind = tensor_class == kTetragonal ? ModeKind::kTetragonal : ModeKind::kGeneral;
+  entry.guarded = true;
+  double chi = 0.0;
+  for (int i = 0; i < 9; ++i) {
+    const bool diagonal = i % 4 == 0;
+    const Value element = layer.epsilon[i];
+    if (diagonal && !IsAbsorption(element.imag())) return false;
+    chi += std::abs(diagonal ? element - 1.0 : element);
+    entry.tensor[i] = PairOf(element);
+  }
+  if (!(chi < 3.0)) return false;
+  largest_chi_ = std::max(largest_chi_, chi);
+  // What couples x with y and z parts the waves of a pair; both ways, or they stay one wave.
+  const double turn2 =
+      std::max(std::abs(layer.epsilon[1] * layer.epsilon[3]), std::abs(layer.epsilon[2] * layer.epsilon[6]));
+  return entry.kind == ModeKind::kTetragonal || turn2 > kSmallestTurn * kSmallestTurn;
+}
+
+bool MatrixLanes::SetGeometry(const Profile<double>& profile) {
+  double roughness = 0.0;
+  for (std::int32_t j = 0; j + 1 < profile.size; ++j) {
+    const CLayer<double>& layer = profile[j];
+    MatrixEntry& entry = entries_[static_cast<std::size_t>(j)];
+    const MatrixEntry& above = entries_[static_cast<std::size_t>(j + 1)];
+    entry.sigma = layer.layer_sigma;
+    const double sigma_k0 = entry.sigma * stack_.k0;
+    if (!IsWithin(sigma_k0 * sigma_k0, 0.0, kMaxPhase / 4.0)) return false;
+    roughness += 2.0 * sigma_k0 * sigma_k0;
+    if (entry.kind == ModeKind::kScalar && above.kind == ModeKind::kScalar) {
+      entry.along_index = PairOf(0.5 * ValueOf(above.index) * ValueOf(entry.inverse));
+      entry.across_index = PairOf(0.5 * ValueOf(entry.index) * ValueOf(above.inverse));
+    }
+    if (j == 0) continue;
+    entry.d = layer.layer_d;
+    if (!IsWithin(stack_.k0 * entry.d, 0.0, kMaxPhase)) return false;
+    const bool writes_propagation = entry.kind == ModeKind::kGeneral || entry.kind == ModeKind::kTetragonal;
+    if (entry.d == 0.0 && !writes_propagation) return false;
+  }
+  return roughness * largest_chi_ < kRange;
+}
+
+void MatrixLanes::Calculate(const Kernels& kernels, const double* s, std::int32_t count, double* first,
+                            double* second) const {
+  kernels.matrix(stack_, s, count, first, second);
+  for (std::int32_t i = 0; i < count; ++i) {
+    if (s[i] >= kSmallestSine) continue;
+    first[i] = std::numeric_limits<double>::quiet_NaN();
+    if (second != nullptr) second[i] = first[i];
+  }
+}
+
+}  // namespace tolvik::engine::lanes

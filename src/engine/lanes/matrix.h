@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// From a profile to the stack of the matrix kernels, and the judgement whether lanes may calculate it.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "engine/lanes/kernels.h"
+#include "engine/layer.h"
+
+namespace tolvik::engine {
+
+template <class T>
+struct IntensityOptions;
+
+namespace lanes {
+
+/// The matrix algorithms by lanes, in double: magnetic entries and full tensors, reflection and transmission.
+///
+/// Lanes take stacks of ordinary matter near vacuum, as ParrattLanes does: |ε - 1| below 0.2, absorption not
+/// negative, thicknesses not negative, all of it finite. The plain algorithms define what becomes of the
+/// rest, of a scalar slab without thickness, which repeats the propagation above it, and of a tensor that
+/// hardly couples x with y or z, as of a magnetisation along x: the fields of its waves are rounding noise.
+class MatrixLanes {
+ public:
+  /// Lays out the stack for k0, Å⁻¹. False: the plain algorithm has to do this stack. The options must stay
+  /// until Calculate.
+  bool Prepare(const Profile<double>& profile, double k0, const IntensityOptions<double>& options);
+
+  /// Intensities of both rays at count angles, given as s = sin θ, 0 <= s <= 1; second may be null. The plain
+  /// path has to do each angle whose intensity is not finite.
+  void Calculate(const Kernels& kernels, const double* s, std::int32_t count, double* first,
+                 double* second) const;
+
+ private:
+  bool SetEntry(const CLayer<double>& layer, const IntensityOptions<double>& options, MatrixEntry& entry);
+  bool SetTensor(const CLayer<double>& layer, double tolerance, MatrixEntry& entry);
+  bool SetScalar(std::complex<double> n, std::complex<double> chi, MatrixEntry& entry);
+  bool SetGeometry(const Profile<double>& profile);
+
+  std::vector<MatrixEntry> entries_;
+  MatrixStack stack_{};
+  double largest_chi_ = 0.0;
+};
+
+}  // namespace lanes
+}  // namespace tolvik::engine

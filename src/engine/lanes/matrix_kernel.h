@@ -1,0 +1,275 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// The matrix algorithms for several angles at once.
+//
+// The waves of an entry come from the templates of the plain path (modes.tpp, first_order_modes.tpp), and the
+// formulas of the rays too. What differs is the way through the stack: amplitudes in the ambient are those in
+// the substrate times M = T0 P1 T1 P2 ..., and the rays need two rows of M only. So the walk starts at the
+// substrate and carries two rows; interfaces with scalar matter or first-order waves have closed forms.
+//
+// An angle whose growing waves may overflow, whose wavevector or whose matrix of the waves down is mere
+// rounding error, or whose result is not finite is given back to the plain algorithm.
+#pragma once
+
+#include "engine/amplitudes.tpp"
+#include "engine/lanes/matrix_modes.h"
+
+namespace tolvik::engine::lanes {
+
+template <class V>
+class MatrixWalk {
+ public:
+  using L = Lanes<V>;
+  using Z = Complexes<V>;
+
+  static void Run(const MatrixStack& stack, const double* s, std::int32_t count, double* first,
+                  double* second) {
+    alignas(64) double values[L::size];
+    for (std::int32_t begin = 0; begin < count; begin += L::size) {
+      const int used = count - begin < L::size ? count - begin : L::size;
+      // Places past the last angle repeat it: they cost little and can't disturb.
+      for (int i = 0; i < L::size; ++i) values[i] = s[begin + (i < used ? i : used - 1)];
+      MatrixWalk walk(stack, L::Load(values));
+      walk.Walk();
+      walk.StoreRay(stack.polarisation, used, first + begin);
+      if (second != nullptr) walk.StoreRay(stack.polarisation + 4, used, second + begin);
+    }
+  }
+
+ private:
+  using Modes = MatrixModes<V>;
+
+  // Smallest |kappa|² that n² - cos²θ does not drown in rounding errors.
+  static constexpr double kSmallest2 = 1e-14;
+  // Smallest |M11 M22 - M12 M21|² beside |M11 M22|². In a thick magnetic absorber the wave that grows most
+  // drowns the other of its pair.
+  static constexpr double kSmallestDelta2 = 1e-20;
+
+  MatrixWalk(const MatrixStack& stack, L s) : stack_(stack), angles_(s), smallest2_(1.0), growth_(0.0) {
+    rows_(0, 0) = rows_(1, 1) = Z(L(1.0));
+  }
+
+  TOLVIK_INLINE static bool IsScalar(const MatrixEntry& entry) { return entry.kind == ModeKind::kScalar; }
+  TOLVIK_INLINE static bool IsTensor(const MatrixEntry& entry) {
+    return entry.kind == ModeKind::kGeneral || entry.kind == ModeKind::kTetragonal;
+  }
+
+  void Walk() {
+    Modes* lower = &modes_[0];
+    Modes* upper = &modes_[1];
+    CalcModes(stack_.entry[0], *lower);
+    for (std::int32_t j = 0; j + 1 < stack_.entries; ++j) {
+      const MatrixEntry& entry = stack_.entry[j];
+      const MatrixEntry& above = stack_.entry[j + 1];
+      CalcModes(above, *upper);
+      upper->PrepareUpper(stack_, above, IsScalar(entry));
+      if (j > 0) Propagate(entry, *lower);
+      Cross(entry, above, *lower, *upper);
+      Modes* const passed = lower;
+      lower = upper;
+      upper = passed;
+    }
+  }
+
+  void CalcModes(const MatrixEntry& entry, Modes& modes) {
+    modes.Calculate(stack_, entry, angles_);
+    if (!entry.guarded) return;
+    for (int r = 0; r < (IsTensor(entry) ? 4 : 1); ++r) smallest2_ = Min(smallest2_, norm(modes.kappa[r]));
+  }
+
+  void Cross(const MatrixEntry& entry, const MatrixEntry& above, const Modes& lower, const Modes& upper) {
+    if (IsScalar(entry) && IsScalar(above)) {
+      CrossScalar(entry, lower, upper);
+    } else if (stack_.first_order) {
+      CrossFirstOrder(entry, lower, upper);
+    } else if (IsScalar(above)) {
+      CrossTensors<IntoScalar, false>(entry, above, lower, upper);
+    } else if (IsScalar(entry)) {
+      CrossTensors<IntoTensor, true>(entry, above, lower, upper);
+    } else {
+      CrossTensors<IntoTensor, false>(entry, above, lower, upper);
+    }
+  }
+
+  // The rows of T = D_lower D_upper⁻¹, each from the fields of one lower wave.
+  struct IntoScalar {
+    Z half_inverse_w, half_inverse_q, half_inverse_n;
+
+    TOLVIK_INLINE IntoScalar(const MatrixEntry& above, const Modes& upper)
+        : half_inverse_w(L(0.5) * upper.inverse_w),
+          half_inverse_q(half_inverse_w * upper.n),
+          half_inverse_n(L(0.5) * Broadcast<V>(above.inverse)) {}
+    TOLVIK_INLINE void operator()(const Z (&fields)[4], Z (&t)[4]) const {
+      const Z x = L(0.5) * fields[0];
+      const Z y = fields[1] * half_inverse_q;
+      const Z hx = fields[2] * half_inverse_n;
+      const Z hy = fields[3] * half_inverse_w;
+      t[0] = x + hy;
+      t[1] = y - hx;
+      t[2] = x - hy;
+      t[3] = -(y + hx);
+    }
+  };
+  struct IntoTensor {
+    const Matrix4<L>& A;
+
+    TOLVIK_INLINE IntoTensor(const MatrixEntry&, const Modes& upper) : A(upper.inverse) {}
+    TOLVIK_INLINE void operator()(const Z (&f)[4], Z (&t)[4]) const {
+      for (int c = 0; c < 4; ++c) {
+        t[c] = MulAdd(f[3], A(3, c), MulAdd(f[2], A(2, c), MulAdd(f[1], A(1, c), f[0] * A(0, c))));
+      }
+    }
+  };
+
+  // Fields (ex, ey, hx, hy) of wave r below the interface; of scalar matter in the order sigma and pi down,
+  // sigma and pi up.
+  TOLVIK_INLINE static void GetFields(const Modes& lower, bool scalar, int r, Z (&fields)[4]) {
+    if (!scalar) {
+      for (int k = 0; k < 4; ++k) fields[k] = lower.D(r, k);
+    } else if (r % 2 == 0) {
+      fields[0] = Z(L(1.0));
+      fields[1] = fields[2] = Z();
+      fields[3] = r == 0 ? lower.w : -lower.w;
+    } else {
+      fields[0] = fields[3] = Z();
+      fields[1] = r == 1 ? lower.q : -lower.q;
+      fields[2] = -lower.n;
+    }
+  }
+
+  // Row by row of T.
+  template <class Into, bool scalar_below>
+  [[gnu::noinline]] void CrossTensors(const MatrixEntry& entry, const MatrixEntry& above, const Modes& lower,
+                                      const Modes& upper) {
+    const Into into(above, upper);
+    const InterfaceRoughness<V> roughness(entry.sigma * stack_.k0, lower.kappa, upper.kappa);
+    Z sum[2][4];
+#pragma GCC unroll 4
+    for (int r = 0; r < 4; ++r) {
+      Z fields[4], t[4];
+      GetFields(lower, scalar_below, r, fields);
+      into(fields, t);
+      roughness.Apply(r, lower.kappa[r], upper.kappa, t);
+      for (int row = 0; row < 2; ++row) {
+        const Z amplitude = rows_(row, r);
+        for (int c = 0; c < 4; ++c) sum[row][c] = MulAdd(amplitude, t[c], sum[row][c]);
+      }
+    }
+    for (int row = 0; row < 2; ++row) {
+      for (int c = 0; c < 4; ++c) rows_(row, c) = sum[row][c];
+    }
+  }
+
+  // The two roughness factors, of opposite waves and of waves that run the same way, as one ratio: what all
+  // amplitudes have in common is no matter to reflection.
+  TOLVIK_INLINE Z OppositeRoughness(const MatrixEntry& entry, const Z& lower, const Z& upper) {
+    const double sigma_k0 = entry.sigma * stack_.k0;
+    const L scale(-0.5 * sigma_k0 * sigma_k0);
+    if (stack_.transmission) {
+      const Z difference = upper - lower;
+      const Z along = exp(scale * (difference * difference));
+      for (int row = 0; row < 2; ++row) {
+        for (int c = 0; c < 4; ++c) rows_(row, c) *= along;
+      }
+    }
+    return exp((L(4.0) * scale) * (upper * lower));
+  }
+
+  // The fields that both pairs of waves bring to the interface are summed with the roughness as the waves
+  // down see it, and once more as the waves up see it.
+  [[gnu::noinline]] void CrossFirstOrder(const MatrixEntry& entry, const Modes& lower, const Modes& upper) {
+    const FirstOrderWaves<L>& waves = lower.waves;
+    const bool rough = entry.sigma != 0.0;
+    Z opposite(L(1.0));
+    if (rough) opposite = OppositeRoughness(entry, waves.kappa, upper.waves.kappa);
+    for (int row = 0; row < 2; ++row) {
+      Z fields[2][4];
+      for (int up = 0; up < 2; ++up) {
+        const Z sigma = rows_(row, 2 * up), pi = rows_(row, 2 * up + 1);
+        fields[up][0] = sigma;
+        fields[up][1] = MulAdd(sigma, waves.ey[2 * up], pi * waves.ey[2 * up + 1]);
+        fields[up][2] = NegMulAdd(pi, waves.n, sigma * waves.hx[up]);
+        fields[up][3] = MulAdd(sigma, up == 0 ? waves.kappa : -waves.kappa, pi * waves.hy[up]);
+      }
+      Z down[4], back[4];
+      for (int k = 0; k < 4; ++k) {
+        down[k] = rough ? MulAdd(opposite, fields[1][k], fields[0][k]) : fields[0][k] + fields[1][k];
+        back[k] = rough ? MulAdd(opposite, fields[0][k], fields[1][k]) : down[k];
+      }
+      upper.solution.Solve(down, 1, rows_(row, 0), rows_(row, 1));
+      upper.solution.Solve(back, -1, rows_(row, 2), rows_(row, 3));
+    }
+  }
+
+  // Both sides scalar: T joins sigma with sigma, pi with pi only.
+  [[gnu::noinline]] void CrossScalar(const MatrixEntry& entry, const Modes& lower, const Modes& upper) {
+    const L half(0.5);
+    const Z ratio = lower.w * upper.inverse_w;
+    const Z field = Broadcast<V>(entry.across_index);
+    const Z pi_ratio = ratio * Broadcast<V>(entry.along_index);
+    const Z along[2] = {half + half * ratio, field + pi_ratio};
+    Z opposite[2] = {half - half * ratio, field - pi_ratio};
+    if (entry.sigma != 0.0) {
+      const Z factor = OppositeRoughness(entry, lower.w, upper.w);
+      for (int c = 0; c < 2; ++c) opposite[c] *= factor;
+    }
+    for (int row = 0; row < 2; ++row) {
+      for (int c = 0; c < 2; ++c) {
+        const Z down = rows_(row, c), up = rows_(row, c + 2);
+        rows_(row, c) = MulAdd(down, along[c], up * opposite[c]);
+        rows_(row, c + 2) = MulAdd(down, opposite[c], up * along[c]);
+      }
+    }
+  }
+
+  [[gnu::noinline]] void Propagate(const MatrixEntry& entry, const Modes& modes) {
+    const L length(stack_.k0 * entry.d);
+    L steepest = abs(modes.kappa[0].imag());
+    if (IsTensor(entry)) {
+      for (int c = 0; c < 4; ++c) {
+        steepest = Max(steepest, abs(modes.kappa[c].imag()));
+        const Z e = modes::PropagationFactor<L>(L(stack_.k0), L(entry.d), modes.kappa[c]);
+        for (int row = 0; row < 2; ++row) rows_(row, c) *= e;
+      }
+    } else {
+      if (entry.kind == ModeKind::kFirstOrder) TurnFields(length, modes.waves);
+      const Z e = modes::PropagationFactor<L>(L(stack_.k0), L(entry.d), modes.kappa[0]);
+      const Z f = Inverse(e);
+      for (int row = 0; row < 2; ++row) {
+        for (int c = 0; c < 4; ++c) rows_(row, c) *= c < 2 ? e : f;
+      }
+    }
+    growth_ = MulAdd(length + length, steepest, growth_);
+  }
+
+  // The magnetisation turns sigma into pi on the way.
+  void TurnFields(L length, const FirstOrderWaves<L>& waves) {
+    const Z a = length * waves.turn[0], b = length * waves.turn[1];
+    for (int row = 0; row < 2; ++row) {
+      const Z down_sigma = rows_(row, 0), down_pi = rows_(row, 1);
+      const Z up_sigma = rows_(row, 2), up_pi = rows_(row, 3);
+      rows_(row, 0) = MulAdd(down_pi, a, down_sigma);
+      rows_(row, 1) = NegMulAdd(down_sigma, a, down_pi);
+      rows_(row, 2) = NegMulAdd(up_pi, b, up_sigma);
+      rows_(row, 3) = MulAdd(up_sigma, b, up_pi);
+    }
+  }
+
+  void StoreRay(const double* ray, int used, double* out) const {
+    const L intensity = CalcRayIntensity<L>(rows_, stack_.transmission, ray);
+    const Z product = rows_(0, 0) * rows_(1, 1);
+    const Z delta = NegMulAdd(rows_(0, 1), rows_(1, 0), product);
+    const Mask<V> sure = smallest2_ > L(kSmallest2) && growth_ <= L(stack_.largest_growth) &&
+                         norm(delta) > L(kSmallestDelta2) * norm(product);
+    alignas(64) double values[L::size];
+    Select(sure, intensity, L(std::numeric_limits<double>::quiet_NaN())).Store(values);
+    for (int i = 0; i < used; ++i) out[i] = values[i];
+  }
+
+  const MatrixStack& stack_;
+  const GrazingAngles<V> angles_;
+  L smallest2_, growth_;
+  Matrix4<L> rows_;  // the first two
+  Modes modes_[2];
+};
+
+}  // namespace tolvik::engine::lanes

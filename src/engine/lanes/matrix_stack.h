@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// What the matrix algorithms need to know of a stack, laid out for the kernels: plain numbers and pointers.
+#pragma once
+
+#include <cstdint>
+
+namespace tolvik::engine::lanes {
+
+/// How the four waves of an entry are found.
+enum class ModeKind : std::uint8_t { kScalar, kTetragonal, kGeneral, kFirstOrder };
+
+/// A complex number in memory.
+struct Pair {
+  double real, imag;
+};
+
+/// One entry of the profile as the kernels see it.
+struct MatrixEntry {
+  ModeKind kind;
+  bool guarded;       ///< absorption alone does not keep the normal wavevector away from 0
+  double d;           ///< thickness, Å
+  double sigma;       ///< roughness of the interface above, Å
+  Pair index;         ///< n
+  Pair inverse;       ///< 1 / n
+  Pair chi;           ///< n² - 1
+  Pair strength;      ///< Q of the first-order algorithm
+  Pair along_index;   ///< n_upper / (2 n) and
+  Pair across_index;  ///< n / (2 n_upper) at the interface above
+  Pair tensor[9];     ///< row major
+};
+
+/// A stack at one k0. Interface j lies above entry j; entry 0 is the substrate.
+struct MatrixStack {
+  const MatrixEntry* entry;
+  std::int32_t entries;        ///< at least 2
+  bool first_order;            ///< the first-order algorithm
+  bool transmission;           ///< what goes through instead of what comes back
+  double k0;                   ///< Å⁻¹
+  double direction[3];         ///< direction cosines of the magnetisation, for the first-order algorithm
+  double largest_growth;       ///< largest sum of 2 k0 d |Im kappa| that lanes may judge
+  const double* polarisation;  ///< eight numbers, per ray sigma and pi as complex numbers
+};
+
+/// Intensities of both rays at count angles, given as s = sin θ, 0 <= s <= 1; second may be null. An angle
+/// that the plain algorithm has to judge gets a NaN.
+using MatrixKernel = void (*)(const MatrixStack& stack, const double* s, std::int32_t count, double* first,
+                              double* second);
+
+}  // namespace tolvik::engine::lanes
