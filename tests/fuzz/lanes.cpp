@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Differential fuzzing of the lanes: any numbers in any field of a stack. Where the plain recursion gives a
-// number, each lane set gives one as near to the truth, where it gives NaN or infinity so do they, and an
-// angle alone gives the bits that it has in a batch.
+// Differential fuzzing of the lanes: any numbers in any field of a stack, magnetic ones included. Where the
+// plain algorithm gives a number, each lane set gives one as near to the truth, where it gives NaN or
+// infinity so do they, and an angle alone gives the bits that it has in a batch.
+#include <algorithm>
 #include <cmath>
+#include <complex>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -48,15 +50,35 @@ struct Case {
   IntensityOptions<double> options;
 };
 
+// Tensors of a moment in any direction, or of strain.
+void ReadTensor(Input& input, CLayer<double>& layer) {
+  const std::complex<double> n(1.0 - layer.layer_delta, layer.layer_beta);
+  layer.magnetic = 1;
+  for (const int diagonal : {0, 4, 8}) layer.epsilon[diagonal] = n * n;
+  const unsigned kind = input.Byte();
+  if (kind % 4 == 0) layer.epsilon[8] += std::complex<double>(input.Number(1e-4), 0.0);
+  for (const int element : {1, 2, 5}) {
+    const double real = input.Number(1e-3);
+    const std::complex<double> turn(real, input.Number(1e-3));
+    layer.epsilon[element] = turn;
+    layer.epsilon[element == 5 ? 7 : 3 * element] = kind % 16 == 1 ? turn : -turn;
+  }
+}
+
 Case ReadCase(Input& input) {
   Case result;
-  const unsigned entries = input.Byte() % 9;
+  const unsigned shape = input.Byte();
+  const unsigned entries = shape % 9;
+  const bool tensors = shape >= 128;
+  result.options.transmission = shape % 2 != 0 && tensors;
   result.options.algorithm = static_cast<std::int32_t>(input.Byte() % 3);
   result.options.magnetic = input.Byte() % 2 != 0;
   result.options.tolerance = 5e-5;
   result.k0 = input.Number(8.0);
   result.options.polarisation[0] = result.options.polarisation[6] = 1;
   result.options.polarisation[2] = input.Number(1.0);
+  if (tensors) result.options.maggamma = input.Number(360.0);
+  if (tensors) result.options.magphi = input.Number(180.0);
   for (unsigned j = 0; j < entries; ++j) {
     CLayer<double> layer;
     layer.layer_delta = input.Number(1e-4);
@@ -65,6 +87,7 @@ Case ReadCase(Input& input) {
     layer.layer_sigma = input.Number(20.0);
     layer.layer_ddelta = input.Number(1e-5);
     layer.layer_dbeta = input.Number(1e-6);
+    if (tensors) ReadTensor(input, layer);
     result.layers.push_back(layer);
   }
   for (unsigned count = 1 + input.Byte() % 20; count > 0; --count) {
@@ -86,11 +109,18 @@ std::vector<double> Calculate(const Case& test, const std::vector<double>& angle
     entry.layer_sigma = T(layer.layer_sigma);
     entry.layer_ddelta = T(layer.layer_ddelta);
     entry.layer_dbeta = T(layer.layer_dbeta);
+    entry.magnetic = layer.magnetic;
+    for (int i = 0; i < 9; ++i) {
+      entry.epsilon[i] = Cplx<T>(T(layer.epsilon[i].real()), T(layer.epsilon[i].imag()));
+    }
     profile.Append(entry);
   }
   IntensityOptions<T> options;
   options.algorithm = test.options.algorithm;
   options.magnetic = test.options.magnetic;
+  options.transmission = test.options.transmission;
+  options.maggamma = T(test.options.maggamma);
+  options.magphi = T(test.options.magphi);
   options.tolerance = T(test.options.tolerance);
   for (int i = 0; i < 8; ++i) options.polarisation[i] = test.options.polarisation[i];
   std::vector<T> sines(angles.begin(), angles.end());
@@ -110,6 +140,24 @@ bool SameBits(double a, double b) {
   return std::memcmp(&a, &b, sizeof a) == 0 || (std::isnan(a) && std::isnan(b));
 }
 
+// How far the plain path is off at stacks next to this one. Waves of a magnetic entry that nearly coincide
+// turn rounding errors into large ones.
+double NoiseAt(const Case& test, std::size_t i) {
+  double largest = 0.0;
+  for (int turn = -8; turn <= 8; ++turn) {
+    Case moved = test;
+    for (CLayer<double>& layer : moved.layers) {
+      for (std::complex<double>& element : layer.epsilon) element *= 1.0 + turn * 0x1p-52;
+    }
+    const std::vector<double> angle = {test.sines[i / 2] * (1.0 - (turn & 3) * 0x1p-52)};
+    const double plain = Calculate<double>(moved, angle, LaneSet::kPlain)[i % 2];
+    const double exact = Calculate<long double>(moved, angle, LaneSet::kPlain)[i % 2];
+    if (!std::isfinite(exact) || !std::isfinite(plain)) return std::numeric_limits<double>::infinity();
+    largest = std::max(largest, std::abs(plain - exact));
+  }
+  return largest;
+}
+
 void Check(const Case& test, LaneSet set, const std::vector<double>& plain,
            const std::vector<double>& exact) {
   const std::vector<double> lane = Calculate<double>(test, test.sines, set);
@@ -122,7 +170,8 @@ void Check(const Case& test, LaneSet set, const std::vector<double>& plain,
     // Coarse on purpose: the unit tests hold lanes to the conditioning.
     const double granted = 1e-6 * std::abs(plain[i]) + 1e-20;
     if (std::abs(lane[i] - plain[i]) <= granted || !std::isfinite(exact[i])) continue;
-    if (std::abs(lane[i] - exact[i]) > 2 * std::abs(plain[i] - exact[i]) + granted) std::abort();
+    if (std::abs(lane[i] - exact[i]) <= 2 * std::abs(plain[i] - exact[i]) + granted) continue;
+    if (std::abs(lane[i] - exact[i]) > 1000 * NoiseAt(test, i) + granted) std::abort();
   }
   const std::vector<double> alone = Calculate<double>(test, {test.sines.back()}, set);
   if (!SameBits(alone[0], lane[lane.size() - 2]) || !SameBits(alone[1], lane.back())) std::abort();
