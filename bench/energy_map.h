@@ -42,11 +42,12 @@ inline CState MakeMapState() {
   return state;
 }
 
-/// The points; with kUnreachableQz for the first each of them ends before its kernel.
+/// The points, energy running fastest as in the command; with kUnreachableQz for the first each of them ends
+/// before its kernel.
 inline CSolution MakeMapPoints(double first_qz = 0.001) {
   CSolution solution;
-  for (int e = 0; e < kEnergies; ++e) {
-    for (int q = 0; q < kQz; ++q) {
+  for (int q = 0; q < kQz; ++q) {
+    for (int e = 0; e < kEnergies; ++e) {
       solution.dataset_eng.Append(601.0 + 0.9 * e);
       solution.dataset_qz.Append(first_qz + 0.5 * q / kQz);
     }

@@ -2,6 +2,7 @@
 // The exported calculations: each picks the number type by the state's precision.
 #include "engine/curve.h"
 #include "engine/dichroism.h"
+#include "engine/energy_run.h"
 #include "engine/escan.h"
 #include "engine/escan_parallel.h"
 #include "engine/number.h"
@@ -27,6 +28,14 @@ std::int32_t WithNumberType(std::int32_t precision, Call call) {
 }
 
 }  // namespace
+
+void CalcRunOfPoints(CSolution& points, CState& state) {
+  WithNumberType(state.precision, [&]<class T>() {
+    CalcEnergyRun<T>(points, state);
+    return kSuccess;
+  });
+}
+
 }  // namespace tolvik::engine
 
 std::int32_t CalcReflectivityDLL(tolvik::CSolution* solution, tolvik::CState* state) {

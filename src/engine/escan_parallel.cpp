@@ -5,8 +5,10 @@
 
 #include <algorithm>
 #include <memory>
+#include <span>
 #include <vector>
 
+#include "engine/energy_run.h"
 #include "engine/processors.h"
 #include "tolvik/tolvik.h"
 
@@ -59,6 +61,51 @@ void CalcPoint(CSolution& solution, std::int32_t i, CState& state) {
   if (i < solution.dataset_R0.size) solution.dataset_R0[i] = point.dataset_R0[0];
 }
 
+/// What a thread works on where points share energies.
+struct RunContext : CEScanContext {
+  const EnergyRuns* runs = nullptr;
+};
+
+// Enough points to fill the lanes, and few enough that no processor waits long for the last run.
+std::int32_t LongestRun(std::int32_t points, std::int32_t processors) {
+  constexpr std::int32_t kShortest = 16, kLongest = 128, kRunsPerProcessor = 8;
+  return std::clamp(points / kRunsPerProcessor / processors, kShortest, kLongest);
+}
+
+void CalcRun(CSolution& solution, std::span<const std::int32_t> indices, CState& state) {
+  CSolution points;
+  for (const std::int32_t i : indices) {
+    points.dataset_qz.Append(solution.dataset_qz[i]);
+    points.dataset_eng.Append(solution.dataset_eng[i]);
+    points.dataset_R0.Append(solution.dataset_R0[i]);
+  }
+  CalcRunOfPoints(points, state);
+  std::int32_t next = 0;
+  for (const std::int32_t i : indices) solution.dataset_R0[i] = points.dataset_R0[next++];
+}
+
+/// Body of a thread that takes runs of points.
+void* EnergyRunThread(void* context) {
+  auto& scan = *static_cast<RunContext*>(context);
+  const auto count = static_cast<std::int32_t>(scan.runs->runs.size());
+  for (;;) {
+    const std::int32_t next = TakePoints(*scan.nextindex, 1);
+    if (next >= count) break;
+    const EnergyRun run = scan.runs->runs[static_cast<std::size_t>(next)];
+    try {
+      CalcRun(*scan.solution, {scan.runs->points.data() + run.begin, scan.runs->points.data() + run.end},
+              scan.state);
+    } catch (...) {  // want of memory: the points keep their values, the process goes on
+    }
+  }
+  mpfr_free_cache2(MPFR_FREE_LOCAL_CACHE);
+  return nullptr;
+}
+
+void* RunScan(RunContext& context) {
+  return context.runs != nullptr ? EnergyRunThread(&context) : EScanThread(&context);
+}
+
 // Scans leave the foreground to others. Policies without priorities refuse this, and the thread runs as any.
 void LowerPriority(pthread_attr_t& attributes) {
   sched_param parameters;
@@ -67,11 +114,12 @@ void LowerPriority(pthread_attr_t& attributes) {
   pthread_attr_setschedparam(&attributes, &parameters);
 }
 
-bool StartThread(ThreadStarter start, pthread_t& handle, CEScanContext& context) {
+bool StartThread(ThreadStarter start, pthread_t& handle, RunContext& context) {
   pthread_attr_t attributes;
   if (pthread_attr_init(&attributes) != 0) return false;
   LowerPriority(attributes);
-  const bool started = start(&handle, &attributes, EScanThread, &context) == 0;
+  const auto body = [](void* each) { return RunScan(*static_cast<RunContext*>(each)); };
+  const bool started = start(&handle, &attributes, body, &context) == 0;
   pthread_attr_destroy(&attributes);
   return started;
 }
@@ -89,8 +137,8 @@ class ScanThreads {
   ScanThreads& operator=(const ScanThreads&) = delete;
 
   /// False when no more threads are to be had.
-  bool Start(const CEScanContext& shared, const CState& state) {
-    auto context = std::make_unique<CEScanContext>(shared);
+  bool Start(const RunContext& shared, const CState& state) {
+    auto context = std::make_unique<RunContext>(shared);
     context->state = state;
     pthread_t handle;
     if (!StartThread(start_, handle, *context)) return false;
@@ -102,7 +150,7 @@ class ScanThreads {
 
  private:
   ThreadStarter start_;
-  std::vector<std::unique_ptr<CEScanContext>> contexts_;
+  std::vector<std::unique_ptr<RunContext>> contexts_;
   std::vector<pthread_t> handles_;
 };
 
@@ -128,13 +176,18 @@ void* EScanThread(void* context) {
 
 void ScanInThreads(CSolution& solution, const CState& state, ThreadStarter start) noexcept {
   std::int32_t next = 0;
-  CEScanContext shared;
+  EnergyRuns runs;
+  RunContext shared;
   shared.pointcount = solution.dataset_qz.size;
   shared.nextindex = &next;
   shared.solution = &solution;
   try {
     SystemInfo info;
     GetSystemInfo(info);
+    if (MayReorderPoints(state) &&
+        CollectEnergyRuns(solution, LongestRun(shared.pointcount, info.processors), runs)) {
+      shared.runs = &runs;
+    }
     ScanThreads threads(static_cast<std::size_t>(info.processors), start);
     for (std::int32_t t = 0; t < info.processors; ++t) {
       if (!threads.Start(shared, state)) break;
@@ -145,7 +198,7 @@ void ScanInThreads(CSolution& solution, const CState& state, ThreadStarter start
   }
   try {
     shared.state = state;
-    EScanThread(&shared);
+    RunScan(shared);
   } catch (...) {  // not even one copy: all points keep their values
   }
 }

@@ -27,8 +27,10 @@ void* EScanThread(void* context);
 /// How a thread is started; as pthread_create.
 using ThreadStarter = int (*)(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
 
-/// Runs EScanThread in one thread for each processor, with a copy of the state each, and waits for all. Where
-/// threads or memory are short there are fewer, down to the caller's own. Never throws.
+/// Calculates a scan by EScanThread in one thread for each processor, with a copy of the state each, and
+/// waits for all. Where energies repeat and the order of points does not matter (energy_run.h), the threads
+/// take runs of points of one energy instead. Where threads or memory are short there are fewer, down to the
+/// caller's own. Never throws.
 void ScanInThreads(CSolution& solution, const CState& state, ThreadStarter start = pthread_create) noexcept;
 
 }  // namespace tolvik::engine

@@ -68,6 +68,19 @@ void InterpolateColumnTable(CColumnTable& table, double energy, std::span<double
   }
 }
 
+bool IsColumnTableAscending(const CColumnTable& table) {
+  for (std::uint32_t i = 0; i + 1 < table.count; ++i) {
+    if (!(table.rows[i].energy < table.rows[i + 1].energy)) return false;
+  }
+  return table.count != 1 || !std::isnan(table.rows[0].energy);
+}
+
+void MoveCursorBelow(CColumnTable& table, double energy) {
+  const CColumnRow* at = std::lower_bound(table.begin(), table.end(), energy,
+                                          [](const CColumnRow& row, double e) { return row.energy < e; });
+  table.cursor = at == table.begin() ? 0 : static_cast<std::uint32_t>(at - table.begin()) - 1;
+}
+
 bool IsEnergyInColumnTable(const CColumnTable& table, double energy) {
   return table.count > 0 && table.rows[0].energy <= energy && energy <= table.rows[table.count - 1].energy;
 }

@@ -28,6 +28,14 @@ void SortColumnTable(CColumnTable& table);
 /// neighbouring energies cost next to nothing; table.cursor moves, hence one thread a table.
 void InterpolateColumnTable(CColumnTable& table, double energy, std::span<double> values);
 
+/// True when every energy is a number above the one before. In such a table the interpolation is a function
+/// of the energy, but for the rounding at the energy of a row, which a walk may reach from above or below.
+bool IsColumnTableAscending(const CColumnTable& table);
+
+/// Moves the cursor of an ascending table so that the next walk to energy comes from below, as the first walk
+/// of a new table does.
+void MoveCursorBelow(CColumnTable& table, double energy);
+
 /// True when the table has rows and energy lies between the first and the last, both included.
 bool IsEnergyInColumnTable(const CColumnTable& table, double energy);
 

@@ -244,5 +244,43 @@ TEST(ColumnTable, AssignmentUsesRowsOfTheSameShapeAgain) {
   EXPECT_EQ(other.capacity, 2);
 }
 
+TEST(ColumnTable, KnowsWhetherItAscends) {
+  EXPECT_TRUE(IsColumnTableAscending(MakeTable({})));
+  EXPECT_TRUE(IsColumnTableAscending(MakeTable({5})));
+  EXPECT_TRUE(IsColumnTableAscending(MakeTable({1, 2, kInf})));
+  EXPECT_FALSE(IsColumnTableAscending(MakeTable({kNan})));
+  EXPECT_FALSE(IsColumnTableAscending(MakeTable({1, 2, 2, 3})));
+  EXPECT_FALSE(IsColumnTableAscending(MakeTable({1, 3, 2})));
+  EXPECT_FALSE(IsColumnTableAscending(MakeTable({1, kNan, 3})));
+}
+
+// Wherever the cursor stood, the walk takes the rows that the walk from the first row takes. The values are
+// such that the two ways to the energy of a row round differently.
+TEST(ColumnTable, ACursorMovedBelowWalksAsInANewTable) {
+  std::mt19937 random(5);
+  std::uniform_real_distribution<double> uniform(-1, 1);
+  CColumnTable table = MakeTable({1, 2, 3, 4, 5, 6, 7, 8});
+  for (CColumnRow& row : table) row.values[0] = uniform(random);
+  int different = 0;
+  for (double energy : {-1.0, 1.0, 1.5, 2.0, 3.0, 3.5, 4.0, 5.0, 6.0, 7.0, 7.5, 8.0, 9.0}) {
+    for (std::uint32_t cursor = 0; cursor < 8; ++cursor) {
+      CColumnTable fresh = table, moved = table, kept = table;
+      kept.cursor = moved.cursor = cursor;
+      MoveCursorBelow(moved, energy);
+      EXPECT_LT(moved.cursor, moved.count);
+      const double expected = At(fresh, energy);
+      EXPECT_EQ(At(moved, energy), expected) << energy << " from " << cursor;
+      different += At(kept, energy) != expected;
+    }
+  }
+  EXPECT_GT(different, 0) << "the values would not tell";
+}
+
+TEST(ColumnTable, AnEmptyTableHasNoCursorToMove) {
+  CColumnTable table(1);
+  MoveCursorBelow(table, 5);
+  EXPECT_EQ(table.cursor, 0u);
+}
+
 }  // namespace
 }  // namespace tolvik

@@ -40,6 +40,10 @@ void RunScript(CScriptPointer& host);
 /// The three pointers that InitScriptHost left in the registry of L; null where there are none.
 void GetScriptPointers(lua_State* L, CState*& state, void*& chart, void*& debugwindow);
 
+/// True when a run of the state's script would do nothing but exchange the four globals with the state: it is
+/// disabled, or its lines are empty and the names of the elements plain.
+bool IsScriptIdle(const CState& state);
+
 class ScriptImage;
 
 /// One script host for one calculation: opens Lua and compiles the state's script at construction, calls its

@@ -6,10 +6,14 @@
 
 namespace tolvik {
 
+bool IsScriptIdle(const CState& state) {
+  return state.disablescript != 0 || (AreLinesEmpty(state.scriptlines) && IsPreludePlain(state));
+}
+
 ScriptSession::ScriptSession(CState& state) : state_(state) {
   if (state.disablescript != 0) return;
   // Nothing to run and nothing in the names of the elements that could fail: Lua is not needed.
-  empty_ = AreLinesEmpty(state.scriptlines) && IsPreludePlain(state);
+  empty_ = IsScriptIdle(state);
   if (empty_) return;
   host_ = ScriptImage::Take();
   host_->Begin(state);

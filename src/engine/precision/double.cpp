@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "engine/curve.tpp"
 #include "engine/dichroism.tpp"
+#include "engine/energy_run.tpp"
 #include "engine/escan.tpp"
 #include "engine/modes.tpp"
 #include "engine/quartic.tpp"
@@ -9,6 +10,7 @@ namespace tolvik::engine {
 
 template std::int32_t CalcReflectivityCurve<double>(CSolution&, CState&);
 template std::int32_t CalcEScanCurve<double>(CSolution&, CState&);
+template void CalcEnergyRun<double>(CSolution&, CState&);
 template std::int32_t CalcAsymmetryCurve<double>(CSolution&, CState&);
 template std::int32_t CalcDicEScanCurve<double>(CSolution&, CState&);
 
