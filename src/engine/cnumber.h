@@ -10,6 +10,7 @@
 
 #include <cstring>
 
+#include "engine/cnumber_functions.h"
 #include "engine/number.h"
 
 namespace tolvik::engine {
@@ -18,7 +19,7 @@ namespace tolvik::engine {
 /// included. Conversion to double rounds to nearest; what a double can't hold becomes 0 or infinity.
 class CNumber {
  public:
-  static constexpr mpfr_prec_t kBits = 200;
+  static constexpr mpfr_prec_t kBits = kFunctionBits;
 
   CNumber() noexcept { mpfr_custom_init_set(value_, MPFR_ZERO_KIND, 0, kBits, limbs_); }
   explicit CNumber(double x) {
@@ -82,7 +83,11 @@ class CNumber {
   friend CNumber sqrt(const CNumber& x) { return Apply(mpfr_sqrt, x); }
   friend CNumber sin(const CNumber& x) { return Apply(mpfr_sin, x); }
   friend CNumber cos(const CNumber& x) { return Apply(mpfr_cos, x); }
-  friend CNumber exp(const CNumber& x) { return Apply(mpfr_exp, x); }
+  friend CNumber exp(const CNumber& x) {
+    CNumber result((Uninitialised()));
+    ExpOf(result.value_, x.value_);
+    return result;
+  }
   friend CNumber log(const CNumber& x) { return Apply(mpfr_log, x); }
   friend CNumber asin(const CNumber& x) { return Apply(mpfr_asin, x); }
   friend CNumber abs(const CNumber& x) { return Apply(mpfr_abs, x); }
@@ -93,7 +98,7 @@ class CNumber {
 
   /// Sine and cosine of one angle in one call.
   friend void SinCos(const CNumber& x, CNumber& sine, CNumber& cosine) {
-    mpfr_sin_cos(sine.value_, cosine.value_, x.value_, MPFR_RNDN);
+    SinCosOf(sine.value_, cosine.value_, x.value_);
   }
 
   friend bool isnan(const CNumber& x) { return mpfr_nan_p(x.value_) != 0; }

@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// Exponential, sine and cosine of numbers of 200 bits, the same bits as MPFR's, in a third of the time.
+#pragma once
+
+#include <mpfr.h>
+
+namespace tolvik::engine {
+
+/// The precision that the functions below serve.
+inline constexpr mpfr_prec_t kFunctionBits = 200;
+
+/// result = exp(x), rounded to nearest: what mpfr_exp gives, bit for bit, special values included. Both
+/// numbers have kFunctionBits; they may be one. The flags of MPFR may differ.
+void ExpOf(mpfr_ptr result, mpfr_srcptr x);
+
+/// sine = sin(x) and cosine = cos(x), rounded to nearest: what mpfr_sin_cos gives. All have kFunctionBits; x
+/// may be one of the results.
+void SinCosOf(mpfr_ptr sine, mpfr_ptr cosine, mpfr_srcptr x);
+
+}  // namespace tolvik::engine
