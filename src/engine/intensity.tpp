@@ -63,14 +63,13 @@ void CalcSample(Profile<T>& profile, const T& k0, const IntensityOptions<T>& opt
   }
 }
 
-/// Whether lanes have calculated the batch; what they left is not finite.
 template <Number T>
-bool TryLanes(const Profile<T>& profile, const T& k0, const IntensityOptions<T>& options, std::int32_t count,
-              const T* s, T* first, T* second, IntensityWork<T>& work) {
+lanes::LanesLeave TryLanes(const Profile<T>& profile, const T& k0, const IntensityOptions<T>& options,
+                           std::int32_t count, const T* s, T* first, T* second, IntensityWork<T>& work) {
   if constexpr (lanes::HasLanes<T>) {
     return lanes::CalcByLanes<T>(profile, k0, options, count, s, first, second, work.lanes);
   } else {
-    return false;
+    return lanes::LanesLeave::kAll;
   }
 }
 
@@ -81,7 +80,9 @@ BatchOutcome CalcIntensities(Profile<T>& profile, const T& k0, const IntensityOp
                              std::int32_t count, const T* s, T* first, T* second, IntensityWork<T>& work) {
   BatchOutcome outcome;
   try {
-    const bool by_lanes = intensity_detail::TryLanes<T>(profile, k0, options, count, s, first, second, work);
+    const auto left = intensity_detail::TryLanes<T>(profile, k0, options, count, s, first, second, work);
+    if (left == lanes::LanesLeave::kNothing) outcome.done = count;
+    const bool by_lanes = left != lanes::LanesLeave::kAll;
     while (outcome.done < count) {
       const std::int32_t i = outcome.done;
       if (by_lanes && isfinite(first[i]) && (second == nullptr || isfinite(second[i]))) {

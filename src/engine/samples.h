@@ -6,6 +6,7 @@
 // sum of its samples, and nothing is known of later points.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <exception>
 #include <vector>
@@ -25,21 +26,26 @@ class SampleBlock {
   /// both_rays: also calculate the second ray.
   explicit SampleBlock(bool both_rays) : both_rays_(both_rays) {}
 
-  void Clear() {
-    sines_.clear();
-    weights_.clear();
+  /// Begins anew, for that many points of that many samples at most.
+  void Clear(std::int32_t points, std::int32_t samples) {
+    count_ = 0;
     ends_.clear();
+    const auto most = static_cast<std::size_t>(points) * static_cast<std::size_t>(samples);
+    if (sines_.size() >= most) return;
+    for (std::vector<T>* each : {&sines_, &weights_, &first_}) each->resize(most);
+    if (both_rays_) second_.resize(most);
   }
 
   /// Opens the next point. Its samples are then added; a point without samples sums to 0.
-  void BeginPoint() { ends_.push_back(Count()); }
+  void BeginPoint() { ends_.push_back(count_); }
 
   /// Adds a sample of the open point at s = sin θ. One without an angle adds nothing.
   void Add(const T& s, const T& weight) {
     if (!HasAngle(s)) return;
-    sines_.push_back(s);
-    weights_.push_back(weight);
-    ++ends_.back();
+    const auto at = static_cast<std::size_t>(count_);
+    sines_[at] = s;
+    weights_[at] = weight;
+    ends_.back() = ++count_;
   }
 
   /// Opens a point at q0 and adds its samples in the order of the rule. stops(s) tells which s ends the
@@ -47,20 +53,29 @@ class SampleBlock {
   template <class Stops>
   bool GatherPoint(const T& q0, const ResolutionRule<T>& rule, const T& k0, Stops stops) {
     BeginPoint();
+    T* s = sines_.data() + count_;
+    T* weight = weights_.data() + count_;
+    bool ordinary = true;
     for (int j = 0; j < rule.samples; ++j) {
-      const T s = GrazingSine(rule.shift[j] + q0, k0);
-      if (stops(s)) return false;
-      Add(s, rule.weight[j]);
+      s[j] = GrazingSine(rule.shift[j] + q0, k0);
+      weight[j] = rule.weight[j];
+      ordinary &= HasAngle(s[j]) && !stops(s[j]);
+    }
+    if (ordinary) {
+      ends_.back() = count_ += rule.samples;
+      return true;
+    }
+    for (int j = 0; j < rule.samples; ++j) {  // what is kept moves to the front
+      if (stops(s[j])) return false;
+      Add(s[j], rule.weight[j]);
     }
     return true;
   }
 
   /// Calculates all samples. Returns what ended the batch early, or null.
   std::exception_ptr Calculate(Profile<T>& profile, const T& k0, const IntensityOptions<T>& options) {
-    first_.resize(sines_.size());
-    second_.resize(both_rays_ ? sines_.size() : 0);
     const BatchOutcome outcome =
-        CalcIntensities<T>(profile, k0, options, Count(), sines_.data(), first_.data(),
+        CalcIntensities<T>(profile, k0, options, count_, sines_.data(), first_.data(),
                            both_rays_ ? second_.data() : nullptr, work_);
     done_ = outcome.done;
     return outcome.error;
@@ -85,11 +100,10 @@ class SampleBlock {
   }
 
  private:
-  std::int32_t Count() const { return static_cast<std::int32_t>(sines_.size()); }
-
   bool both_rays_;
-  std::int32_t done_ = 0;
-  std::vector<T> sines_, weights_;
+  std::int32_t count_ = 0;          // samples gathered
+  std::int32_t done_ = 0;           // of them calculated
+  std::vector<T> sines_, weights_;  // at least count_ long
   std::vector<std::int32_t> ends_;  // of each point, the end of its samples
   std::vector<T> first_, second_;
   IntensityWork<T> work_;

@@ -38,7 +38,7 @@ WalkEnd WalkSamples(const WalkSetting<T>& setting, const CArray<double>& grid, s
   WalkEnd result;
   while (begin < end && result.Complete()) {
     const std::int32_t block_end = begin + std::min(end - begin, kPointsPerBlock);
-    setting.block.Clear();
+    setting.block.Clear(block_end - begin, rule.samples);
     std::int32_t i = begin;
     for (; i < block_end && !result.out_of_reach; ++i) {
       result.out_of_reach = !setting.block.GatherPoint(T(grid[i]), rule, setting.k0, refuse);
@@ -61,7 +61,7 @@ WalkEnd WalkOnce(const WalkSetting<T>& setting, const CArray<double>& grid, Refu
   WalkEnd result;
   std::array<std::int32_t, kPointsPerBlock> points;
   for (std::int32_t i = 0; i < grid.size && result.Complete();) {
-    setting.block.Clear();
+    setting.block.Clear(std::min(grid.size - i, kPointsPerBlock), 1);
     std::size_t count = 0;
     for (; i < grid.size && count < points.size(); ++i) {
       const T s = GrazingSine(T(grid[i]), setting.k0);

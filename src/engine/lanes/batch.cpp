@@ -30,60 +30,57 @@ struct Batch {
   RayShares<T> Two() const { return SharesOf<T>(options.polarisation + 4); }
 
   // Both rays, or the first, on one stack.
-  void CalculateRays(ParrattLanes<T>& parratt) const {
-    if (second != nullptr) {
-      parratt.CalculateBoth(kernels, s, count, One(), first, Two(), second);
-    } else {
-      parratt.Calculate(kernels, s, count, One(), first);
-    }
+  LanesLeave CalculateRays(ParrattLanes<T>& parratt) const {
+    const bool all = second != nullptr ? parratt.CalculateBoth(kernels, s, count, One(), first, Two(), second)
+                                       : parratt.Calculate(kernels, s, count, One(), first);
+    return all ? LanesLeave::kNothing : LanesLeave::kNotFinite;
   }
 };
 
 template <class T>
-bool CalcParratt(const Batch<T>& batch, ParrattLanes<T>& parratt) {
+LanesLeave CalcParratt(const Batch<T>& batch, ParrattLanes<T>& parratt) {
   if (!batch.options.magnetic) {
-    if (!parratt.Prepare(batch.profile, batch.k0, T(0.0))) return false;
-    batch.CalculateRays(parratt);
-    return true;
+    return parratt.Prepare(batch.profile, batch.k0, T(0.0)) ? batch.CalculateRays(parratt) : LanesLeave::kAll;
   }
   // The second ray sees the magnetisation the other way round.
-  if (!parratt.Prepare(batch.profile, batch.k0, T(1.0))) return false;
-  parratt.Calculate(batch.kernels, batch.s, batch.count, batch.One(), batch.first);
-  if (batch.second == nullptr) return true;
-  if (!parratt.Prepare(batch.profile, batch.k0, T(-1.0))) return false;
-  parratt.Calculate(batch.kernels, batch.s, batch.count, batch.Two(), batch.second);
-  return true;
+  if (!parratt.Prepare(batch.profile, batch.k0, T(1.0))) return LanesLeave::kAll;
+  bool all = parratt.Calculate(batch.kernels, batch.s, batch.count, batch.One(), batch.first);
+  if (batch.second != nullptr) {
+    if (!parratt.Prepare(batch.profile, batch.k0, T(-1.0))) return LanesLeave::kAll;
+    all &= parratt.Calculate(batch.kernels, batch.s, batch.count, batch.Two(), batch.second);
+  }
+  return all ? LanesLeave::kNothing : LanesLeave::kNotFinite;
 }
 
 // What a stack of scalar entries reflects follows from the recursion, which is faster.
 template <class T>
-bool CalcScalarMatrix(const Batch<T>& batch, ParrattLanes<T>& parratt) {
+LanesLeave CalcScalarMatrix(const Batch<T>& batch, ParrattLanes<T>& parratt) {
   const IntensityOptions<T>& options = batch.options;
   const bool tensors = options.algorithm == kMatrixOne;
-  if (options.transmission || (!tensors && options.magnetic)) return false;
-  if (!parratt.PrepareMatrix(batch.profile, batch.k0, tensors, options.tolerance)) return false;
-  batch.CalculateRays(parratt);
-  return true;
+  if (options.transmission || (!tensors && options.magnetic)) return LanesLeave::kAll;
+  if (!parratt.PrepareMatrix(batch.profile, batch.k0, tensors, options.tolerance)) return LanesLeave::kAll;
+  return batch.CalculateRays(parratt);
 }
 
 template <class T>
-bool CalcMatrix(const Batch<T>& batch, BatchWork<T>& work) {
-  if (CalcScalarMatrix(batch, work.parratt)) return true;
+LanesLeave CalcMatrix(const Batch<T>& batch, BatchWork<T>& work) {
+  const LanesLeave left = CalcScalarMatrix(batch, work.parratt);
   if constexpr (std::same_as<T, double>) {
-    if (!work.matrix.Prepare(batch.profile, batch.k0, batch.options)) return false;
-    work.matrix.Calculate(batch.kernels, batch.s, batch.count, batch.first, batch.second);
-    return true;
+    if (left == LanesLeave::kAll && work.matrix.Prepare(batch.profile, batch.k0, batch.options)) {
+      work.matrix.Calculate(batch.kernels, batch.s, batch.count, batch.first, batch.second);
+      return LanesLeave::kNotFinite;
+    }
   }
-  return false;
+  return left;
 }
 
 }  // namespace
 
 template <HasLanes T>
-bool CalcByLanes(const Profile<T>& profile, T k0, const IntensityOptions<T>& options, std::int32_t count,
-                 const T* s, T* first, T* second, BatchWork<T>& work) {
+LanesLeave CalcByLanes(const Profile<T>& profile, T k0, const IntensityOptions<T>& options,
+                       std::int32_t count, const T* s, T* first, T* second, BatchWork<T>& work) {
   const Kernels* kernels = ChosenKernels();
-  if (kernels == nullptr || count <= 0) return false;
+  if (kernels == nullptr || count <= 0) return LanesLeave::kAll;
   const Batch<T> batch{*kernels, profile, k0, options, count, s, first, second};
   switch (options.algorithm) {
     case kParratt:
@@ -92,13 +89,13 @@ bool CalcByLanes(const Profile<T>& profile, T k0, const IntensityOptions<T>& opt
     case kMatrixTwo:
       return CalcMatrix(batch, work);
     default:
-      return false;
+      return LanesLeave::kAll;
   }
 }
 
-template bool CalcByLanes(const Profile<float>&, float, const IntensityOptions<float>&, std::int32_t,
-                          const float*, float*, float*, BatchWork<float>&);
-template bool CalcByLanes(const Profile<double>&, double, const IntensityOptions<double>&, std::int32_t,
-                          const double*, double*, double*, BatchWork<double>&);
+template LanesLeave CalcByLanes(const Profile<float>&, float, const IntensityOptions<float>&, std::int32_t,
+                                const float*, float*, float*, BatchWork<float>&);
+template LanesLeave CalcByLanes(const Profile<double>&, double, const IntensityOptions<double>&, std::int32_t,
+                                const double*, double*, double*, BatchWork<double>&);
 
 }  // namespace tolvik::engine::lanes

@@ -30,11 +30,17 @@ struct BatchWork<double> {
   MatrixLanes matrix;
 };
 
-/// Intensities of both rays, as CalcIntensities (engine/intensity.h) describes; second may be null. False:
-/// the plain path has to do the whole batch. Otherwise it has to do each angle with an intensity that is not
-/// finite: lanes decide nothing about overflow, division by zero and NaN.
+/// What lanes leave to the plain path.
+enum class LanesLeave {
+  kNothing,
+  kNotFinite,  ///< each angle with an intensity that is not finite: lanes decide nothing about overflow,
+               ///< division by zero and NaN
+  kAll         ///< the whole batch
+};
+
+/// Intensities of both rays, as CalcIntensities (engine/intensity.h) describes; second may be null.
 template <HasLanes T>
-bool CalcByLanes(const Profile<T>& profile, T k0, const IntensityOptions<T>& options, std::int32_t count,
-                 const T* s, T* first, T* second, BatchWork<T>& work);
+LanesLeave CalcByLanes(const Profile<T>& profile, T k0, const IntensityOptions<T>& options,
+                       std::int32_t count, const T* s, T* first, T* second, BatchWork<T>& work);
 
 }  // namespace tolvik::engine::lanes

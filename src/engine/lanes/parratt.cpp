@@ -124,7 +124,7 @@ bool ParrattLanes<T>::Prepare(const Profile<T>& profile, T k0, T sign) {
     if (!SetIndex(profile[j], entry) || !SetShift(profile[j], sign, entry)) return false;
   }
   stack_.largest_growth = std::numeric_limits<T>::infinity();
-  smallest_sine_ = kSmallestSine<T>;
+  stack_.smallest_sine = kSmallestSine<T>;
   if (!PrepareEntries(profile, k0)) return false;
   ParrattEntry<T>& ambient = entries_.back();
   if (!MayVanishOnTop(entries_[entries_.size() - 2], ambient)) ambient.guarded = false;
@@ -151,7 +151,7 @@ bool ParrattLanes<T>::PrepareMatrix(const Profile<T>& profile, T k0, bool tensor
   T roughness(0.0);
   for (const ParrattEntry<T>& entry : entries_) roughness += entry.roughness;
   stack_.largest_growth = T(2.0) * range;
-  smallest_sine_ = T(1.001e-4);  // the matrix algorithms bound the angle by 1e-4
+  stack_.smallest_sine = T(1.001e-4);  // the matrix algorithms bound the angle by 1e-4
   return stack_.tame && near_vacuum_ && roughness * largest_chi_ < range;
 }
 
@@ -224,48 +224,37 @@ void ParrattLanes<T>::ShareEqualEntries() {
 }
 
 template <class T>
-void ParrattLanes<T>::Calculate(const Kernels& kernels, const T* s, std::int32_t count, RayShares<T> ray,
+bool ParrattLanes<T>::Calculate(const Kernels& kernels, const T* s, std::int32_t count, RayShares<T> ray,
                                 T* intensity) {
-  CalcAmplitudes(kernels, s, count, ray.sigma != T(0.0), ray.pi != T(0.0));
-  Combine(s, count, ray, intensity);
+  const ParrattRay<T> rays[] = {{ray.sigma, ray.pi, intensity}};
+  return CalcRays(kernels, s, count, rays);
 }
 
 template <class T>
-void ParrattLanes<T>::CalculateBoth(const Kernels& kernels, const T* s, std::int32_t count, RayShares<T> one,
+bool ParrattLanes<T>::CalculateBoth(const Kernels& kernels, const T* s, std::int32_t count, RayShares<T> one,
                                     T* first, RayShares<T> two, T* second) {
-  CalcAmplitudes(kernels, s, count, one.sigma != T(0.0) || two.sigma != T(0.0),
-                 one.pi != T(0.0) || two.pi != T(0.0));
-  Combine(s, count, one, first);
-  Combine(s, count, two, second);
+  const ParrattRay<T> rays[] = {{one.sigma, one.pi, first}, {two.sigma, two.pi, second}};
+  return CalcRays(kernels, s, count, rays);
 }
 
 template <class T>
-void ParrattLanes<T>::CalcAmplitudes(const Kernels& kernels, const T* s, std::int32_t count, bool sigma,
-                                     bool pi) {
-  const auto size = static_cast<std::size_t>(count);
+bool ParrattLanes<T>::CalcRays(const Kernels& kernels, const T* s, std::int32_t count,
+                               std::span<const ParrattRay<T>> rays) {
   // A polarisation without a share adds 0 unless it is not a number, and no coefficient of ordinary matter
   // near vacuum is infinite on its own: u_upper and u_lower lie in the same quarter of the plane or nearly
   // so.
-  stack_.wants_sigma = sigma || !near_vacuum_;
-  stack_.wants_pi = pi || !near_vacuum_;
+  stack_.wants_sigma = stack_.wants_pi = !near_vacuum_;
+  for (const ParrattRay<T>& ray : rays) {
+    stack_.wants_sigma |= ray.sigma != T(0.0);
+    stack_.wants_pi |= ray.pi != T(0.0);
+  }
   // Where neither has a share one of them still tells whether the angle has an intensity.
   if (!stack_.wants_sigma && !stack_.wants_pi) stack_.wants_sigma = true;
-  sigma_.resize(size);
-  pi_.resize(size);
-  if (!stack_.wants_sigma) std::fill(sigma_.begin(), sigma_.end(), T(0.0));
-  if (!stack_.wants_pi) std::fill(pi_.begin(), pi_.end(), T(0.0));
+  const auto ray_count = static_cast<std::int32_t>(rays.size());
   if constexpr (std::is_same_v<T, float>) {
-    kernels.parratt_float(stack_, s, count, sigma_.data(), pi_.data());
+    return kernels.parratt_float(stack_, s, count, rays.data(), ray_count);
   } else {
-    kernels.parratt_double(stack_, s, count, sigma_.data(), pi_.data());
-  }
-}
-
-template <class T>
-void ParrattLanes<T>::Combine(const T* s, std::int32_t count, RayShares<T> ray, T* intensity) const {
-  for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
-    const T sum = sigma_[i] * ray.sigma + pi_[i] * ray.pi;
-    intensity[i] = s[i] < smallest_sine_ ? std::numeric_limits<T>::quiet_NaN() : sum;
+    return kernels.parratt_double(stack_, s, count, rays.data(), ray_count);
   }
 }
 

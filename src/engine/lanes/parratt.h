@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "engine/lanes/kernels.h"
@@ -35,25 +36,23 @@ class ParrattLanes {
   bool PrepareMatrix(const Profile<T>& profile, T k0, bool tensors, T tolerance);
 
   /// |Y|² ray.sigma + |X|² ray.pi with the amplitude ratios Y of sigma and X of pi, at count angles given as
-  /// s = sin θ, 0 <= s <= 1. The plain path has to do each angle whose intensity is not finite.
-  void Calculate(const Kernels& kernels, const T* s, std::int32_t count, RayShares<T> ray, T* intensity);
+  /// s = sin θ, 0 <= s <= 1. The plain path has to do each angle whose intensity is not finite; true when
+  /// there is none.
+  bool Calculate(const Kernels& kernels, const T* s, std::int32_t count, RayShares<T> ray, T* intensity);
 
   /// The same for two rays that see the same stack.
-  void CalculateBoth(const Kernels& kernels, const T* s, std::int32_t count, RayShares<T> one, T* first,
+  bool CalculateBoth(const Kernels& kernels, const T* s, std::int32_t count, RayShares<T> one, T* first,
                      RayShares<T> two, T* second);
 
  private:
   bool PrepareEntries(const Profile<T>& profile, T k0);
   void ShareEqualEntries();
-  void CalcAmplitudes(const Kernels& kernels, const T* s, std::int32_t count, bool sigma, bool pi);
-  void Combine(const T* s, std::int32_t count, RayShares<T> ray, T* intensity) const;
+  bool CalcRays(const Kernels& kernels, const T* s, std::int32_t count, std::span<const ParrattRay<T>> rays);
 
   std::vector<ParrattEntry<T>> entries_;
-  std::vector<T> sigma_, pi_;
   ParrattStack<T> stack_{};
   bool near_vacuum_ = false;
   T largest_chi_{};
-  T smallest_sine_{};  // below, the plain path judges
 };
 
 extern template class ParrattLanes<float>;

@@ -27,8 +27,11 @@ class ParrattBlock {
   using Scalar = typename L::Scalar;
   using Stack = ParrattStack<Scalar>;
   using Entry = ParrattEntry<Scalar>;
+  using Ray = ParrattRay<Scalar>;
 
-  static void Run(const Stack& stack, const Scalar* s, std::int32_t count, Scalar* sigma, Scalar* pi) {
+  static bool Run(const Stack& stack, const Scalar* s, std::int32_t count, const Ray* rays,
+                  std::int32_t ray_count) {
+    bool finite = true;
     for (std::int32_t first = 0; first < count; first += Row<V>::size) {
       const int size = count - first < Row<V>::size ? count - first : Row<V>::size;
       ParrattBlock block(stack, s + first, size);
@@ -37,9 +40,11 @@ class ParrattBlock {
       } else {
         block.Walk();
       }
-      if (stack.wants_sigma) block.Finish(block.sigma_, sigma + first, size);
-      if (stack.wants_pi) block.Finish(block.pi_, pi + first, size);
+      block.RescaleAll();
+      block.CalcIntensities();
+      for (std::int32_t r = 0; r < ray_count; ++r) finite &= block.Finish(rays[r], first, size);
     }
+    return finite;
   }
 
  private:
@@ -304,19 +309,37 @@ class ParrattBlock {
     }
   }
 
-  void Finish(Ratio& ratio, Scalar* out, int size) {
-    Rescale(ratio);
-    Row<V>& result = ratio.n.real;
+  // |N / D|² of both polarisations, and a NaN where the plain recursion has to judge.
+  void CalcIntensities() {
     for (int i = 0; i < used_; ++i) {
       const L none(std::numeric_limits<Scalar>::quiet_NaN());
-      const Mask<V> sure =
-          smallest2_[i] > L(Scalar(4) * kSmallestModulus2<Scalar>) && growth_[i] <= L(stack_.largest_growth);
-      const L intensity = norm(ratio.n[i]) / norm(ratio.d[i]);
-      result.Set(i, SelectNegative(doubtful_[i], none, Select(sure, intensity, none)));
+      const Mask<V> sure = smallest2_[i] > L(Scalar(4) * kSmallestModulus2<Scalar>) &&
+                           growth_[i] <= L(stack_.largest_growth) && s_[i] >= L(stack_.smallest_sine);
+      lost_.Set(i, SelectNegative(doubtful_[i], none, Select(sure, L(Scalar(0)), none)));
+      if (stack_.wants_sigma) sigma_.n.real.Set(i, norm(sigma_.n[i]) / norm(sigma_.d[i]));
+      if (stack_.wants_pi) pi_.n.real.Set(i, norm(pi_.n[i]) / norm(pi_.d[i]));
     }
+  }
+
+  TOLVIK_INLINE L IntensityOf(const Ray& ray, int i) const {
+    if (!stack_.wants_pi) return sigma_.n.real[i] * L(ray.sigma);
+    if (!stack_.wants_sigma) return pi_.n.real[i] * L(ray.pi);
+    return sigma_.n.real[i] * L(ray.sigma) + pi_.n.real[i] * L(ray.pi);
+  }
+
+  // Whether all intensities are finite.
+  bool Finish(const Ray& ray, std::int32_t first, int size) {
+    L zeros(Scalar(0));
+    for (int i = 0; i < used_; ++i) {
+      const L intensity = IntensityOf(ray, i) + lost_[i];
+      result_.Set(i, intensity);
+      zeros += intensity - intensity;
+    }
+    Scalar* out = ray.intensity + first;
     const int full = size / L::size;
-    for (int i = 0; i < full; ++i) result[i].StoreAnywhere(out + i * L::size);
-    for (int i = full * L::size; i < size; ++i) out[i] = result.value[i];
+    for (int i = 0; i < full; ++i) result_[i].StoreAnywhere(out + i * L::size);
+    for (int i = full * L::size; i < size; ++i) out[i] = result_.value[i];
+    return AllOf(zeros == L(Scalar(0)));
   }
 
   const Stack& stack_;
@@ -324,7 +347,8 @@ class ParrattBlock {
   bool has_cosines_ = false;
   Row<V> s_, twice_s2_, cosine_;
   Row<V> smallest2_, growth_;
-  Row<V> doubtful_;  // negative, -0 included, where the plain recursion has to judge
+  Row<V> doubtful_;       // negative, -0 included, where the plain recursion has to judge
+  Row<V> lost_, result_;  // a NaN there, else 0; intensities of a ray
   Ratio sigma_, pi_;
   ComplexRow<V> roughness_;
   Wave wave_[kMaxShared];

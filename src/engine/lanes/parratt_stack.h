@@ -50,12 +50,21 @@ struct ParrattStack {
   /// Largest sum of 2 k0 d Im w over the slabs that lanes may judge: the matrix algorithms carry the growing
   /// waves themselves and overflow where the recursion does not. Infinity for the recursion.
   Scalar largest_growth;
+  Scalar smallest_sine;  ///< below, the plain path judges
 };
 
-/// Squared moduli of the sigma and pi amplitude ratios at count angles, given as s = sin θ, 0 <= s <= 1.
-/// An angle that the plain recursion has to judge gets a NaN. What is not wanted stays untouched.
+/// The shares of a ray, squared moduli of its sigma and pi parts, and where its intensities go.
 template <class Scalar>
-using ParrattKernel = void (*)(const ParrattStack<Scalar>& stack, const Scalar* s, std::int32_t count,
-                               Scalar* sigma, Scalar* pi);
+struct ParrattRay {
+  Scalar sigma, pi;
+  Scalar* intensity;
+};
+
+/// Intensities |Y|² sigma + |X|² pi, with the amplitude ratios Y of sigma and X of pi, of each ray at count
+/// angles, given as s = sin θ, 0 <= s <= 1. An angle that the plain recursion has to judge gets a NaN.
+/// Returns whether all intensities are finite.
+template <class Scalar>
+using ParrattKernel = bool (*)(const ParrattStack<Scalar>& stack, const Scalar* s, std::int32_t count,
+                               const ParrattRay<Scalar>* rays, std::int32_t ray_count);
 
 }  // namespace tolvik::engine::lanes
