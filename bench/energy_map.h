@@ -9,7 +9,7 @@ namespace tolvik::bench {
 
 inline constexpr int kEnergies = 200;
 inline constexpr int kQz = 500;
-inline constexpr double kUnreachableQz = 10;  // Å⁻¹, beyond the reach of all energies
+inline constexpr double kQzWithoutAngle = -0.5;  // Å⁻¹; all points of a map that begins there are negative
 
 inline void AddTable(CState& state, const char* name, double delta, double beta) {
   COpticalTable table;
@@ -42,8 +42,8 @@ inline CState MakeMapState() {
   return state;
 }
 
-/// The points, energy running fastest as in the command; with kUnreachableQz for the first each of them ends
-/// before its kernel.
+/// The points, energy running fastest as in the command; from kQzWithoutAngle on each of them ends before its
+/// kernel.
 inline CSolution MakeMapPoints(double first_qz = 0.001) {
   CSolution solution;
   for (int q = 0; q < kQz; ++q) {

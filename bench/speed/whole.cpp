@@ -111,7 +111,7 @@ void PrintShares() {
              Repeated{kCalls, [&] { sink = unreachable.CalcError(unreachable.fitvariables); }});
 
   const CState sample = MakeMapState();
-  CSolution points = MakeMapPoints(), unreached = MakeMapPoints(kUnreachableQz);
+  CSolution points = MakeMapPoints(), unreached = MakeMapPoints(kQzWithoutAngle);
   engine::ForceProcessorCount(1);
   const auto scan = [&sample](CSolution& solution) {
     CState state = sample;

@@ -68,20 +68,22 @@ struct RunContext : CEScanContext {
 
 // Enough points to fill the lanes, and few enough that no processor waits long for the last run.
 std::int32_t LongestRun(std::int32_t points, std::int32_t processors) {
-  constexpr std::int32_t kShortest = 16, kLongest = 128, kRunsPerProcessor = 8;
+  constexpr std::int32_t kShortest = 16, kLongest = 512, kRunsPerProcessor = 8;
   return std::clamp(points / kRunsPerProcessor / processors, kShortest, kLongest);
 }
 
 void CalcRun(CSolution& solution, std::span<const std::int32_t> indices, CState& state) {
+  const auto count = static_cast<std::int32_t>(indices.size());
   CSolution points;
-  for (const std::int32_t i : indices) {
-    points.dataset_qz.Append(solution.dataset_qz[i]);
-    points.dataset_eng.Append(solution.dataset_eng[i]);
-    points.dataset_R0.Append(solution.dataset_R0[i]);
+  points.dataset_qz.Assign(count, 0.0);
+  points.dataset_eng.Assign(count, solution.dataset_eng[indices[0]]);
+  points.dataset_R0.Assign(count, 0.0);
+  for (std::int32_t k = 0; const std::int32_t i : indices) {
+    points.dataset_qz[k] = solution.dataset_qz[i];
+    points.dataset_R0[k++] = solution.dataset_R0[i];
   }
   CalcRunOfPoints(points, state);
-  std::int32_t next = 0;
-  for (const std::int32_t i : indices) solution.dataset_R0[i] = points.dataset_R0[next++];
+  for (std::int32_t k = 0; const std::int32_t i : indices) solution.dataset_R0[i] = points.dataset_R0[k++];
 }
 
 /// Body of a thread that takes runs of points.

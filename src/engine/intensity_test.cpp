@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
+#include <algorithm>
+#include <array>
 #include <vector>
 
 #include "engine/intensity.tpp"
@@ -85,6 +87,45 @@ TYPED_TEST(Intensity, ASampleDoesNotDependOnItsNeighbours) {
       T alone;
       CalcIntensities<T>(profile, k0, options, 1, &s[i], &alone, nullptr, work);
       EXPECT_EQ(alone, first[i]) << i;
+    }
+  }
+}
+
+// The second ray is the first one of the stack magnetised the other way round, though both share what does
+// not depend on the sense. Angles enough for a full block and a part of one; rays that leave a polarisation
+// out.
+TYPED_TEST(Intensity, BothSensesAreStacksOfTheirOwn) {
+  using T = TypeParam;
+  const T k0 = T(this->kK0);
+  std::vector<T> s;
+  for (int i = 0; i < 131; ++i) s.push_back(T(0.01 + 0.007 * i));
+  const std::array<double, 8> all_rays[] = {
+      {0.1, 0.2, 0.3, 0.4, 0.5, 0.6, 0.7, 0.8}, {1, 0, 0, 0, 0, 0, 1, 0}, {0, 0, 0, 1, 0, 1, 0, 0}};
+  for (const int repeats : {1, 8}) {  // eight equal periods are calculated once
+    Profile<T> profile, turned;
+    for (int i = 0; i < repeats; ++i) {
+      for (const CLayer<T>& layer : this->MagneticProfile()) profile.Append(layer);
+    }
+    for (CLayer<T>& layer : profile) layer.layer_d = layer.layer_d + T(1.0);
+    turned = profile;
+    for (CLayer<T>& layer : turned) {
+      layer.layer_ddelta = -layer.layer_ddelta;
+      layer.layer_dbeta = -layer.layer_dbeta;
+    }
+    for (const auto& rays : all_rays) {
+      CState state = this->AllOptions();
+      IntensityOptions<T> options = OptionsOfState<T>(state), swapped = options;
+      std::copy(rays.begin(), rays.end(), options.polarisation);
+      std::rotate_copy(rays.begin(), rays.begin() + 4, rays.end(), swapped.polarisation);
+      IntensityWork<T> work;
+      std::vector<T> first(s.size()), second(s.size()), alone(s.size());
+      const auto count = static_cast<std::int32_t>(s.size());
+      CalcIntensities<T>(profile, k0, options, count, s.data(), first.data(), second.data(), work);
+      EXPECT_NE(first, second);
+      CalcIntensities<T>(profile, k0, options, count, s.data(), alone.data(), nullptr, work);
+      EXPECT_EQ(first, alone);
+      CalcIntensities<T>(turned, k0, swapped, count, s.data(), alone.data(), nullptr, work);
+      EXPECT_EQ(second, alone);
     }
   }
 }

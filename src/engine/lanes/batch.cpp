@@ -29,7 +29,7 @@ struct Batch {
   RayShares<T> One() const { return SharesOf<T>(options.polarisation); }
   RayShares<T> Two() const { return SharesOf<T>(options.polarisation + 4); }
 
-  // Both rays, or the first, on one stack.
+  // Both rays, or the first.
   LanesLeave CalculateRays(ParrattLanes<T>& parratt) const {
     const bool all = second != nullptr ? parratt.CalculateBoth(kernels, s, count, One(), first, Two(), second)
                                        : parratt.Calculate(kernels, s, count, One(), first);
@@ -39,17 +39,8 @@ struct Batch {
 
 template <class T>
 LanesLeave CalcParratt(const Batch<T>& batch, ParrattLanes<T>& parratt) {
-  if (!batch.options.magnetic) {
-    return parratt.Prepare(batch.profile, batch.k0, T(0.0)) ? batch.CalculateRays(parratt) : LanesLeave::kAll;
-  }
-  // The second ray sees the magnetisation the other way round.
-  if (!parratt.Prepare(batch.profile, batch.k0, T(1.0))) return LanesLeave::kAll;
-  bool all = parratt.Calculate(batch.kernels, batch.s, batch.count, batch.One(), batch.first);
-  if (batch.second != nullptr) {
-    if (!parratt.Prepare(batch.profile, batch.k0, T(-1.0))) return LanesLeave::kAll;
-    all &= parratt.Calculate(batch.kernels, batch.s, batch.count, batch.Two(), batch.second);
-  }
-  return all ? LanesLeave::kNothing : LanesLeave::kNotFinite;
+  if (!parratt.Prepare(batch.profile, batch.k0, batch.options.magnetic)) return LanesLeave::kAll;
+  return batch.CalculateRays(parratt);
 }
 
 // What a stack of scalar entries reflects follows from the recursion, which is faster.

@@ -60,10 +60,9 @@ bool SetTensorIndex(const std::complex<T>& exx, ParrattEntry<T>& entry) {
 }
 
 template <class T>
-bool SetShift(const CLayer<T>& layer, T sign, ParrattEntry<T>& entry) {
-  if (sign == T(0.0)) return true;
-  entry.ddelta = layer.layer_ddelta * sign;
-  entry.dbeta = layer.layer_dbeta * sign;
+bool SetShift(const CLayer<T>& layer, ParrattEntry<T>& entry) {
+  entry.ddelta = layer.layer_ddelta;
+  entry.dbeta = layer.layer_dbeta;
   entry.shifted = entry.ddelta != T(0.0) || entry.dbeta != T(0.0);
   return IsWithin(entry.ddelta, T(-0.1), T(0.1)) && IsWithin(entry.dbeta, T(-0.1), T(0.1));
 }
@@ -117,11 +116,12 @@ int NumberOf(int item, int& different, std::int32_t (&first)[kMaxShared], Equals
 }  // namespace
 
 template <class T>
-bool ParrattLanes<T>::Prepare(const Profile<T>& profile, T k0, T sign) {
+bool ParrattLanes<T>::Prepare(const Profile<T>& profile, T k0, bool magnetic) {
   entries_.assign(static_cast<std::size_t>(std::max(profile.size, 0)), ParrattEntry<T>());
   for (std::int32_t j = 0; j < profile.size; ++j) {
     ParrattEntry<T>& entry = entries_[static_cast<std::size_t>(j)];
-    if (!SetIndex(profile[j], entry) || !SetShift(profile[j], sign, entry)) return false;
+    if (!SetIndex(profile[j], entry)) return false;
+    if (magnetic && !SetShift(profile[j], entry)) return false;
   }
   stack_.largest_growth = std::numeric_limits<T>::infinity();
   stack_.smallest_sine = kSmallestSine<T>;
@@ -161,12 +161,14 @@ bool ParrattLanes<T>::PrepareEntries(const Profile<T>& profile, T k0) {
   if (n < 2 || !IsWithin(k0, T(1e-5), T(1e5))) return false;
   T largest_roughness(0.0), contrast_below(0.0);
   largest_chi_ = T(0.0);
+  stack_.shifted = false;
   for (std::int32_t j = 0; j < n; ++j) {
     const CLayer<T>& layer = profile[j];
     ParrattEntry<T>& entry = entries_[static_cast<std::size_t>(j)];
     const T contrast = LargestContrast(entry);
     largest_chi_ = std::max(largest_chi_, contrast);
     entry.guarded = MayVanish(entry);
+    stack_.shifted |= entry.shifted;
     if (j > 0) {
       ParrattEntry<T>& below = entries_[static_cast<std::size_t>(j - 1)];
       below.short_phase = below.roughness * (contrast_below + contrast) < T(kShortRoughnessPhase);
@@ -238,18 +240,29 @@ bool ParrattLanes<T>::CalculateBoth(const Kernels& kernels, const T* s, std::int
 }
 
 template <class T>
-bool ParrattLanes<T>::CalcRays(const Kernels& kernels, const T* s, std::int32_t count,
-                               std::span<const ParrattRay<T>> rays) {
+void ParrattLanes<T>::SetWanted(std::span<const ParrattRay<T>> rays) {
   // A polarisation without a share adds 0 unless it is not a number, and no coefficient of ordinary matter
   // near vacuum is infinite on its own: u_upper and u_lower lie in the same quarter of the plane or nearly
   // so.
-  stack_.wants_sigma = stack_.wants_pi = !near_vacuum_;
-  for (const ParrattRay<T>& ray : rays) {
-    stack_.wants_sigma |= ray.sigma != T(0.0);
-    stack_.wants_pi |= ray.pi != T(0.0);
+  for (std::int32_t sense = 0; sense < stack_.senses; ++sense) {
+    bool& sigma = stack_.wants_sigma[sense];
+    bool& pi = stack_.wants_pi[sense];
+    sigma = pi = !near_vacuum_;
+    for (std::size_t r = 0; r < rays.size(); ++r) {
+      if (stack_.senses == 2 && r != static_cast<std::size_t>(sense)) continue;
+      sigma |= rays[r].sigma != T(0.0);
+      pi |= rays[r].pi != T(0.0);
+    }
+    // Where neither has a share one of them still tells whether the angle has an intensity.
+    if (!sigma && !pi) sigma = true;
   }
-  // Where neither has a share one of them still tells whether the angle has an intensity.
-  if (!stack_.wants_sigma && !stack_.wants_pi) stack_.wants_sigma = true;
+}
+
+template <class T>
+bool ParrattLanes<T>::CalcRays(const Kernels& kernels, const T* s, std::int32_t count,
+                               std::span<const ParrattRay<T>> rays) {
+  stack_.senses = stack_.shifted && rays.size() == 2 ? 2 : 1;
+  SetWanted(rays);
   const auto ray_count = static_cast<std::int32_t>(rays.size());
   if constexpr (std::is_same_v<T, float>) {
     return kernels.parratt_float(stack_, s, count, rays.data(), ray_count);

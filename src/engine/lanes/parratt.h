@@ -25,9 +25,9 @@ struct RayShares {
 template <class T>
 class ParrattLanes {
  public:
-  /// Lays out the stack for k0, Å⁻¹. sign: sense of the magnetic shift, 0 without. False: the plain recursion
-  /// has to do this stack.
-  bool Prepare(const Profile<T>& profile, T k0, T sign);
+  /// Lays out the stack for k0, Å⁻¹; magnetic: with the magnetic shift. False: the plain recursion has to do
+  /// this stack.
+  bool Prepare(const Profile<T>& profile, T k0, bool magnetic);
 
   /// Lays out a stack of scalar entries for the matrix algorithms, which then reflect as the recursion does:
   /// both chains of waves part, and the quotient of their roughness factors is the Névot-Croce factor.
@@ -40,7 +40,7 @@ class ParrattLanes {
   /// there is none.
   bool Calculate(const Kernels& kernels, const T* s, std::int32_t count, RayShares<T> ray, T* intensity);
 
-  /// The same for two rays that see the same stack.
+  /// The same for two rays. The second one sees the magnetic shift the other way round.
   bool CalculateBoth(const Kernels& kernels, const T* s, std::int32_t count, RayShares<T> one, T* first,
                      RayShares<T> two, T* second);
 
@@ -48,6 +48,7 @@ class ParrattLanes {
   bool PrepareEntries(const Profile<T>& profile, T k0);
   void ShareEqualEntries();
   bool CalcRays(const Kernels& kernels, const T* s, std::int32_t count, std::span<const ParrattRay<T>> rays);
+  void SetWanted(std::span<const ParrattRay<T>> rays);
 
   std::vector<ParrattEntry<T>> entries_;
   ParrattStack<T> stack_{};

@@ -14,7 +14,7 @@ struct ParrattEntry {
   Scalar index_real, index_imag;      ///< n without the magnetic shift
   Scalar chi_real, chi_imag;          ///< n² - 1, calculated as (n - 1)(n + 1)
   Scalar inverse_real, inverse_imag;  ///< 1 / n²
-  Scalar ddelta, dbeta;               ///< magnetic shift of the index at cos θ = 1, with the sense's sign
+  Scalar ddelta, dbeta;               ///< magnetic shift of the index at cos θ = 1, in the first sense
   Scalar phase;                       ///< 2 k0 d: phase of the double passage of a wave with w = 1
   Scalar roughness;                   ///< 2 σ² k0² of the interface above
   bool shifted;                       ///< the magnetic shift is not 0
@@ -44,8 +44,10 @@ struct ParrattStack {
   const ParrattEntry<Scalar>* entry;
   std::int32_t entries;  ///< at least 2
   bool tame;             ///< no roughness factor can leave the range of the functions
-  bool wants_sigma;
-  bool wants_pi;
+  bool shifted;          ///< some entry is
+  std::int32_t senses;   ///< 2: the second ray sees the magnetic shift the other way round
+  bool wants_sigma[2];   ///< in each sense
+  bool wants_pi[2];
   bool shared;  ///< the stack repeats itself; what is equal is calculated once
   /// Largest sum of 2 k0 d Im w over the slabs that lanes may judge: the matrix algorithms carry the growing
   /// waves themselves and overflow where the recursion does not. Infinity for the recursion.

@@ -1,0 +1,164 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// The waves of a block of angles: normal wavevectors in the entries of a stack, roughness factors between
+// them and passages through them. Symbols as in parratt_kernel.h.
+#pragma once
+
+#include "engine/lanes/block.h"
+#include "engine/lanes/parratt_stack.h"
+
+namespace tolvik::engine::lanes {
+
+template <class V>
+class ParrattWaves {
+ protected:
+  using L = Lanes<V>;
+  using Z = Complexes<V>;
+  using Scalar = typename L::Scalar;
+  using Stack = ParrattStack<Scalar>;
+  using Entry = ParrattEntry<Scalar>;
+
+  struct Wave {
+    ComplexRow<V> v, u;
+    Row<V> m;
+  };
+
+  // Places past the last angle repeat it: they cost little and can't disturb.
+  ParrattWaves(const Stack& stack, const Scalar* s, int size)
+      : stack_(stack),
+        used_((size + L::size - 1) / L::size),
+        needs_u_(stack.wants_pi[0] || (stack.senses == 2 && stack.wants_pi[1])) {
+    const int full = size / L::size;
+    for (int i = 0; i < full; ++i) s_.Set(i, L::LoadAnywhere(s + i * L::size));
+    for (int i = full * L::size; i < used_ * L::size; ++i) s_.value[i] = s[i < size ? i : size - 1];
+    for (int i = 0; i < used_; ++i) {
+      twice_s2_.Set(i, (s_[i] + s_[i]) * s_[i]);
+      smallest2_.Set(i, L(Scalar(1)));
+      doubtful_.Set(i, L(Scalar(0)));
+      growth_.Set(i, L(Scalar(0)));
+    }
+  }
+
+  TOLVIK_INLINE void Doubt(int i, Mask<V> mask) {
+    doubtful_.Set(i, Select(mask, L(Scalar(-0.0)), doubtful_[i]));
+  }
+
+  [[gnu::noinline]] void CalcWave(const Entry& entry, Wave& wave) {
+    if (entry.shifted) return CalcShiftedWave(entry, wave);
+    const Z inverse{L(entry.inverse_real), L(entry.inverse_imag)};
+    const Z chi{L(Scalar(2) * entry.chi_real), L(Scalar(2) * entry.chi_imag)};
+    for (int i = 0; i < used_; ++i) {
+      const Z factor = stack_.shifted ? FactorOfShifted(chi, wave.m, i) : inverse;
+      SetWave(wave, i, twice_s2_[i] + chi.real(), chi.imag(), factor, entry.guarded);
+    }
+  }
+
+  void CalcCosines() {
+    if (has_cosines_) return;
+    for (int i = 0; i < used_; ++i) cosine_.Set(i, sqrt(NegMulAdd(s_[i], s_[i], L(Scalar(1)))));
+    has_cosines_ = true;
+  }
+
+  // The magnetic shift goes with the cosine of the angle.
+  void CalcShiftedWave(const Entry& entry, Wave& wave) {
+    const L one(Scalar(1));
+    const L ddelta(sign_ * entry.ddelta), dbeta(sign_ * entry.dbeta);
+    CalcCosines();
+    for (int i = 0; i < used_; ++i) {
+      const L c = cosine_[i];
+      const L n = L(entry.index_real) + ddelta * c, k = L(entry.index_imag) - dbeta * c;
+      const L n_less = n - one, twice_k = k + k;
+      const Z chi{NegMulAdd(twice_k, k, (n_less + n_less) * (n + one)), (n + n) * twice_k};  // doubled
+      const Z factor = FactorOfShifted(chi, wave.m, i);
+      SetWave(wave, i, twice_s2_[i] + chi.real(), chi.imag(), factor, entry.guarded);
+      // A negative absorption, -0 included, turns the wave about.
+      if (entry.guarded) doubtful_.Set(i, doubtful_[i].Register() | k.Register());
+    }
+  }
+
+  [[gnu::noinline]] void CalcRoughness(const Entry& lower, const Wave& below, const Wave& above,
+                                       ComplexRow<V>& F) {
+    const L quarter(Scalar(-0.25) * lower.roughness);
+    if (lower.short_phase) {
+      for (int i = 0; i < used_; ++i) F.Set(i, ExpOfShortPhase(quarter * (below.v[i] * above.v[i])));
+    } else {
+      for (int i = 0; i < used_; ++i) F.Set(i, exp(quarter * (below.v[i] * above.v[i])));
+    }
+    if (!stack_.tame) WatchRoughness(quarter, below, above);
+  }
+
+  void WatchRoughness(L quarter, const Wave& below, const Wave& above) {
+    using C = FunctionConstants<Scalar>;
+    for (int i = 0; i < used_; ++i) {
+      const Z exponent = quarter * (below.v[i] * above.v[i]);
+      const Mask<V> vanishes = exponent.real() < L(Scalar(1.1) * C::exp_lowest);
+      Doubt(i, !(exponent.real() < L(kLargestExponent)));
+      Doubt(i, !(abs(exponent.imag()) < L(C::max_phase)) && !vanishes);
+    }
+  }
+
+  [[gnu::noinline]] void CalcPassage(Scalar phase, const Wave& wave, ComplexRow<V>& E) {
+    const L half(Scalar(0.5) * phase), minus(Scalar(-0.5) * phase);
+    for (int i = 0; i < used_; ++i) {
+      const Z v = wave.v[i];
+      E.Set(i, exp(Z{v.imag() * minus, v.real() * half}));
+    }
+  }
+
+  void AddGrowth(Scalar phase, const Wave& wave) {
+    if (stack_.largest_growth == std::numeric_limits<Scalar>::infinity()) return;
+    for (int i = 0; i < used_; ++i) {
+      growth_.Set(i, MulAdd(L(Scalar(0.5) * phase), wave.v.imag[i], growth_[i]));
+    }
+  }
+
+ private:
+  // Largest exponent of a roughness factor that is sure not to overflow on the way.
+  static constexpr Scalar kLargestExponent = sizeof(Scalar) == 8 ? Scalar(80) : Scalar(10);
+  static_assert(Scalar(kShortRoughnessPhase) <= FunctionConstants<Scalar>::short_phase);
+
+  // 2 sqrt(z) and |2 z|² of a z in the upper half of the plane, given as 2 z = x + i y.
+  TOLVIK_INLINE static Z TwiceRoot(L x, L y, L& modulus2) {
+    modulus2 = MulAdd(x, x, y * y);
+    const L larger2 = SquareRootOfNormal(modulus2) + abs(x);
+    L larger, smaller;
+    if constexpr (V::estimates) {
+      L inverse;
+      larger = SquareRootAndInverse(larger2, inverse);
+      smaller = y * inverse;
+    } else {
+      larger = sqrt(larger2);
+      smaller = y / larger;
+    }
+    return {SelectNegative(x, smaller, larger), SelectNegative(x, larger, smaller)};
+  }
+
+  TOLVIK_INLINE void SetWave(Wave& wave, int i, L twice_x, L twice_y, Z factor, bool guarded) {
+    L modulus2;
+    const Z v = TwiceRoot(twice_x, twice_y, modulus2);
+    wave.v.Set(i, v);
+    if (needs_u_) wave.u.Set(i, v * factor);
+    if (guarded) smallest2_.Set(i, Min(smallest2_[i], modulus2));
+  }
+
+  // Of an entry, shifted or not, in a stack with shifted ones; twice n² = 2 + chi, chi doubled as well.
+  TOLVIK_INLINE Z FactorOfShifted(Z chi, Row<V>& m, int i) const {
+    const Z conjugate{chi.real() + L(Scalar(2)), -chi.imag()};
+    if (needs_u_) m.Set(i, norm(conjugate));
+    return conjugate;
+  }
+
+ protected:
+  const Stack& stack_;
+  int used_;         // registers of the block that hold an angle
+  Scalar sign_ = 1;  // of the magnetic shift, in its present sense
+  Row<V> s_;
+  Row<V> smallest2_, growth_;
+  Row<V> doubtful_;  // negative, -0 included, where the plain recursion has to judge
+
+ private:
+  bool needs_u_;
+  bool has_cosines_ = false;
+  Row<V> twice_s2_, cosine_;
+};
+
+}  // namespace tolvik::engine::lanes
