@@ -37,7 +37,11 @@ class CNumber {
 
   friend CNumber operator+(const CNumber& a, const CNumber& b) { return Apply(mpfr_add, a, b); }
   friend CNumber operator-(const CNumber& a, const CNumber& b) { return Apply(mpfr_sub, a, b); }
-  friend CNumber operator*(const CNumber& a, const CNumber& b) { return Apply(mpfr_mul, a, b); }
+  friend CNumber operator*(const CNumber& a, const CNumber& b) {
+    CNumber result((Uninitialised()));
+    ProductOf(result.value_, a.value_, b.value_);
+    return result;
+  }
   friend CNumber operator/(const CNumber& a, const CNumber& b) { return Apply(mpfr_div, a, b); }
   friend CNumber operator-(const CNumber& a) { return Apply(mpfr_neg, a); }
 
@@ -60,7 +64,10 @@ class CNumber {
 
   CNumber& operator+=(const CNumber& b) { return Change(mpfr_add, b); }
   CNumber& operator-=(const CNumber& b) { return Change(mpfr_sub, b); }
-  CNumber& operator*=(const CNumber& b) { return Change(mpfr_mul, b); }
+  CNumber& operator*=(const CNumber& b) {
+    ProductOf(value_, value_, b.value_);
+    return *this;
+  }
   CNumber& operator/=(const CNumber& b) { return Change(mpfr_div, b); }
 
   friend bool operator==(const CNumber& a, const CNumber& b) { return mpfr_equal_p(a.value_, b.value_) != 0; }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Exponential, sine and cosine of numbers of 200 bits, the same bits as MPFR's, in a third of the time.
+// Product, exponential, sine and cosine of numbers of 200 bits, the same bits as MPFR's, in less time.
 #pragma once
 
 #include <mpfr.h>
@@ -8,6 +8,10 @@ namespace tolvik::engine {
 
 /// The precision that the functions below serve.
 inline constexpr mpfr_prec_t kFunctionBits = 200;
+
+/// result = a b, rounded to nearest, ties to even: what mpfr_mul gives, bit for bit, special values included.
+/// All have kFunctionBits; any may be one. The flags of MPFR may differ.
+void ProductOf(mpfr_ptr result, mpfr_srcptr a, mpfr_srcptr b);
 
 /// result = exp(x), rounded to nearest: what mpfr_exp gives, bit for bit, special values included. Both
 /// numbers have kFunctionBits; they may be one. The flags of MPFR may differ.

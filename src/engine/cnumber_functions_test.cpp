@@ -6,33 +6,15 @@
 
 #include <cmath>
 #include <limits>
-#include <random>
+
+#include "engine/cnumber_test_numbers.h"
 
 namespace tolvik::engine {
 namespace {
 
-constexpr unsigned kSeed = 1999;
-
-/// A number of 200 bits for the functions as they are.
-struct Bits {
-  Bits() { mpfr_init2(value, kFunctionBits); }
-  explicit Bits(double x) : Bits() { mpfr_set_d(value, x, MPFR_RNDN); }
-  Bits(const Bits&) = delete;
-  Bits& operator=(const Bits&) = delete;
-  ~Bits() { mpfr_clear(value); }
-
-  mpfr_t value;
-};
-
-::testing::AssertionResult AreSame(const Bits& a, const Bits& b) {
-  const bool both_nan = mpfr_nan_p(a.value) != 0 && mpfr_nan_p(b.value) != 0;
-  const bool equal =
-      mpfr_equal_p(a.value, b.value) != 0 && (mpfr_signbit(a.value) != 0) == (mpfr_signbit(b.value) != 0);
-  if (both_nan || equal) return ::testing::AssertionSuccess();
-  char text[300];
-  mpfr_snprintf(text, sizeof text, "%.70Rg and %.70Rg", a.value, b.value);
-  return ::testing::AssertionFailure() << text;
-}
+using cnumber_tests::AreSame;
+using cnumber_tests::Bits;
+using cnumber_tests::RandomNumbers;
 
 void ExpectAsMpfr(const Bits& x) {
   Bits actual, expected, cosine, expected_cosine;
@@ -44,29 +26,6 @@ void ExpectAsMpfr(const Bits& x) {
   EXPECT_TRUE(AreSame(actual, expected)) << "sine of " << mpfr_get_d(x.value, MPFR_RNDN);
   EXPECT_TRUE(AreSame(cosine, expected_cosine)) << "cosine of " << mpfr_get_d(x.value, MPFR_RNDN);
 }
-
-/// Random bits times 2^exponent with either sign.
-class RandomNumbers {
- public:
-  RandomNumbers() {
-    gmp_randinit_default(state_);
-    gmp_randseed_ui(state_, kSeed);
-  }
-  RandomNumbers(const RandomNumbers&) = delete;
-  RandomNumbers& operator=(const RandomNumbers&) = delete;
-  ~RandomNumbers() { gmp_randclear(state_); }
-
-  void Next(int least_exponent, int largest_exponent, Bits& x) {
-    mpfr_urandomb(x.value, state_);
-    const int exponent = std::uniform_int_distribution<int>(least_exponent, largest_exponent)(random_);
-    mpfr_mul_2si(x.value, x.value, exponent, MPFR_RNDN);
-    if (random_() % 2 != 0) mpfr_neg(x.value, x.value, MPFR_RNDN);
-  }
-
- private:
-  std::mt19937_64 random_{kSeed};
-  gmp_randstate_t state_;
-};
 
 TEST(CNumberFunctions, AgreeWithMpfrAtRandom) {
   RandomNumbers random;

@@ -58,15 +58,19 @@ void CalcFresnelCoefficients(const Profile<T>& profile, const CArray<Cplx<T>>& k
   const std::int32_t interfaces = profile.size > 0 ? profile.size - 1 : 0;
   parratt_detail::SetSize(rpi, interfaces);
   parratt_detail::SetSize(rsigma, interfaces);
+  const auto squared_index = [&](std::int32_t j) { return profile[j].scalarindex * profile[j].scalarindex; };
+  Cplx<T> upper_n2 = interfaces > 0 ? squared_index(interfaces) : Cplx<T>();
   for (std::int32_t j = interfaces - 1; j >= 0; --j) {
     const Cplx<T>& upper = kz[j + 1];
     const Cplx<T>& lower = kz[j];
     rsigma[j] = (upper - lower) / (upper + lower);
 
     // n² of the other side weighs each wavevector: continuity of kz/n² Hy.
-    const Cplx<T> weighted_upper = profile[j].scalarindex * profile[j].scalarindex * upper;
-    const Cplx<T> weighted_lower = profile[j + 1].scalarindex * profile[j + 1].scalarindex * lower;
+    const Cplx<T> lower_n2 = squared_index(j);
+    const Cplx<T> weighted_upper = lower_n2 * upper;
+    const Cplx<T> weighted_lower = upper_n2 * lower;
     rpi[j] = (weighted_upper - weighted_lower) / (weighted_upper + weighted_lower);
+    upper_n2 = lower_n2;
 
     const T& sigma = profile[j].layer_sigma;
     if (sigma != T(0.0)) {
