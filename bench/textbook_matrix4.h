@@ -52,8 +52,9 @@ inline Matrix Invert(Matrix a) {
   return inverse;
 }
 
-/// The roots of a4 z⁴ + a3 z³ + a2 z² + a1 z + a0 by the method of Ferrari, each improved by Newton steps
-/// until they stop mattering, ten at most. Sorted by falling real part.
+/// The roots of a4 z⁴ + a3 z³ + a2 z² + a1 z + a0 by the method of Ferrari, each improved by ten rounds of
+/// Newton steps, of which those that increase the modulus of the polynomial are not taken. Sorted by falling
+/// real part.
 inline Roots SolveQuartic(const Value& a4, const Value& a3, const Value& a2, const Value& a1,
                           const Value& a0) {
   const Value A = a3 / a4, B = a2 / a4, C = a1 / a4, E = a0 / a4;
@@ -79,14 +80,16 @@ inline Roots SolveQuartic(const Value& a4, const Value& a3, const Value& a2, con
   const Value W = std::sqrt(2.0 * m);
   const Value upper = std::sqrt(-2.0 * (p + m + q / W)), lower = std::sqrt(-2.0 * (p + m - q / W));
   Roots z = {(W + upper) / 2.0, (W - upper) / 2.0, (lower - W) / 2.0, (-lower - W) / 2.0};
+  const auto value = [&](const Value& x) { return (((x + A) * x + B) * x + C) * x + E; };
   for (Value& zero : z) {
     zero -= A / 4.0;
+    Value f = value(zero);
     for (int round = 0; round < 10; ++round) {
-      const Value f = (((zero + A) * zero + B) * zero + C) * zero + E;
       const Value slope = ((4.0 * zero + 3.0 * A) * zero + 2.0 * B) * zero + C;
-      const Value step = f / slope;
-      zero -= step;
-      if (std::norm(step) <= 1e-30 * std::norm(zero)) break;
+      const Value next = zero - f / slope, f_next = value(next);
+      if (std::abs(f_next) > std::abs(f)) continue;
+      zero = next;
+      f = f_next;
     }
   }
   std::sort(z.begin(), z.end(), [](const Value& x, const Value& y) { return x.real() > y.real(); });

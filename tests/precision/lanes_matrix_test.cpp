@@ -18,7 +18,7 @@ class LanesMatrix : public testing::Test {
   void Compare(std::uint64_t seed, Make make) {
     for (const LaneSet set : LaneSetsHere()) {
       RandomCases random(seed);
-      for (int number = 0; number < kCases / 2; ++number) {
+      for (int number = 0; number < kCases / 4; ++number) {
         RandomCase test = make(random);
         RoundTo<T>(test);
         Comparison<T>(test, set, number).Run();

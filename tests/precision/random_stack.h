@@ -104,6 +104,7 @@ class RandomCases {
     }
     if (OneIn(15)) result.k0 = OneIn(2) ? OddNumber() : 6.283185307179586 * OddNumber();
     if (OneIn(15)) result.options.polarisation[Below(8)] = OddNumber();
+    if (OneIn(15)) (OneIn(2) ? result.options.maggamma : result.options.magphi) = OddNumber();
   }
 
  private:

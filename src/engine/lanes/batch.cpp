@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "engine/lanes/batch.h"
 
+#include <cmath>
+
 #include "engine/intensity.h"
 
 namespace tolvik::engine::lanes {
@@ -55,6 +57,9 @@ LanesLeave CalcScalarMatrix(const Batch<T>& batch, ParrattLanes<T>& parratt) {
 
 template <class T>
 LanesLeave CalcMatrix(const Batch<T>& batch, BatchWork<T>& work) {
+  // A direction that is not a number spoils the waves of matrix two even where nothing is magnetic.
+  const T direction = batch.options.maggamma + batch.options.magphi;
+  if (batch.options.algorithm == kMatrixTwo && !std::isfinite(direction)) return LanesLeave::kAll;
   const LanesLeave left = CalcScalarMatrix(batch, work.parratt);
   if constexpr (std::same_as<T, double>) {
     if (left == LanesLeave::kAll && work.matrix.Prepare(batch.profile, batch.k0, batch.options)) {

@@ -42,6 +42,28 @@ Value ValueOf(const Pair& z) {
   return {z.real, z.imag};
 }
 
+FirstOrderMatter<Pair> PairsOf(const FirstOrderMatter<Value>& m) {
+  return {PairOf(m.n),     PairOf(m.inverse_n), PairOf(m.inverse_n2), PairOf(m.ey_sum),
+          PairOf(m.ey_pi), PairOf(m.hx_sum),    PairOf(m.hy_pi),      PairOf(m.hy_difference)};
+}
+
+// hx and ex are continuous: σ⁺ stays, and π⁺ above is what hx lacks, over n.
+FirstOrderJoint JointOf(const FirstOrderMatter<Pair>& lower, const FirstOrderMatter<Pair>& upper) {
+  const Value inverse_n = ValueOf(upper.inverse_n);
+  const Value ratio = ValueOf(lower.n) * inverse_n;
+  const Value hx_step = (ValueOf(upper.hx_sum) - ValueOf(lower.hx_sum)) * inverse_n;
+  const Value ey_pi = ValueOf(upper.ey_pi), hy_pi = ValueOf(upper.hy_pi);
+  return {PairOf(ValueOf(lower.ey_sum) - ValueOf(upper.ey_sum) - ey_pi * hx_step),
+          PairOf(-(hy_pi * hx_step)),
+          PairOf(0.5 * hx_step),
+          PairOf(ValueOf(lower.ey_pi) - ey_pi * ratio),
+          PairOf(ValueOf(lower.hy_pi) - hy_pi * ratio),
+          PairOf(0.5 * ratio),
+          PairOf(0.5 * inverse_n),
+          PairOf(ey_pi * inverse_n),
+          PairOf(hy_pi * inverse_n)};
+}
+
 }  // namespace
 
 bool MatrixLanes::Prepare(const Profile<double>& profile, double k0,
@@ -49,22 +71,16 @@ bool MatrixLanes::Prepare(const Profile<double>& profile, double k0,
   if (profile.size < 2 || !IsWithin(k0, 1e-5, 1e5)) return false;
   entries_.assign(static_cast<std::size_t>(profile.size), MatrixEntry());
   largest_chi_ = 0.0;
+  const double radians_per_degree = 0.017453292519943295;
+  direction_ =
+      DirectionOf<double>(options.maggamma * radians_per_degree, options.magphi * radians_per_degree);
   for (std::int32_t j = 0; j < profile.size; ++j) {
     if (!SetEntry(profile[j], options, entries_[static_cast<std::size_t>(j)])) return false;
   }
   if (!(largest_chi_ < kLargestChi)) return false;
 
-  const double radians_per_degree = 0.017453292519943295;
-  const auto direction =
-      DirectionOf<double>(options.maggamma * radians_per_degree, options.magphi * radians_per_degree);
-  stack_ = {entries_.data(),
-            profile.size,
-            options.algorithm == kMatrixTwo,
-            options.transmission,
-            k0,
-            {direction.transverse, direction.longitudinal, direction.polar},
-            2.0 * kRange,
-            options.polarisation};
+  stack_ = {entries_.data(), profile.size,        options.algorithm == kMatrixTwo, options.transmission, k0,
+            2.0 * kRange,    options.polarisation};
   return SetGeometry(profile);
 }
 
@@ -75,13 +91,16 @@ bool MatrixLanes::SetEntry(const CLayer<double>& layer, const IntensityOptions<d
   }
   const Value n(1.0 - layer.layer_delta, layer.layer_beta);
   if (!SetScalar(n, (n - 1.0) * (n + 1.0), entry)) return false;
-  if (options.algorithm == kMatrixTwo && options.magnetic) {
-    const Value strength(-2.0 * layer.layer_ddelta, 2.0 * layer.layer_dbeta);
-    if (!(std::abs(strength) < kLargestChi)) return false;
-    entry.strength = PairOf(strength);
-    if (strength != 0.0) entry.kind = ModeKind::kFirstOrder;
-    largest_chi_ = std::max(largest_chi_, std::hypot(entry.chi.real, entry.chi.imag) + std::abs(strength));
-  }
+  return options.algorithm != kMatrixTwo || !options.magnetic || SetFirstOrder(layer, entry);
+}
+
+// On top of the scalar entry.
+bool MatrixLanes::SetFirstOrder(const CLayer<double>& layer, MatrixEntry& entry) {
+  const Value strength(-2.0 * layer.layer_ddelta, 2.0 * layer.layer_dbeta);
+  if (!(std::abs(strength) < kLargestChi)) return false;
+  if (strength != 0.0) entry.kind = ModeKind::kFirstOrder;
+  entry.matter = PairsOf(FirstOrderMatterOf<double>(direction_, ValueOf(entry.index), strength));
+  largest_chi_ = std::max(largest_chi_, std::hypot(entry.chi.real, entry.chi.imag) + std::abs(strength));
   return true;
 }
 
@@ -134,6 +153,7 @@ bool MatrixLanes::SetGeometry(const Profile<double>& profile) {
       entry.along_index = PairOf(0.5 * ValueOf(above.index) * ValueOf(entry.inverse));
       entry.across_index = PairOf(0.5 * ValueOf(entry.index) * ValueOf(above.inverse));
     }
+    if (stack_.first_order) entry.joint = JointOf(entry.matter, above.matter);
     if (j == 0) continue;
     entry.d = layer.layer_d;
     if (!IsWithin(stack_.k0 * entry.d, 0.0, kMaxPhase)) return false;

@@ -34,12 +34,14 @@ class MatrixLanes {
 
  private:
   bool SetEntry(const CLayer<double>& layer, const IntensityOptions<double>& options, MatrixEntry& entry);
+  bool SetFirstOrder(const CLayer<double>& layer, MatrixEntry& entry);
   bool SetTensor(const CLayer<double>& layer, double tolerance, MatrixEntry& entry);
   bool SetScalar(std::complex<double> n, std::complex<double> chi, MatrixEntry& entry);
   bool SetGeometry(const Profile<double>& profile);
 
   std::vector<MatrixEntry> entries_;
   MatrixStack stack_{};
+  Direction<double> direction_{};  // of the magnetisation
   double largest_chi_ = 0.0;
 };
 

@@ -1,12 +1,28 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// What the matrix kernels need at an interface: the roughness of all pairs of waves, and the amplitudes of
-// the first-order waves from the fields.
+// What the matrix kernels need at an interface: the roughness of all pairs of waves, and the matrix of
+// first-order waves.
 #pragma once
 
 #include "engine/first_order_modes.tpp"
+#include "engine/lanes/matrix_stack.h"
 #include "engine/lanes/physics.h"
 
 namespace tolvik::engine::lanes {
+
+template <class V>
+TOLVIK_INLINE Complexes<V> Broadcast(const Pair& z) {
+  return {Lanes<V>(z.real), Lanes<V>(z.imag)};
+}
+
+/// The angles of one register.
+template <class V>
+struct GrazingAngles {
+  using L = Lanes<V>;
+
+  TOLVIK_INLINE explicit GrazingAngles(L s) : s2(s * s), cosine(sqrt(L(1.0) - s * s)) {}
+
+  L s2, cosine;
+};
 
 /// The factors exp(-½ σ² k0² (upper - lower)²) of ApplyRoughness.
 ///
@@ -69,54 +85,78 @@ class InterfaceRoughness {
   Z exponent_[2], factor_[2];
 };
 
-/// The amplitudes of the four first-order waves from their fields, without the inverse of the field matrix:
-/// with p = a1 + a3, m = a1 - a3 and l = a0 - a2 the fields (FirstOrderWaves) leave two equations for l and
-/// m.
+/// The interface matrix of first-order waves without roughness, in closed form: what one unit of σ⁺, σ⁻, π⁺
+/// and π⁻ below (FirstOrderWaves) leaves above. ex hands σ⁺ on as it is, hx gives π⁺ from the others, ey and
+/// hy are two equations for σ⁻ and π⁻.
 template <class V>
-class FirstOrderSolution {
+class FirstOrderCrossing {
  public:
   using L = Lanes<V>;
   using Z = Complexes<V>;
 
-  FirstOrderSolution() = default;
-  TOLVIK_INLINE FirstOrderSolution(const FirstOrderWaves<L>& waves, const Z& inverse_n)
-      : inverse_n_(inverse_n) {
-    const L half(0.5);
-    const Z hx_mean = half * (waves.hx[0] + waves.hx[1]), hx_lean = half * (waves.hx[0] - waves.hx[1]);
-    ey_hx_ = half * (waves.ey[1] + waves.ey[3]) * inverse_n;
-    hy_hx_ = half * (waves.hy[0] + waves.hy[1]) * inverse_n;
-    ey_ex_ = MulAdd(hx_mean, ey_hx_, half * (waves.ey[0] + waves.ey[2]));
-    hy_ex_ = hx_mean * hy_hx_;
-    p_ex_ = hx_mean * inverse_n;
-    p_l_ = hx_lean * inverse_n;
-    const Z ey_l = MulAdd(hx_lean, ey_hx_, half * (waves.ey[0] - waves.ey[2]));
-    const Z hy_l = MulAdd(hx_lean, hy_hx_, waves.kappa);
-    const Z ey_m = half * (waves.ey[1] - waves.ey[3]), hy_m = half * (waves.hy[0] - waves.hy[1]);
-    const Z scale = Inverse(NegMulAdd(ey_m, hy_l, ey_l * hy_m));
-    l_ey_ = hy_m * scale;
-    l_hy_ = -(ey_m * scale);
-    m_ey_ = -(hy_l * scale);
-    m_hy_ = ey_l * scale;
+  TOLVIK_INLINE FirstOrderCrossing(const FirstOrderJoint& joint, const GrazingAngles<V>& angles,
+                                   const FirstOrderWaves<L>& lower, const FirstOrderWaves<L>& upper) {
+    const L c = angles.cosine, c2 = c * c;
+    const Z half_inverse_n = Broadcast<V>(joint.half_inverse_n);
+    const Z ey_of_hx = c * Broadcast<V>(joint.ey_of_hx), hy_of_hx = Broadcast<V>(joint.hy_of_hx);
+    const Equations above(MulAdd(ey_of_hx, upper.hx_difference, upper.ey_difference), upper.q,
+                          MulAdd(hy_of_hx, upper.hx_difference, upper.kappa), upper.hy_difference,
+                          (half_inverse_n + half_inverse_n) * upper.hx_difference);
+    const Z hx_leak = lower.hx_difference * half_inverse_n;
+    const Image sum = above.Solve(c2 * Broadcast<V>(joint.ey_of_sigma), c * Broadcast<V>(joint.hy_of_sigma),
+                                  c * Broadcast<V>(joint.hx_of_sigma));
+    const Image difference = above.Solve(MulAdd(ey_of_hx, lower.hx_difference, lower.ey_difference),
+                                         MulAdd(hy_of_hx, lower.hx_difference, lower.kappa), -hx_leak);
+    SetRow(0, L(0.5), sum + difference);
+    SetRow(2, L(0.5), sum - difference);
+    const Image pi_sum = above.Solve(c * Broadcast<V>(joint.ey_of_pi), Broadcast<V>(joint.hy_of_pi),
+                                     Broadcast<V>(joint.hx_of_pi));
+    const Image pi_difference = above.Solve(lower.q, lower.hy_difference, Z());
+    SetRow(1, L(0.0), pi_sum + pi_difference);
+    SetRow(3, L(0.0), pi_sum - pi_difference);
   }
 
-  /// The amplitudes of sigma and pi, of the waves down with sign 1, up with sign -1. fields: ex, ey, hx, hy.
-  TOLVIK_INLINE void Solve(const Z (&fields)[4], int sign, Z& sigma, Z& pi) const {
-    const L half(0.5);
-    const Z ex = fields[0], hx = fields[2];
-    const Z ey = NegMulAdd(ex, ey_ex_, MulAdd(hx, ey_hx_, fields[1]));
-    const Z hy = NegMulAdd(ex, hy_ex_, MulAdd(hx, hy_hx_, fields[3]));
-    const Z l = MulAdd(l_ey_, ey, l_hy_ * hy);
-    const Z m = MulAdd(m_ey_, ey, m_hy_ * hy);
-    const Z p = NegMulAdd(hx, inverse_n_, MulAdd(ex, p_ex_, p_l_ * l));
-    sigma = half * (sign > 0 ? ex + l : ex - l);
-    pi = half * (sign > 0 ? p + m : p - m);
-  }
+  TOLVIK_INLINE const Z& operator()(int r, int c) const { return T_[r][c]; }
 
  private:
-  Z inverse_n_;
-  Z ey_hx_, hy_hx_, ey_ex_, hy_ex_;  // what hx and ex add to the equations of ey and hy
-  Z p_ex_, p_l_;                     // p from ex and l
-  Z l_ey_, l_hy_, m_ey_, m_hy_;      // l and m from the equations
+  // Half of σ⁻, π⁺ and π⁻ above.
+  struct Image {
+    Z sigma, pi_sum, pi_difference;
+
+    TOLVIK_INLINE friend Image operator+(const Image& a, const Image& b) {
+      return {a.sigma + b.sigma, a.pi_sum + b.pi_sum, a.pi_difference + b.pi_difference};
+    }
+    TOLVIK_INLINE friend Image operator-(const Image& a, const Image& b) {
+      return {a.sigma - b.sigma, a.pi_sum - b.pi_sum, a.pi_difference - b.pi_difference};
+    }
+  };
+
+  // ey = a σ⁻ + b π⁻ and hy = c σ⁻ + d π⁻, solved for halves; leak: the part of σ⁻ in π⁺.
+  struct Equations {
+    Z sigma_ey, sigma_hy, pi_ey, pi_hy, leak;
+
+    TOLVIK_INLINE Equations(const Z& a, const Z& b, const Z& c, const Z& d, const Z& leak_) : leak(leak_) {
+      const Z scale = L(0.5) * Inverse(NegMulAdd(b, c, a * d));
+      sigma_ey = d * scale;
+      sigma_hy = -(b * scale);
+      pi_ey = -(c * scale);
+      pi_hy = a * scale;
+    }
+    TOLVIK_INLINE Image Solve(const Z& ey, const Z& hy, const Z& hx) const {
+      const Z sigma = MulAdd(sigma_ey, ey, sigma_hy * hy);
+      return {sigma, MulAdd(leak, sigma, hx), MulAdd(pi_ey, ey, pi_hy * hy)};
+    }
+  };
+
+  // Row r from its image, of which half_ex is half of ex.
+  TOLVIK_INLINE void SetRow(int r, L half_ex, const Image& image) {
+    T_[r][0] = half_ex + image.sigma;
+    T_[r][1] = image.pi_sum + image.pi_difference;
+    T_[r][2] = half_ex - image.sigma;
+    T_[r][3] = image.pi_sum - image.pi_difference;
+  }
+
+  Z T_[4][4];
 };
 
 }  // namespace tolvik::engine::lanes

@@ -23,12 +23,9 @@ class MatrixWalk {
 
   static void Run(const MatrixStack& stack, const double* s, std::int32_t count, double* first,
                   double* second) {
-    alignas(64) double values[L::size];
     for (std::int32_t begin = 0; begin < count; begin += L::size) {
       const int used = count - begin < L::size ? count - begin : L::size;
-      // Places past the last angle repeat it: they cost little and can't disturb.
-      for (int i = 0; i < L::size; ++i) values[i] = s[begin + (i < used ? i : used - 1)];
-      MatrixWalk walk(stack, L::Load(values));
+      MatrixWalk walk(stack, Angles(s + begin, used));
       walk.Walk();
       walk.StoreRay(stack.polarisation, used, first + begin);
       if (second != nullptr) walk.StoreRay(stack.polarisation + 4, used, second + begin);
@@ -48,25 +45,29 @@ class MatrixWalk {
     rows_(0, 0) = rows_(1, 1) = Z(L(1.0));
   }
 
+  // Places past the last angle repeat it: they cost little and can't disturb.
+  static L Angles(const double* s, int used) {
+    alignas(64) double values[L::size];
+    for (int i = 0; i < L::size; ++i) values[i] = s[i < used ? i : used - 1];
+    return L::Load(values);
+  }
+
   TOLVIK_INLINE static bool IsScalar(const MatrixEntry& entry) { return entry.kind == ModeKind::kScalar; }
   TOLVIK_INLINE static bool IsTensor(const MatrixEntry& entry) {
     return entry.kind == ModeKind::kGeneral || entry.kind == ModeKind::kTetragonal;
   }
 
   void Walk() {
-    Modes* lower = &modes_[0];
-    Modes* upper = &modes_[1];
-    CalcModes(stack_.entry[0], *lower);
+    CalcModes(stack_.entry[0], modes_[0]);
     for (std::int32_t j = 0; j + 1 < stack_.entries; ++j) {
       const MatrixEntry& entry = stack_.entry[j];
       const MatrixEntry& above = stack_.entry[j + 1];
-      CalcModes(above, *upper);
-      upper->PrepareUpper(stack_, above, IsScalar(entry));
-      if (j > 0) Propagate(entry, *lower);
-      Cross(entry, above, *lower, *upper);
-      Modes* const passed = lower;
-      lower = upper;
-      upper = passed;
+      const Modes& lower = modes_[j % 2];
+      Modes& upper = modes_[(j + 1) % 2];
+      CalcModes(above, upper);
+      if (!stack_.first_order || (IsScalar(entry) && IsScalar(above))) upper.Invert(above);
+      if (j > 0) Propagate(entry, lower);
+      Cross(entry, above, lower, upper);
     }
   }
 
@@ -174,29 +175,25 @@ class MatrixWalk {
     return exp((L(4.0) * scale) * (upper * lower));
   }
 
-  // The fields that both pairs of waves bring to the interface are summed with the roughness as the waves
-  // down see it, and once more as the waves up see it.
   [[gnu::noinline]] void CrossFirstOrder(const MatrixEntry& entry, const Modes& lower, const Modes& upper) {
-    const FirstOrderWaves<L>& waves = lower.waves;
+    const FirstOrderCrossing<V> T(entry.joint, angles_, lower.waves, upper.waves);
     const bool rough = entry.sigma != 0.0;
-    Z opposite(L(1.0));
-    if (rough) opposite = OppositeRoughness(entry, waves.kappa, upper.waves.kappa);
+    Z opposite;
+    if (rough) opposite = OppositeRoughness(entry, lower.waves.kappa, upper.waves.kappa);
+    Z result[2][4];
+    for (int c = 0; c < 4; ++c) {
+      const int same = c < 2 ? 0 : 2, other = 2 - same;
+      const Z across[2] = {rough ? opposite * T(other, c) : T(other, c),
+                           rough ? opposite * T(other + 1, c) : T(other + 1, c)};
+      for (int row = 0; row < 2; ++row) {
+        result[row][c] =
+            MulAdd(rows_(row, same), T(same, c),
+                   MulAdd(rows_(row, same + 1), T(same + 1, c),
+                          MulAdd(rows_(row, other), across[0], rows_(row, other + 1) * across[1])));
+      }
+    }
     for (int row = 0; row < 2; ++row) {
-      Z fields[2][4];
-      for (int up = 0; up < 2; ++up) {
-        const Z sigma = rows_(row, 2 * up), pi = rows_(row, 2 * up + 1);
-        fields[up][0] = sigma;
-        fields[up][1] = MulAdd(sigma, waves.ey[2 * up], pi * waves.ey[2 * up + 1]);
-        fields[up][2] = NegMulAdd(pi, waves.n, sigma * waves.hx[up]);
-        fields[up][3] = MulAdd(sigma, up == 0 ? waves.kappa : -waves.kappa, pi * waves.hy[up]);
-      }
-      Z down[4], back[4];
-      for (int k = 0; k < 4; ++k) {
-        down[k] = rough ? MulAdd(opposite, fields[1][k], fields[0][k]) : fields[0][k] + fields[1][k];
-        back[k] = rough ? MulAdd(opposite, fields[0][k], fields[1][k]) : down[k];
-      }
-      upper.solution.Solve(down, 1, rows_(row, 0), rows_(row, 1));
-      upper.solution.Solve(back, -1, rows_(row, 2), rows_(row, 3));
+      for (int c = 0; c < 4; ++c) rows_(row, c) = result[row][c];
     }
   }
 
@@ -227,23 +224,32 @@ class MatrixWalk {
     if (IsTensor(entry)) {
       for (int c = 0; c < 4; ++c) {
         steepest = Max(steepest, abs(modes.kappa[c].imag()));
-        const Z e = modes::PropagationFactor<L>(L(stack_.k0), L(entry.d), modes.kappa[c]);
-        for (int row = 0; row < 2; ++row) rows_(row, c) *= e;
+        ScaleColumn(c, modes::PropagationFactor<L>(L(stack_.k0), L(entry.d), modes.kappa[c]));
       }
     } else {
       if (entry.kind == ModeKind::kFirstOrder) TurnFields(length, modes.waves);
-      const Z e = modes::PropagationFactor<L>(L(stack_.k0), L(entry.d), modes.kappa[0]);
-      const Z f = Inverse(e);
-      for (int row = 0; row < 2; ++row) {
-        for (int c = 0; c < 4; ++c) rows_(row, c) *= c < 2 ? e : f;
-      }
+      PropagatePairs(entry.d, modes.kappa[0]);
     }
     growth_ = MulAdd(length + length, steepest, growth_);
   }
 
+  // Waves down take exp(-i k0 d kappa), waves up its inverse. To reflection the ratio is all that matters.
+  TOLVIK_INLINE void PropagatePairs(double d, const Z& kappa) {
+    if (stack_.transmission) {
+      const Z down = modes::PropagationFactor<L>(L(stack_.k0), L(d), kappa);
+      for (int c = 0; c < 2; ++c) ScaleColumn(c, down);
+    }
+    const Z up = modes::PropagationFactor<L>(L(stack_.k0), L(stack_.transmission ? -d : -2.0 * d), kappa);
+    for (int c = 2; c < 4; ++c) ScaleColumn(c, up);
+  }
+
+  TOLVIK_INLINE void ScaleColumn(int c, const Z& factor) {
+    for (int row = 0; row < 2; ++row) rows_(row, c) *= factor;
+  }
+
   // The magnetisation turns sigma into pi on the way.
   void TurnFields(L length, const FirstOrderWaves<L>& waves) {
-    const Z a = length * waves.turn[0], b = length * waves.turn[1];
+    const Z a = length * waves.TurnDown(), b = length * waves.TurnUp();
     for (int row = 0; row < 2; ++row) {
       const Z down_sigma = rows_(row, 0), down_pi = rows_(row, 1);
       const Z up_sigma = rows_(row, 2), up_pi = rows_(row, 3);

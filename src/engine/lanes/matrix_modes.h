@@ -8,21 +8,6 @@
 
 namespace tolvik::engine::lanes {
 
-template <class V>
-TOLVIK_INLINE Complexes<V> Broadcast(const Pair& z) {
-  return {Lanes<V>(z.real), Lanes<V>(z.imag)};
-}
-
-/// The angles of one register.
-template <class V>
-struct GrazingAngles {
-  using L = Lanes<V>;
-
-  TOLVIK_INLINE explicit GrazingAngles(L s) : s2(s * s), cosine(sqrt(L(1.0) - s * s)) {}
-
-  L s2, cosine;
-};
-
 /// Waves of an entry. Scalar matter has w, the normal wavevector in units of k0 with w² = s² + (n² - 1), and
 /// q = w / n in place of D.
 template <class V>
@@ -34,7 +19,6 @@ struct MatrixModes {
   Z w, q, n, inverse_w;
   Matrix4<L> D, inverse;
   FirstOrderWaves<L> waves;
-  FirstOrderSolution<V> solution;
 
   [[gnu::noinline]] void Calculate(const MatrixStack& stack, const MatrixEntry& entry,
                                    const GrazingAngles<V>& angles) {
@@ -42,20 +26,16 @@ struct MatrixModes {
       case ModeKind::kScalar:
         return CalcScalar(entry, angles, stack.first_order);
       case ModeKind::kFirstOrder:
-        return CalcFirstOrder(stack, entry, angles);
+        return CalcFirstOrder(entry, angles);
       default:
         return CalcTensor(entry, angles);
     }
   }
 
-  /// What the upper side of an interface needs. beside_scalar: the lower side is scalar matter.
-  [[gnu::noinline]] void PrepareUpper(const MatrixStack& stack, const MatrixEntry& entry,
-                                      bool beside_scalar) {
-    const bool scalar = entry.kind == ModeKind::kScalar;
-    if (scalar && (beside_scalar || !stack.first_order)) {
+  /// What the upper side of an interface needs besides.
+  [[gnu::noinline]] void Invert(const MatrixEntry& entry) {
+    if (entry.kind == ModeKind::kScalar) {
       inverse_w = Inverse(w);
-    } else if (stack.first_order) {
-      solution = FirstOrderSolution<V>(waves, Broadcast<V>(entry.inverse));
     } else {
       InvertInto<L>(D, inverse);
     }
@@ -69,8 +49,10 @@ struct MatrixModes {
     kappa[0] = kappa[1] = w;
     kappa[2] = kappa[3] = -w;
     if (!first_order) return;
-    const Z zero;
-    waves = {w, n, {zero, q, zero, -q}, {zero, zero}, {zero, zero}, {zero, zero}};
+    waves = FirstOrderWaves<L>();
+    waves.kappa = w;
+    waves.q = q;
+    waves.n = n;
   }
 
   [[gnu::noinline]] void CalcTensor(const MatrixEntry& entry, const GrazingAngles<V>& angles) {
@@ -83,11 +65,14 @@ struct MatrixModes {
     }
   }
 
-  [[gnu::noinline]] void CalcFirstOrder(const MatrixStack& stack, const MatrixEntry& entry,
-                                        const GrazingAngles<V>& angles) {
-    const Direction<L> direction{L(stack.direction[0]), L(stack.direction[1]), L(stack.direction[2])};
-    CalcFirstOrderWaves<L>(waves, angles.cosine, direction, Broadcast<V>(entry.index),
-                           Broadcast<V>(entry.strength));
+  [[gnu::noinline]] void CalcFirstOrder(const MatrixEntry& entry, const GrazingAngles<V>& angles) {
+    const FirstOrderMatter<Pair>& m = entry.matter;
+    const FirstOrderMatter<Z> matter = {Broadcast<V>(m.n),          Broadcast<V>(m.inverse_n),
+                                        Broadcast<V>(m.inverse_n2), Broadcast<V>(m.ey_sum),
+                                        Broadcast<V>(m.ey_pi),      Broadcast<V>(m.hx_sum),
+                                        Broadcast<V>(m.hy_pi),      Broadcast<V>(m.hy_difference)};
+    w = sqrt(Z(angles.s2 + L(entry.chi.real), L(entry.chi.imag)));
+    CalcFirstOrderWaves<L>(waves, angles.cosine, w * matter.inverse_n, matter);
     kappa[0] = waves.kappa;
   }
 };

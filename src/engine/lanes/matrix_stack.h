@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+#include "engine/first_order_modes.h"
+
 namespace tolvik::engine::lanes {
 
 /// How the four waves of an entry are found.
@@ -14,19 +16,35 @@ struct Pair {
   double real, imag;
 };
 
+/// Which fields one unit of σ⁺ and of π⁺ below an interface (FirstOrderWaves) leave for the waves above it,
+/// once ex and hx are continuous; per power of the cosine c of the grazing angle. n, ey_pi and hy_pi are
+/// those above.
+struct FirstOrderJoint {
+  Pair ey_of_sigma;  ///< c² ey_of_sigma
+  Pair hy_of_sigma;  ///< c hy_of_sigma
+  Pair hx_of_sigma;  ///< c hx_of_sigma: half of the part of σ⁺ in π⁺ above
+  Pair ey_of_pi;     ///< c ey_of_pi
+  Pair hy_of_pi;
+  Pair hx_of_pi;        ///< half of the part of π⁺ in π⁺ above
+  Pair half_inverse_n;  ///< 1 / (2 n)
+  Pair ey_of_hx;        ///< c ey_of_hx = ey_pi / n
+  Pair hy_of_hx;        ///< hy_pi / n
+};
+
 /// One entry of the profile as the kernels see it.
 struct MatrixEntry {
   ModeKind kind;
-  bool guarded;       ///< absorption alone does not keep the normal wavevector away from 0
-  double d;           ///< thickness, Å
-  double sigma;       ///< roughness of the interface above, Å
-  Pair index;         ///< n
-  Pair inverse;       ///< 1 / n
-  Pair chi;           ///< n² - 1
-  Pair strength;      ///< Q of the first-order algorithm
-  Pair along_index;   ///< n_upper / (2 n) and
-  Pair across_index;  ///< n / (2 n_upper) at the interface above
-  Pair tensor[9];     ///< row major
+  bool guarded;                   ///< absorption alone does not keep the normal wavevector away from 0
+  double d;                       ///< thickness, Å
+  double sigma;                   ///< roughness of the interface above, Å
+  Pair index;                     ///< n
+  Pair inverse;                   ///< 1 / n
+  Pair chi;                       ///< n² - 1
+  Pair along_index;               ///< n_upper / (2 n) and
+  Pair across_index;              ///< n / (2 n_upper) at the interface above
+  Pair tensor[9];                 ///< row major
+  FirstOrderMatter<Pair> matter;  ///< of the first-order algorithm
+  FirstOrderJoint joint;          ///< likewise, at the interface above
 };
 
 /// A stack at one k0. Interface j lies above entry j; entry 0 is the substrate.
@@ -36,7 +54,6 @@ struct MatrixStack {
   bool first_order;            ///< the first-order algorithm
   bool transmission;           ///< what goes through instead of what comes back
   double k0;                   ///< Å⁻¹
-  double direction[3];         ///< direction cosines of the magnetisation, for the first-order algorithm
   double largest_growth;       ///< largest sum of 2 k0 d |Im kappa| that lanes may judge
   const double* polarisation;  ///< eight numbers, per ray sigma and pi as complex numbers
 };
