@@ -112,7 +112,8 @@ TEST_F(Exports, ScansWithoutTablesKeepTheirPoints) {
 TEST_F(Exports, WithoutAFitOrAnEvolutionThereIsNothingToRead) {
   CState given = Substrate();
   CState* model = &given;
-  CSolution* curve = &given.datasets[0];
+  CSolution other;
+  CSolution* curve = &other;
   CMultiFit* fit = reinterpret_cast<CMultiFit*>(&given);
   CEvolution* evolution = reinterpret_cast<CEvolution*>(&given);
   EXPECT_EQ(FIND(FitIterateDLL)(), 0);
