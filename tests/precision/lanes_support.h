@@ -6,7 +6,7 @@
 
 #include "engine/cnumber.h"
 #include "engine/complex.h"
-#include "engine/intensity.tpp"
+#include "engine/intensity.h"
 #include "engine/lanes/kernels.h"
 #include "precision/random_stack.h"
 

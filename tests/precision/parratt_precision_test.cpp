@@ -13,8 +13,9 @@
 
 #include "engine/cnumber.h"
 #include "engine/complex.h"
-#include "engine/intensity.tpp"
-#include "engine/profile.tpp"
+#include "engine/grazing.h"
+#include "engine/intensity.h"
+#include "engine/profile.h"
 #include "support/random_stacks.h"
 
 namespace tolvik::engine {
