@@ -10,4 +10,6 @@ if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
     list(APPEND avx512 -Wno-maybe-uninitialized -Wno-uninitialized)
   endif()
   set_source_files_properties(${folder}/avx512.cpp PROPERTIES COMPILE_OPTIONS "${avx512}")
+  set_source_files_properties(${folder}/sse.cpp ${folder}/avx2.cpp ${folder}/avx512.cpp
+                              PROPERTIES SKIP_PRECOMPILE_HEADERS ON)
 endif()
