@@ -83,7 +83,15 @@ void FillTetragonal(Matrix4<T>& D, Cplx<T> (&kappa)[4], const T& c, const Tensor
   SetRow<T>(D, 3, zero, b, -kappa[3] * (c2 + b), zero);
 }
 
+// Row r of D from the electric vector of its wave; hx and hy follow from Faraday's law.
 template <class T>
+void SetFields(Matrix4<T>& D, int r, const Cplx<T>& kappa, const T& c, const Cplx<T>& x, const Cplx<T>& y,
+               const Cplx<T>& z) {
+  SetRow<T>(D, r, x, y, NegMulAdd(kappa, y, Cplx<T>(c * z)), kappa * x);
+}
+
+// unit: electric vectors of length 1. Without it they have the length that comes.
+template <bool unit, class T>
 void FillGeneral(Matrix4<T>& D, Cplx<T> (&kappa)[4], const T& c, const Tensor<T>& tensor) {
   const auto& [exx, exy, exz, eyx, eyy, eyz, ezx, ezy, ezz] = tensor;
   const Cplx<T> a = exx - c * c;
@@ -100,9 +108,12 @@ void FillGeneral(Matrix4<T>& D, Cplx<T> (&kappa)[4], const T& c, const Tensor<T>
     const Cplx<T> e1 = exz * u - exy * b;
     const Cplx<T> e2 = h * b - exz * ezx;
     const Cplx<T> e3 = exy * ezx - h * u;
-    const T scale = T(1.0) / sqrt(norm(e1) + norm(e2) + norm(e3));
-    const Cplx<T> x = scale * e1, y = scale * e2, z = scale * e3;
-    SetRow<T>(D, r, x, y, NegMulAdd(kappa[r], y, Cplx<T>(c * z)), kappa[r] * x);
+    if constexpr (unit) {
+      const T scale = T(1.0) / sqrt(norm(e1) + norm(e2) + norm(e3));
+      SetFields<T>(D, r, kappa[r], c, scale * e1, scale * e2, scale * e3);
+    } else {
+      SetFields<T>(D, r, kappa[r], c, e1, e2, e3);
+    }
   }
 }
 
@@ -150,7 +161,7 @@ void CalcTetragonalMatrices(Matrix4<T>& P, Matrix4<T>& D, Cplx<T> (&kappa)[4], T
 template <class T>
 void CalcGeneralMatrices(Matrix4<T>& P, Matrix4<T>& D, Cplx<T> (&kappa)[4], T theta, T k0, T d,
                          const Tensor<T>& tensor) {
-  modes::FillGeneral<T>(D, kappa, cos(theta), tensor);
+  modes::FillGeneral<true, T>(D, kappa, cos(theta), tensor);
   modes::FillPropagation<T>(P, k0, d, kappa);
 }
 

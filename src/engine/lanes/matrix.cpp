@@ -81,6 +81,9 @@ bool MatrixLanes::Prepare(const Profile<double>& profile, double k0,
 
   stack_ = {entries_.data(), profile.size,        options.algorithm == kMatrixTwo, options.transmission, k0,
             2.0 * kRange,    options.polarisation};
+  // A ray comes from the ambient and leaves there, or in the substrate; in between lengths cancel.
+  entries_.back().normalised = true;
+  entries_.front().normalised = options.transmission;
   return SetGeometry(profile);
 }
 

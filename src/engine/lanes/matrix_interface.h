@@ -94,8 +94,10 @@ class FirstOrderCrossing {
   using L = Lanes<V>;
   using Z = Complexes<V>;
 
-  TOLVIK_INLINE FirstOrderCrossing(const FirstOrderJoint& joint, const GrazingAngles<V>& angles,
-                                   const FirstOrderWaves<L>& lower, const FirstOrderWaves<L>& upper) {
+  /// Fills T, whose rows are the waves below.
+  TOLVIK_INLINE FirstOrderCrossing(Z (&T)[4][4], const FirstOrderJoint& joint, const GrazingAngles<V>& angles,
+                                   const FirstOrderWaves<L>& lower, const FirstOrderWaves<L>& upper)
+      : T_(T) {
     const L c = angles.cosine, c2 = c * c;
     const Z half_inverse_n = Broadcast<V>(joint.half_inverse_n);
     const Z ey_of_hx = c * Broadcast<V>(joint.ey_of_hx), hy_of_hx = Broadcast<V>(joint.hy_of_hx);
@@ -115,8 +117,6 @@ class FirstOrderCrossing {
     SetRow(1, L(0.0), pi_sum + pi_difference);
     SetRow(3, L(0.0), pi_sum - pi_difference);
   }
-
-  TOLVIK_INLINE const Z& operator()(int r, int c) const { return T_[r][c]; }
 
  private:
   // Half of σ⁻, π⁺ and π⁻ above.
@@ -156,7 +156,7 @@ class FirstOrderCrossing {
     T_[r][3] = image.pi_sum - image.pi_difference;
   }
 
-  Z T_[4][4];
+  Z (&T_)[4][4];
 };
 
 }  // namespace tolvik::engine::lanes

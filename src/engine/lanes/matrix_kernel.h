@@ -143,20 +143,29 @@ class MatrixWalk {
                                       const Modes& upper) {
     const Into into(above, upper);
     const InterfaceRoughness<V> roughness(entry.sigma * stack_.k0, lower.kappa, upper.kappa);
-    Z sum[2][4];
+    Z T[4][4];
 #pragma GCC unroll 4
     for (int r = 0; r < 4; ++r) {
-      Z fields[4], t[4];
+      Z fields[4];
       GetFields(lower, scalar_below, r, fields);
-      into(fields, t);
-      roughness.Apply(r, lower.kappa[r], upper.kappa, t);
+      into(fields, T[r]);
+      roughness.Apply(r, lower.kappa[r], upper.kappa, T[r]);
+    }
+    MultiplyRows(T);
+  }
+
+  TOLVIK_INLINE void MultiplyRows(const Z (&T)[4][4]) {
+    Z result[2][4];
+#pragma GCC unroll 4
+    for (int c = 0; c < 4; ++c) {
       for (int row = 0; row < 2; ++row) {
-        const Z amplitude = rows_(row, r);
-        for (int c = 0; c < 4; ++c) sum[row][c] = MulAdd(amplitude, t[c], sum[row][c]);
+        result[row][c] =
+            MulAdd(rows_(row, 3), T[3][c],
+                   MulAdd(rows_(row, 2), T[2][c], MulAdd(rows_(row, 1), T[1][c], rows_(row, 0) * T[0][c])));
       }
     }
     for (int row = 0; row < 2; ++row) {
-      for (int c = 0; c < 4; ++c) rows_(row, c) = sum[row][c];
+      for (int c = 0; c < 4; ++c) rows_(row, c) = result[row][c];
     }
   }
 
@@ -176,25 +185,15 @@ class MatrixWalk {
   }
 
   [[gnu::noinline]] void CrossFirstOrder(const MatrixEntry& entry, const Modes& lower, const Modes& upper) {
-    const FirstOrderCrossing<V> T(entry.joint, angles_, lower.waves, upper.waves);
-    const bool rough = entry.sigma != 0.0;
-    Z opposite;
-    if (rough) opposite = OppositeRoughness(entry, lower.waves.kappa, upper.waves.kappa);
-    Z result[2][4];
-    for (int c = 0; c < 4; ++c) {
-      const int same = c < 2 ? 0 : 2, other = 2 - same;
-      const Z across[2] = {rough ? opposite * T(other, c) : T(other, c),
-                           rough ? opposite * T(other + 1, c) : T(other + 1, c)};
-      for (int row = 0; row < 2; ++row) {
-        result[row][c] =
-            MulAdd(rows_(row, same), T(same, c),
-                   MulAdd(rows_(row, same + 1), T(same + 1, c),
-                          MulAdd(rows_(row, other), across[0], rows_(row, other + 1) * across[1])));
-      }
+    Z T[4][4];
+    FirstOrderCrossing<V>(T, entry.joint, angles_, lower.waves, upper.waves);
+    if (entry.sigma == 0.0) return MultiplyRows(T);
+    const Z opposite = OppositeRoughness(entry, lower.waves.kappa, upper.waves.kappa);
+    for (int r = 0; r < 4; ++r) {
+      const int other = r < 2 ? 2 : 0;
+      for (int c = other; c < other + 2; ++c) T[r][c] *= opposite;
     }
-    for (int row = 0; row < 2; ++row) {
-      for (int c = 0; c < 4; ++c) rows_(row, c) = result[row][c];
-    }
+    MultiplyRows(T);
   }
 
   // Both sides scalar: T joins sigma with sigma, pi with pi only.
@@ -222,10 +221,8 @@ class MatrixWalk {
     const L length(stack_.k0 * entry.d);
     L steepest = abs(modes.kappa[0].imag());
     if (IsTensor(entry)) {
-      for (int c = 0; c < 4; ++c) {
-        steepest = Max(steepest, abs(modes.kappa[c].imag()));
-        ScaleColumn(c, modes::PropagationFactor<L>(L(stack_.k0), L(entry.d), modes.kappa[c]));
-      }
+      for (int c = 1; c < 4; ++c) steepest = Max(steepest, abs(modes.kappa[c].imag()));
+      PropagateEach(entry.d, modes.kappa);
     } else {
       if (entry.kind == ModeKind::kFirstOrder) TurnFields(length, modes.waves);
       PropagatePairs(entry.d, modes.kappa[0]);
@@ -233,13 +230,34 @@ class MatrixWalk {
     growth_ = MulAdd(length + length, steepest, growth_);
   }
 
-  // Waves down take exp(-i k0 d kappa), waves up its inverse. To reflection the ratio is all that matters.
+  TOLVIK_INLINE Z PropagationFactor(double d, const Z& kappa) const {
+    return modes::PropagationFactor<L>(L(stack_.k0), L(d), kappa);
+  }
+
+  // To reflection only the ratios of the four factors matter, and those of a pair lie near 1.
+  TOLVIK_INLINE void PropagateEach(double d, const Z (&kappa)[4]) {
+    if (stack_.transmission) {
+      for (int c = 0; c < 4; ++c) ScaleColumn(c, PropagationFactor(d, kappa[c]));
+      return;
+    }
+    const Z up = PropagationFactor(d, kappa[2] - kappa[0]);
+    ScaleColumn(1, PropagationStep(d, kappa[1] - kappa[0]));
+    ScaleColumn(2, up);
+    ScaleColumn(3, up * PropagationStep(d, kappa[3] - kappa[2]));
+  }
+
+  TOLVIK_INLINE Z PropagationStep(double d, const Z& kappa) const {
+    const L length(stack_.k0 * d);
+    return ExponentialNearOne(Z(length * kappa.imag(), -(length * kappa.real())));
+  }
+
+  // Waves down take exp(-i k0 d kappa), waves up its inverse; to reflection the ratio is all.
   TOLVIK_INLINE void PropagatePairs(double d, const Z& kappa) {
     if (stack_.transmission) {
-      const Z down = modes::PropagationFactor<L>(L(stack_.k0), L(d), kappa);
+      const Z down = PropagationFactor(d, kappa);
       for (int c = 0; c < 2; ++c) ScaleColumn(c, down);
     }
-    const Z up = modes::PropagationFactor<L>(L(stack_.k0), L(stack_.transmission ? -d : -2.0 * d), kappa);
+    const Z up = PropagationFactor(stack_.transmission ? -d : -2.0 * d, kappa);
     for (int c = 2; c < 4; ++c) ScaleColumn(c, up);
   }
 

@@ -58,10 +58,12 @@ struct MatrixModes {
   [[gnu::noinline]] void CalcTensor(const MatrixEntry& entry, const GrazingAngles<V>& angles) {
     Z tensor[9];
     for (int i = 0; i < 9; ++i) tensor[i] = Broadcast<V>(entry.tensor[i]);
-    if (entry.kind == ModeKind::kGeneral) {
-      modes::FillGeneral<L>(D, kappa, angles.cosine, tensor);
-    } else {
+    if (entry.kind == ModeKind::kTetragonal) {
       modes::FillTetragonal<L>(D, kappa, angles.cosine, tensor);
+    } else if (entry.normalised) {
+      modes::FillGeneral<true, L>(D, kappa, angles.cosine, tensor);
+    } else {
+      modes::FillGeneral<false, L>(D, kappa, angles.cosine, tensor);
     }
   }
 

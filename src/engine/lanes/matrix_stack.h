@@ -34,15 +34,16 @@ struct FirstOrderJoint {
 /// One entry of the profile as the kernels see it.
 struct MatrixEntry {
   ModeKind kind;
-  bool guarded;                   ///< absorption alone does not keep the normal wavevector away from 0
-  double d;                       ///< thickness, Å
-  double sigma;                   ///< roughness of the interface above, Å
-  Pair index;                     ///< n
-  Pair inverse;                   ///< 1 / n
-  Pair chi;                       ///< n² - 1
-  Pair along_index;               ///< n_upper / (2 n) and
-  Pair across_index;              ///< n / (2 n_upper) at the interface above
-  Pair tensor[9];                 ///< row major
+  bool guarded;       ///< absorption alone does not keep the normal wavevector away from 0
+  bool normalised;    ///< amplitudes count, so the fields of a general tensor must be those of unit waves
+  double d;           ///< thickness, Å
+  double sigma;       ///< roughness of the interface above, Å
+  Pair index;         ///< n
+  Pair inverse;       ///< 1 / n
+  Pair chi;           ///< n² - 1
+  Pair along_index;   ///< n_upper / (2 n) and
+  Pair across_index;  ///< n / (2 n_upper) at the interface above
+  Pair tensor[9];     ///< row major
   FirstOrderMatter<Pair> matter;  ///< of the first-order algorithm
   FirstOrderJoint joint;          ///< likewise, at the interface above
 };

@@ -54,6 +54,14 @@ TOLVIK_INLINE Complexes<V> ShortExponential(Complexes<V> z) {
   return {modulus * Polynomial<V>(kCosine, y2), (modulus * z.imag()) * Polynomial<V>(kSine, y2)};
 }
 
+/// exp(z), the short way where |z| < kShortStep. Each angle goes its own way, whatever its neighbours do.
+template <class V>
+TOLVIK_INLINE Complexes<V> ExponentialNearOne(Complexes<V> z) {
+  const Mask<V> is_short = norm(z) < Lanes<V>(kShortStep * kShortStep);
+  if (AllOf(is_short)) return ShortExponential(z);
+  return Select(is_short, ShortExponential(z), exp(z));
+}
+
 /// The cube root of a normal x > 0 within 1e-13. The bits of a number, read as an integer, are its logarithm
 /// to within 6 percent; a third of that is a start for two steps of Halley.
 template <class V>
