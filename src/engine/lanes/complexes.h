@@ -23,6 +23,14 @@ class Complexes {
       : real_(real), imag_(Scalar(0)) {}  // NOLINT: a real number is a complex one
   TOLVIK_INLINE Complexes(L real, L imag) : real_(real), imag_(imag) {}
 
+  // Part by part: GCC copies a pair of registers as a block of bytes, through the stack in halves.
+  TOLVIK_INLINE Complexes(const Complexes& other) : real_(other.real_), imag_(other.imag_) {}
+  TOLVIK_INLINE Complexes& operator=(const Complexes& other) {
+    real_ = other.real_;
+    imag_ = other.imag_;
+    return *this;
+  }
+
   TOLVIK_INLINE L real() const { return real_; }
   TOLVIK_INLINE L imag() const { return imag_; }
 

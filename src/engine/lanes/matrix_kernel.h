@@ -154,18 +154,15 @@ class MatrixWalk {
     MultiplyRows(T);
   }
 
+  // Row by row, so that the old amplitudes of one row stay in registers.
   TOLVIK_INLINE void MultiplyRows(const Z (&T)[4][4]) {
-    Z result[2][4];
-#pragma GCC unroll 4
-    for (int c = 0; c < 4; ++c) {
-      for (int row = 0; row < 2; ++row) {
-        result[row][c] =
-            MulAdd(rows_(row, 3), T[3][c],
-                   MulAdd(rows_(row, 2), T[2][c], MulAdd(rows_(row, 1), T[1][c], rows_(row, 0) * T[0][c])));
-      }
-    }
     for (int row = 0; row < 2; ++row) {
-      for (int c = 0; c < 4; ++c) rows_(row, c) = result[row][c];
+      const Z old[4] = {rows_(row, 0), rows_(row, 1), rows_(row, 2), rows_(row, 3)};
+#pragma GCC unroll 4
+      for (int c = 0; c < 4; ++c) {
+        rows_(row, c) =
+            MulAdd(old[3], T[3][c], MulAdd(old[2], T[2][c], MulAdd(old[1], T[1][c], old[0] * T[0][c])));
+      }
     }
   }
 
