@@ -22,14 +22,14 @@ class LanesFunctions : public testing::Test {
   using Wider = std::conditional_t<std::is_same_v<T, float>, double, long double>;
 
   struct Values {
-    explicit Values(std::size_t n) : exp(n), sine(n), cosine(n), root(n), inverse(n) {}
-    std::vector<T> exp, sine, cosine, root, inverse;
+    explicit Values(std::size_t n) : exp(n), sine(n), cosine(n), root(n), inverse(n), quotient(n) {}
+    std::vector<T> exp, sine, cosine, root, inverse, quotient;
   };
 
   static Values Calculate(const Kernels& kernels, const std::vector<T>& x) {
     Values v(x.size());
-    const FunctionValues<T> out = {v.exp.data(), v.sine.data(), v.cosine.data(), v.root.data(),
-                                   v.inverse.data()};
+    const FunctionValues<T> out = {v.exp.data(),  v.sine.data(),    v.cosine.data(),
+                                   v.root.data(), v.inverse.data(), v.quotient.data()};
     const auto count = static_cast<std::int32_t>(x.size());
     if constexpr (std::is_same_v<T, float>) {
       kernels.functions_float(x.data(), count, out);
@@ -131,6 +131,22 @@ TYPED_TEST(LanesFunctions, RootIsWithinOnePlaceAndItsInverseWithinTwo) {
     EXPECT_LT(root, 1.0) << kernels->name;
     EXPECT_LT(inverse, 1.6) << kernels->name;
     EXPECT_GT(std::min(root, inverse), 0.1) << "nothing compared";
+  }
+}
+
+// √x / x and not x / x, so that the numerators are any numbers.
+TYPED_TEST(LanesFunctions, QuotientIsWithinOnePlace) {
+  using Exact = typename TestFixture::Wider;
+  for (const Kernels* kernels : this->Sets()) {
+    const auto x = this->Numbers(1e-30, 1e30, true);
+    const auto values = this->Calculate(*kernels, x);
+    double worst = 0;
+    for (std::size_t i = 0; i < x.size(); ++i) {
+      const Exact exact = static_cast<Exact>(values.root[i]) / static_cast<Exact>(x[i]);
+      worst = std::max(worst, this->Ulps(values.quotient[i], exact));
+    }
+    EXPECT_LT(worst, 1.0) << kernels->name;
+    EXPECT_GT(worst, 0.1) << "nothing compared";
   }
 }
 

@@ -19,6 +19,7 @@ struct Double {
   TOLVIK_INLINE static Batch NegMulAdd(Batch a, Batch b, Batch c) { return _mm512_fnmadd_pd(a, b, c); }
   TOLVIK_INLINE static Batch MulSub(Batch a, Batch b, Batch c) { return _mm512_fmsub_pd(a, b, c); }
   TOLVIK_INLINE static Batch EstimateInverseRoot(Batch x) { return _mm512_rsqrt14_pd(x); }
+  TOLVIK_INLINE static Batch EstimateInverse(Batch x) { return _mm512_rcp14_pd(x); }
 };
 
 struct Float {
@@ -29,6 +30,7 @@ struct Float {
   TOLVIK_INLINE static Batch NegMulAdd(Batch a, Batch b, Batch c) { return _mm512_fnmadd_ps(a, b, c); }
   TOLVIK_INLINE static Batch MulSub(Batch a, Batch b, Batch c) { return _mm512_fmsub_ps(a, b, c); }
   TOLVIK_INLINE static Batch EstimateInverseRoot(Batch x) { return _mm512_rsqrt14_ps(x); }
+  TOLVIK_INLINE static Batch EstimateInverse(Batch x) { return _mm512_rcp14_ps(x); }
 };
 
 }  // namespace

@@ -84,7 +84,7 @@ class Complexes {
   /// The squared modulus.
   TOLVIK_INLINE friend L norm(Complexes a) { return MulAdd(a.real_, a.real_, a.imag_ * a.imag_); }
   TOLVIK_INLINE friend Complexes Inverse(Complexes a) {
-    const L scale = L(Scalar(1)) / norm(a);
+    const L scale = Quotient(L(Scalar(1)), norm(a));
     return {scale * a.real_, -(scale * a.imag_)};
   }
   TOLVIK_INLINE friend Complexes exp(Complexes a) {

@@ -13,7 +13,7 @@ struct FunctionBlock {
   using Scalar = typename L::Scalar;
 
   static void Run(const Scalar* x, std::int32_t count, const FunctionValues<Scalar>& values) {
-    alignas(64) Scalar in[L::size], out[5][L::size];
+    alignas(64) Scalar in[L::size], out[6][L::size];
     for (std::int32_t first = 0; first < count; first += L::size) {
       const int used = count - first < L::size ? count - first : L::size;
       for (int i = 0; i < L::size; ++i) in[i] = x[first + (i < used ? i : 0)];
@@ -23,10 +23,13 @@ struct FunctionBlock {
       Exp(argument).Store(out[0]);
       sine.Store(out[1]);
       cosine.Store(out[2]);
-      SquareRootAndInverse(abs(argument), inverse).Store(out[3]);
+      const L root = SquareRootAndInverse(abs(argument), inverse);
+      root.Store(out[3]);
       inverse.Store(out[4]);
-      Scalar* const results[5] = {values.exp, values.sine, values.cosine, values.root, values.inverse_root};
-      for (int k = 0; k < 5; ++k) {
+      Quotient(root, argument).Store(out[5]);
+      Scalar* const results[6] = {values.exp,  values.sine,         values.cosine,
+                                  values.root, values.inverse_root, values.quotient};
+      for (int k = 0; k < 6; ++k) {
         for (int i = 0; i < used; ++i) results[k][first + i] = out[k][i];
       }
     }

@@ -123,6 +123,24 @@ TOLVIK_INLINE Lanes<V> SquareRootOfNormal(Lanes<V> x) {
   }
 }
 
+/// a / b within 1 ulp for normal b whose inverse is normal; for other b perhaps not a number where a / b is
+/// one. A processor with an estimate of the inverse refines that instead of occupying its one divider.
+template <class V>
+TOLVIK_INLINE Lanes<V> Quotient(Lanes<V> a, Lanes<V> b) {
+  using L = Lanes<V>;
+  using Scalar = typename L::Scalar;
+  if constexpr (V::estimates) {
+    const L one(Scalar(1));
+    L inverse = V::EstimateInverse(b.Register());  // within 2^-14
+    inverse = MulAdd(inverse, NegMulAdd(b, inverse, one), inverse);
+    if constexpr (sizeof(Scalar) == 8) inverse = MulAdd(inverse, NegMulAdd(b, inverse, one), inverse);
+    const L quotient = a * inverse;
+    return MulAdd(inverse, NegMulAdd(b, quotient, a), quotient);
+  } else {
+    return a / b;
+  }
+}
+
 /// exp(x) within 1.5 ulp; 0 below the lowest normal result, and nothing of use above exp_highest.
 template <class V>
 TOLVIK_INLINE Lanes<V> Exp(Lanes<V> x) {

@@ -14,7 +14,7 @@ namespace tolvik::engine::lanes {
 /// The functions of functions.h at count numbers, for their tests. Results: arrays of the same length.
 template <class Scalar>
 struct FunctionValues {
-  Scalar *exp, *sine, *cosine, *root, *inverse_root;
+  Scalar *exp, *sine, *cosine, *root, *inverse_root, *quotient;
 };
 template <class Scalar>
 using FunctionKernel = void (*)(const Scalar* x, std::int32_t count, const FunctionValues<Scalar>& values);

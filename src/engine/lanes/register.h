@@ -2,9 +2,9 @@
 // Several angles as one number.
 //
 // V names a vector register: V::Batch is the register of xsimd, V::fused tells whether V::MulAdd and its kin
-// exist, which round a·b + c once, V::estimates whether V::EstimateInverseRoot does. Each source of an
-// instruction set defines its V in an unnamed namespace, so that everything instantiated here stays inside
-// that object.
+// exist, which round a·b + c once, V::estimates whether V::EstimateInverseRoot and V::EstimateInverse do.
+// Each source of an instruction set defines its V in an unnamed namespace, so that everything instantiated
+// here stays inside that object.
 #pragma once
 
 #include <cstdint>
