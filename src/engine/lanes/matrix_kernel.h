@@ -184,11 +184,12 @@ class MatrixWalk {
   [[gnu::noinline]] void CrossFirstOrder(const MatrixEntry& entry, const Modes& lower, const Modes& upper) {
     Z T[4][4];
     FirstOrderCrossing<V>(T, entry.joint, angles_, lower.waves, upper.waves);
-    if (entry.sigma == 0.0) return MultiplyRows(T);
-    const Z opposite = OppositeRoughness(entry, lower.waves.kappa, upper.waves.kappa);
-    for (int r = 0; r < 4; ++r) {
-      const int other = r < 2 ? 2 : 0;
-      for (int c = other; c < other + 2; ++c) T[r][c] *= opposite;
+    if (entry.sigma != 0.0) {
+      const Z opposite = OppositeRoughness(entry, lower.waves.kappa, upper.waves.kappa);
+      for (int r = 0; r < 4; ++r) {
+        const int other = r < 2 ? 2 : 0;
+        for (int c = other; c < other + 2; ++c) T[r][c] *= opposite;
+      }
     }
     MultiplyRows(T);
   }
