@@ -13,7 +13,8 @@ struct Direction {
 };
 
 /// What the first-order waves of an entry take from its matter alone: the index n, and the parts that the
-/// magnetic strength Q adds to the fields, named as in FirstOrderWaves.
+/// magnetic strength Q adds to the fields, named as at FirstOrderWaves, without the cosine c of the grazing
+/// angle and the angle of refraction.
 template <class C>
 struct FirstOrderMatter {
   C n, inverse_n, inverse_n2;
@@ -26,15 +27,15 @@ struct FirstOrderMatter {
 /// With the sum σ⁺ and the difference σ⁻ of the sigma amplitudes down and up, and π⁺ and π⁻ alike, the fields
 /// are
 ///   ex = σ⁺
-///   ey = ey_sum σ⁺ + ey_difference σ⁻ + ey_pi π⁺ + q π⁻
-///   hx = hx_sum σ⁺ + hx_difference σ⁻ - n π⁺
+///   ey = c² ey_sum σ⁺ + ey_difference σ⁻ + c ey_pi π⁺ + q π⁻
+///   hx = c hx_sum σ⁺ + hx_difference σ⁻ - n π⁺
 ///   hy = kappa σ⁻ + hy_pi π⁺ + hy_difference π⁻
-/// with q the cosine of the refracted angle against the normal and kappa = n q.
+/// with q the cosine of the refracted angle against the normal and kappa = n q; n, ey_sum, ey_pi and hx_sum
+/// are those of FirstOrderMatter.
 template <class T>
 struct FirstOrderWaves {
-  Cplx<T> kappa, q, n;
-  Cplx<T> ey_sum, ey_difference, ey_pi;
-  Cplx<T> hx_sum, hx_difference;
+  Cplx<T> kappa, q;
+  Cplx<T> ey_difference, hx_difference;
   Cplx<T> hy_pi, hy_difference;
 
   /// A slab of thickness d turns the waves down by TurnDown() k0 d, those up by TurnUp() k0 d.

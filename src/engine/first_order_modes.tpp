@@ -31,21 +31,15 @@ FirstOrderMatter<Cplx<T>> FirstOrderMatterOf(const Direction<T>& direction, cons
           direction.longitudinal * half_inQ};
 }
 
-/// c: cosine of the grazing angle. q: cosine of the refracted angle against the normal.
+/// c: cosine of the grazing angle. q: cosine of the refracted angle against the normal. kappa = n q.
 template <class T>
-void CalcFirstOrderWaves(FirstOrderWaves<T>& waves, const T& c, const Cplx<T>& q,
+void CalcFirstOrderWaves(FirstOrderWaves<T>& waves, const T& c, const Cplx<T>& q, const Cplx<T>& kappa,
                          const FirstOrderMatter<Cplx<T>>& matter) {
-  const Cplx<T> kappa = matter.n * q;
   const Cplx<T> tangent = c / kappa;
-  const T c2 = c * c;
-  const Cplx<T> s2 = c2 * matter.inverse_n2;
+  const Cplx<T> s2 = (c * c) * matter.inverse_n2;
   waves.kappa = kappa;
   waves.q = q;
-  waves.n = matter.n;
-  waves.ey_sum = c2 * matter.ey_sum;
   waves.ey_difference = (matter.hx_sum * tangent) * (s2 - T(2.0));
-  waves.ey_pi = c * matter.ey_pi;
-  waves.hx_sum = c * matter.hx_sum;
   waves.hx_difference = matter.hy_pi * q;
   waves.hy_pi = matter.hy_pi;
   waves.hy_difference = matter.hy_difference * tangent;
@@ -57,14 +51,16 @@ void CalcMagneticMatrices(Matrix4<T>& P, Matrix4<T>& D, Cplx<T> (&kappa)[4], T t
   const Cplx<T> zero, one(T(1.0));
   const T c = modes::BoundedCosine<T>(theta);
   const Cplx<T> s = c / n;
+  const Cplx<T> q = sqrt(one - s * s);
   const FirstOrderMatter<Cplx<T>> matter = FirstOrderMatterOf<T>(DirectionOf<T>(gamma, phi), n, Q);
   FirstOrderWaves<T> w;
-  CalcFirstOrderWaves<T>(w, c, sqrt(one - s * s), matter);
+  CalcFirstOrderWaves<T>(w, c, q, n * q, matter);
   kappa[0] = w.kappa;
-  modes::SetRow<T>(D, 0, one, w.ey_sum + w.ey_difference, w.hx_sum + w.hx_difference, w.kappa);
-  modes::SetRow<T>(D, 1, zero, w.ey_pi + w.q, -n, w.hy_pi + w.hy_difference);
-  modes::SetRow<T>(D, 2, one, w.ey_sum - w.ey_difference, w.hx_sum - w.hx_difference, -w.kappa);
-  modes::SetRow<T>(D, 3, zero, w.ey_pi - w.q, -n, w.hy_pi - w.hy_difference);
+  const Cplx<T> ey_sum = (c * c) * matter.ey_sum, ey_pi = c * matter.ey_pi, hx_sum = c * matter.hx_sum;
+  modes::SetRow<T>(D, 0, one, ey_sum + w.ey_difference, hx_sum + w.hx_difference, w.kappa);
+  modes::SetRow<T>(D, 1, zero, ey_pi + q, -n, w.hy_pi + w.hy_difference);
+  modes::SetRow<T>(D, 2, one, ey_sum - w.ey_difference, hx_sum - w.hx_difference, -w.kappa);
+  modes::SetRow<T>(D, 3, zero, ey_pi - q, -n, w.hy_pi - w.hy_difference);
 
   if (d == T(0.0)) return;
   const T length = k0 * d;

@@ -109,13 +109,13 @@ class FirstOrderCrossing {
                                   c * Broadcast<V>(joint.hx_of_sigma));
     const Image difference = above.Solve(MulAdd(ey_of_hx, lower.hx_difference, lower.ey_difference),
                                          MulAdd(hy_of_hx, lower.hx_difference, lower.kappa), -hx_leak);
-    SetRow(0, L(0.5), sum + difference);
-    SetRow(2, L(0.5), sum - difference);
+    SetSigmaRow(0, sum + difference);
+    SetSigmaRow(2, sum - difference);
     const Image pi_sum = above.Solve(c * Broadcast<V>(joint.ey_of_pi), Broadcast<V>(joint.hy_of_pi),
                                      Broadcast<V>(joint.hx_of_pi));
     const Image pi_difference = above.Solve(lower.q, lower.hy_difference, Z());
-    SetRow(1, L(0.0), pi_sum + pi_difference);
-    SetRow(3, L(0.0), pi_sum - pi_difference);
+    SetPiRow(1, pi_sum + pi_difference);
+    SetPiRow(3, pi_sum - pi_difference);
   }
 
  private:
@@ -148,11 +148,16 @@ class FirstOrderCrossing {
     }
   };
 
-  // Row r from its image, of which half_ex is half of ex.
-  TOLVIK_INLINE void SetRow(int r, L half_ex, const Image& image) {
-    T_[r][0] = half_ex + image.sigma;
+  // Rows from their images. A sigma wave brings ex = 1, a pi wave none.
+  TOLVIK_INLINE void SetSigmaRow(int r, const Image& image) {
+    const L half(0.5);
+    SetRow(r, half + image.sigma, half - image.sigma, image);
+  }
+  TOLVIK_INLINE void SetPiRow(int r, const Image& image) { SetRow(r, image.sigma, -image.sigma, image); }
+  TOLVIK_INLINE void SetRow(int r, const Z& sigma_down, const Z& sigma_up, const Image& image) {
+    T_[r][0] = sigma_down;
     T_[r][1] = image.pi_sum + image.pi_difference;
-    T_[r][2] = half_ex - image.sigma;
+    T_[r][2] = sigma_up;
     T_[r][3] = image.pi_sum - image.pi_difference;
   }
 

@@ -35,6 +35,8 @@ class MatrixWalk {
  private:
   using Modes = MatrixModes<V>;
 
+  // Entries whose waves are kept.
+  static constexpr int kKept = 3;
   // Smallest |kappa|² that n² - cos²θ does not drown in rounding errors.
   static constexpr double kSmallest2 = 1e-14;
   // Smallest |M11 M22 - M12 M21|² beside |M11 M22|². In a thick magnetic absorber the wave that grows most
@@ -58,23 +60,47 @@ class MatrixWalk {
   }
 
   void Walk() {
-    CalcModes(stack_.entry[0], modes_[0]);
-    for (std::int32_t j = 0; j + 1 < stack_.entries; ++j) {
+    const std::int32_t last = stack_.entries - 1;
+    CalcModes(0);
+    for (std::int32_t j = 0; j < last; ++j) {
+      if (j % 2 == 0) CalcModesOfTwo(j + 1, j + 2);
       const MatrixEntry& entry = stack_.entry[j];
       const MatrixEntry& above = stack_.entry[j + 1];
-      const Modes& lower = modes_[j % 2];
-      Modes& upper = modes_[(j + 1) % 2];
-      CalcModes(above, upper);
+      const Modes& lower = ModesOf(j);
+      Modes& upper = ModesOf(j + 1);
       if (!stack_.first_order || (IsScalar(entry) && IsScalar(above))) upper.Invert(above);
       if (j > 0) Propagate(entry, lower);
       Cross(entry, above, lower, upper);
     }
   }
 
-  void CalcModes(const MatrixEntry& entry, Modes& modes) {
-    modes.Calculate(stack_, entry, angles_);
+  Modes& ModesOf(std::int32_t j) { return modes_[j % kKept]; }
+
+  void CalcModes(std::int32_t j) {
+    ModesOf(j).Calculate(stack_, stack_.entry[j], angles_);
+    GuardModes(j);
+  }
+
+  // Step by step for both: the roots and quotients of one entry alone keep the processor waiting.
+  void CalcModesOfTwo(std::int32_t i, std::int32_t j) {
+    if (j >= stack_.entries) return CalcModes(i);
+    const MatrixEntry& one = stack_.entry[i];
+    const MatrixEntry& two = stack_.entry[j];
+    if (one.kind != ModeKind::kFirstOrder || two.kind != ModeKind::kFirstOrder) {
+      CalcModes(i);
+      return CalcModes(j);
+    }
+    Modes::CalcTwoFirstOrder(one, ModesOf(i), two, ModesOf(j), angles_);
+    GuardModes(i);
+    GuardModes(j);
+  }
+
+  void GuardModes(std::int32_t j) {
+    const MatrixEntry& entry = stack_.entry[j];
     if (!entry.guarded) return;
-    for (int r = 0; r < (IsTensor(entry) ? 4 : 1); ++r) smallest2_ = Min(smallest2_, norm(modes.kappa[r]));
+    for (int r = 0; r < (IsTensor(entry) ? 4 : 1); ++r) {
+      smallest2_ = Min(smallest2_, norm(ModesOf(j).kappa[r]));
+    }
   }
 
   void Cross(const MatrixEntry& entry, const MatrixEntry& above, const Modes& lower, const Modes& upper) {
@@ -291,7 +317,7 @@ class MatrixWalk {
   const GrazingAngles<V> angles_;
   L smallest2_, growth_;
   Matrix4<L> rows_;  // the first two
-  Modes modes_[2];
+  Modes modes_[kKept];
 };
 
 }  // namespace tolvik::engine::lanes

@@ -32,6 +32,16 @@ struct MatrixModes {
     }
   }
 
+  /// The first-order waves of two entries.
+  [[gnu::noinline]] static void CalcTwoFirstOrder(const MatrixEntry& one, MatrixModes& modes_of_one,
+                                                  const MatrixEntry& two, MatrixModes& modes_of_two,
+                                                  const GrazingAngles<V>& angles) {
+    modes_of_one.SetRoot(one, angles);
+    modes_of_two.SetRoot(two, angles);
+    modes_of_one.SetFirstOrder(one, angles);
+    modes_of_two.SetFirstOrder(two, angles);
+  }
+
   /// What the upper side of an interface needs besides.
   [[gnu::noinline]] void Invert(const MatrixEntry& entry) {
     if (entry.kind == ModeKind::kScalar) {
@@ -52,7 +62,6 @@ struct MatrixModes {
     waves = FirstOrderWaves<L>();
     waves.kappa = w;
     waves.q = q;
-    waves.n = n;
   }
 
   [[gnu::noinline]] void CalcTensor(const MatrixEntry& entry, const GrazingAngles<V>& angles) {
@@ -68,14 +77,22 @@ struct MatrixModes {
   }
 
   [[gnu::noinline]] void CalcFirstOrder(const MatrixEntry& entry, const GrazingAngles<V>& angles) {
+    SetRoot(entry, angles);
+    SetFirstOrder(entry, angles);
+  }
+
+  TOLVIK_INLINE void SetRoot(const MatrixEntry& entry, const GrazingAngles<V>& angles) {
+    w = sqrt(Z(angles.s2 + L(entry.chi.real), L(entry.chi.imag)));
+  }
+
+  TOLVIK_INLINE void SetFirstOrder(const MatrixEntry& entry, const GrazingAngles<V>& angles) {
     const FirstOrderMatter<Pair>& m = entry.matter;
     const FirstOrderMatter<Z> matter = {Broadcast<V>(m.n),          Broadcast<V>(m.inverse_n),
                                         Broadcast<V>(m.inverse_n2), Broadcast<V>(m.ey_sum),
                                         Broadcast<V>(m.ey_pi),      Broadcast<V>(m.hx_sum),
                                         Broadcast<V>(m.hy_pi),      Broadcast<V>(m.hy_difference)};
-    w = sqrt(Z(angles.s2 + L(entry.chi.real), L(entry.chi.imag)));
-    CalcFirstOrderWaves<L>(waves, angles.cosine, w * matter.inverse_n, matter);
-    kappa[0] = waves.kappa;
+    CalcFirstOrderWaves<L>(waves, angles.cosine, w * matter.inverse_n, w, matter);
+    kappa[0] = w;
   }
 };
 
