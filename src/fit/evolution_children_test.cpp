@@ -155,23 +155,25 @@ TEST(EvolutionChildren, ParentsBehindTheElite) {
   }
 }
 
-TEST(EvolutionChildren, WithoutElitePoolStartsAtTheBestAnyway) {
-  CState settings = MakeSearch(4);
-  settings.evo_parents = 25;
-  settings.evo_takeeliteasparents = false;
+// After one generation all are copies of the best.
+void ExpectTheBestIsCopied(const CState& settings) {
   CEvolution evolution(settings);
   const Genes best = GenesOf(evolution.population[0]);
   Iterate(evolution);
   for (const Genes& genes : GenesOf(evolution)) EXPECT_EQ(genes, best);
 }
 
+TEST(EvolutionChildren, WithoutElitePoolStartsAtTheBestAnyway) {
+  CState settings = MakeSearch(4);
+  settings.evo_parents = 25;
+  settings.evo_takeeliteasparents = false;
+  ExpectTheBestIsCopied(settings);
+}
+
 TEST(EvolutionChildren, PoolOfNoneCountsAsTheBestOne) {
   CState settings = MakeSearch(4);
   settings.evo_parents = 0;
-  CEvolution evolution(settings);
-  const Genes best = GenesOf(evolution.population[0]);
-  Iterate(evolution);
-  for (const Genes& genes : GenesOf(evolution)) EXPECT_EQ(genes, best);
+  ExpectTheBestIsCopied(settings);
 }
 
 TEST(EvolutionChildren, PoolBehindTheWorstCountsAsTheWorst) {

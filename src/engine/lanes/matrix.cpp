@@ -8,6 +8,7 @@
 
 #include "engine/first_order_modes.tpp"
 #include "engine/intensity.h"
+#include "engine/lanes/ordinary_matter.h"
 
 namespace tolvik::engine::lanes {
 
@@ -24,15 +25,6 @@ constexpr double kLargestChi = 0.2;
 constexpr double kSmallestSine = 1.001e-4;
 // Below, the field of a wave hangs on digits that n² - cos²θ has lost.
 constexpr double kSmallestTurn = 1e-8;
-
-bool IsWithin(double x, double low, double high) {
-  return x >= low && x <= high;
-}
-
-// Absorption as in ordinary matter: not negative, and not -0.
-bool IsAbsorption(double x) {
-  return IsWithin(x, 0.0, 0.5) && !std::signbit(x);
-}
 
 Pair PairOf(const Value& z) {
   return {z.real(), z.imag()};
@@ -108,7 +100,7 @@ bool MatrixLanes::SetFirstOrder(const CLayer<double>& layer, MatrixEntry& entry)
 }
 
 bool MatrixLanes::SetScalar(Value n, Value chi, MatrixEntry& entry) {
-  if (!IsWithin(n.real(), 0.5, 1.5) || !IsAbsorption(n.imag())) return false;
+  if (!IsRefraction(n.real()) || !IsAbsorption(n.imag())) return false;
   entry.kind = ModeKind::kScalar;
   entry.index = PairOf(n);
   entry.inverse = PairOf(1.0 / n);

@@ -6,6 +6,7 @@
 #include <limits>
 #include <type_traits>
 
+#include "engine/lanes/ordinary_matter.h"
 #include "engine/modes.tpp"
 
 namespace tolvik::engine::lanes {
@@ -23,12 +24,6 @@ constexpr T kSmallestSine = std::is_same_v<T, double> ? T(1e-75) : T(1e-9);
 template <class T>
 constexpr T kMaxExponent = std::is_same_v<T, double> ? T(80) : T(10);
 
-// Between bounds and no NaN.
-template <class T>
-bool IsWithin(T x, T low, T high) {
-  return x >= low && x <= high;
-}
-
 template <class T>
 void SetSusceptibility(T real, T imag, ParrattEntry<T>& entry) {
   entry.chi_real = real;
@@ -45,7 +40,7 @@ template <class T>
 bool SetIndex(const CLayer<T>& layer, ParrattEntry<T>& entry) {
   const T n = entry.index_real = T(1.0) - layer.layer_delta;
   const T k = entry.index_imag = layer.layer_beta;
-  if (!IsWithin(n, T(0.5), T(1.5)) || !IsWithin(k, T(0.0), T(0.5)) || std::signbit(k)) return false;
+  if (!IsRefraction(n) || !IsAbsorption(k)) return false;
   SetSusceptibility((n - T(1.0)) * (n + T(1.0)) - k * k, T(2.0) * n * k, entry);
   return true;
 }
@@ -54,7 +49,7 @@ template <class T>
 bool SetTensorIndex(const std::complex<T>& exx, ParrattEntry<T>& entry) {
   const T real = entry.index_real = exx.real();
   const T imag = entry.index_imag = exx.imag();
-  if (!IsWithin(real, T(0.5), T(1.5)) || !IsWithin(imag, T(0.0), T(0.5)) || std::signbit(imag)) return false;
+  if (!IsRefraction(real) || !IsAbsorption(imag)) return false;
   SetSusceptibility(real - T(1.0), imag, entry);
   return true;
 }

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// What lanes take for ordinary matter; the plain path does the rest. A NaN is none of it.
+#pragma once
+
+#include <cmath>
+
+namespace tolvik::engine::lanes {
+
+/// Whether x lies between the bounds, both included; false for a NaN.
+template <class T>
+bool IsWithin(T x, T low, T high) {
+  return x >= low && x <= high;
+}
+
+/// Real part of an index or of its square.
+template <class T>
+bool IsRefraction(T x) {
+  return IsWithin(x, T(0.5), T(1.5));
+}
+
+/// Imaginary part of an index or of its square: not negative, and not -0.
+template <class T>
+bool IsAbsorption(T x) {
+  return IsWithin(x, T(0.0), T(0.5)) && !std::signbit(x);
+}
+
+}  // namespace tolvik::engine::lanes
