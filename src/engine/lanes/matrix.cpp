@@ -51,7 +51,7 @@ FirstOrderJoint JointOf(const FirstOrderMatter<Pair>& lower, const FirstOrderMat
           PairOf(ValueOf(lower.ey_pi) - ey_pi * ratio),
           PairOf(ValueOf(lower.hy_pi) - hy_pi * ratio),
           PairOf(0.5 * ratio),
-          PairOf(0.5 * inverse_n),
+          PairOf(-0.5 * inverse_n),
           PairOf(ey_pi * inverse_n),
           PairOf(hy_pi * inverse_n)};
 }

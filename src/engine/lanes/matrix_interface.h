@@ -85,37 +85,52 @@ class InterfaceRoughness {
   Z exponent_[2], factor_[2];
 };
 
-/// The interface matrix of first-order waves without roughness, in closed form: what one unit of σ⁺, σ⁻, π⁺
-/// and π⁻ below (FirstOrderWaves) leaves above. ex hands σ⁺ on as it is, hx gives π⁺ from the others, ey and
-/// hy are two equations for σ⁻ and π⁻.
+/// An interface between first-order waves in closed form. Of what one unit of σ⁺, σ⁻, π⁺ and π⁻ below
+/// (FirstOrderWaves) leaves above, ex hands on σ⁺ as it is, hx gives π⁺ from the others, ey and hy are two
+/// equations for σ⁻ and π⁻.
 template <class V>
 class FirstOrderCrossing {
  public:
   using L = Lanes<V>;
   using Z = Complexes<V>;
 
-  /// Fills T, whose rows are the waves below.
-  TOLVIK_INLINE FirstOrderCrossing(Z (&T)[4][4], const FirstOrderJoint& joint, const GrazingAngles<V>& angles,
-                                   const FirstOrderWaves<L>& lower, const FirstOrderWaves<L>& upper)
-      : T_(T) {
+  TOLVIK_INLINE FirstOrderCrossing(const FirstOrderJoint& joint, const GrazingAngles<V>& angles,
+                                   const FirstOrderWaves<L>& lower, const FirstOrderWaves<L>& upper) {
     const L c = angles.cosine, c2 = c * c;
-    const Z half_inverse_n = Broadcast<V>(joint.half_inverse_n);
+    const Z loss = Broadcast<V>(joint.minus_half_inverse_n);
     const Z ey_of_hx = c * Broadcast<V>(joint.ey_of_hx), hy_of_hx = Broadcast<V>(joint.hy_of_hx);
     const Equations above(MulAdd(ey_of_hx, upper.hx_difference, upper.ey_difference), upper.q,
                           MulAdd(hy_of_hx, upper.hx_difference, upper.kappa), upper.hy_difference,
-                          (half_inverse_n + half_inverse_n) * upper.hx_difference);
-    const Z hx_leak = lower.hx_difference * half_inverse_n;
+                          (loss + loss) * upper.hx_difference);
     const Image sum = above.Solve(c2 * Broadcast<V>(joint.ey_of_sigma), c * Broadcast<V>(joint.hy_of_sigma),
                                   c * Broadcast<V>(joint.hx_of_sigma));
-    const Image difference = above.Solve(MulAdd(ey_of_hx, lower.hx_difference, lower.ey_difference),
-                                         MulAdd(hy_of_hx, lower.hx_difference, lower.kappa), -hx_leak);
+    const Image difference =
+        above.Solve(MulAdd(ey_of_hx, lower.hx_difference, lower.ey_difference),
+                    MulAdd(hy_of_hx, lower.hx_difference, lower.kappa), loss * lower.hx_difference);
     SetSigmaRow(0, sum + difference);
     SetSigmaRow(2, sum - difference);
     const Image pi_sum = above.Solve(c * Broadcast<V>(joint.ey_of_pi), Broadcast<V>(joint.hy_of_pi),
                                      Broadcast<V>(joint.hx_of_pi));
     const Image pi_difference = above.Solve(lower.q, lower.hy_difference, Z());
-    SetPiRow(1, pi_sum + pi_difference);
-    SetPiRow(3, pi_sum - pi_difference);
+    SetRow(1, pi_sum + pi_difference);
+    SetRow(3, pi_sum - pi_difference);
+  }
+
+  /// Carries a row of amplitudes, sigma and pi down, sigma and pi up, from below the interface to above it.
+  /// opposite: the roughness factor of opposite waves over that of waves that run the same way; 1 and unused
+  /// if the interface is not rough.
+  template <bool rough>
+  TOLVIK_INLINE void CarryRow(const Z& opposite, Z (&row)[4]) const {
+    // Waves down and up part on their way. Of ex, which both sides share, waves up take what those down
+    // leave.
+    const Z sigma_of_down = Down(sigma_down_, row), sigma_of_up = Up(sigma_down_, row);
+    const Z up_of_down = row[0] - sigma_of_down, up_of_up = row[2] - sigma_of_up;
+    const Z pi_down = Join<rough>(opposite, Up(pi_down_, row), Down(pi_down_, row));
+    const Z pi_up = Join<rough>(opposite, Down(pi_up_, row), Up(pi_up_, row));
+    row[0] = Join<rough>(opposite, sigma_of_up, sigma_of_down);
+    row[1] = pi_down;
+    row[2] = Join<rough>(opposite, up_of_down, up_of_up);
+    row[3] = pi_up;
   }
 
  private:
@@ -131,37 +146,50 @@ class FirstOrderCrossing {
     }
   };
 
-  // ey = a σ⁻ + b π⁻ and hy = c σ⁻ + d π⁻, solved for halves; leak: the part of σ⁻ in π⁺.
+  // ey = a σ⁻ + b π⁻ and hy = c σ⁻ + d π⁻, solved for halves; loss: what σ⁻ takes from π⁺.
   struct Equations {
-    Z sigma_ey, sigma_hy, pi_ey, pi_hy, leak;
+    Z sigma_ey, minus_sigma_hy, minus_pi_ey, pi_hy, loss;
 
-    TOLVIK_INLINE Equations(const Z& a, const Z& b, const Z& c, const Z& d, const Z& leak_) : leak(leak_) {
-      const Z scale = L(0.5) * Inverse(NegMulAdd(b, c, a * d));
-      sigma_ey = d * scale;
-      sigma_hy = -(b * scale);
-      pi_ey = -(c * scale);
-      pi_hy = a * scale;
+    TOLVIK_INLINE Equations(const Z& a, const Z& b, const Z& c, const Z& d, const Z& loss_) : loss(loss_) {
+      const Z determinant = NegMulAdd(b, c, a * d);
+      const L scale = Quotient(L(0.5), norm(determinant));
+      const Z half_inverse(scale * determinant.real(), -(scale * determinant.imag()));
+      sigma_ey = d * half_inverse;
+      minus_sigma_hy = b * half_inverse;
+      minus_pi_ey = c * half_inverse;
+      pi_hy = a * half_inverse;
     }
     TOLVIK_INLINE Image Solve(const Z& ey, const Z& hy, const Z& hx) const {
-      const Z sigma = MulAdd(sigma_ey, ey, sigma_hy * hy);
-      return {sigma, MulAdd(leak, sigma, hx), MulAdd(pi_ey, ey, pi_hy * hy)};
+      const Z sigma = NegMulAdd(minus_sigma_hy, hy, sigma_ey * ey);
+      return {sigma, NegMulAdd(loss, sigma, hx), NegMulAdd(minus_pi_ey, ey, pi_hy * hy)};
     }
   };
 
   // Rows from their images. A sigma wave brings ex = 1, a pi wave none.
   TOLVIK_INLINE void SetSigmaRow(int r, const Image& image) {
-    const L half(0.5);
-    SetRow(r, half + image.sigma, half - image.sigma, image);
+    SetRow(r, image);
+    sigma_down_[r] = L(0.5) + image.sigma;
   }
-  TOLVIK_INLINE void SetPiRow(int r, const Image& image) { SetRow(r, image.sigma, -image.sigma, image); }
-  TOLVIK_INLINE void SetRow(int r, const Z& sigma_down, const Z& sigma_up, const Image& image) {
-    T_[r][0] = sigma_down;
-    T_[r][1] = image.pi_sum + image.pi_difference;
-    T_[r][2] = sigma_up;
-    T_[r][3] = image.pi_sum - image.pi_difference;
+  TOLVIK_INLINE void SetRow(int r, const Image& image) {
+    sigma_down_[r] = image.sigma;
+    pi_down_[r] = image.pi_sum + image.pi_difference;
+    pi_up_[r] = image.pi_sum - image.pi_difference;
   }
 
-  Z (&T_)[4][4];
+  template <bool rough>
+  TOLVIK_INLINE static Z Join(const Z& opposite, const Z& across, const Z& along) {
+    if constexpr (rough) return MulAdd(opposite, across, along);
+    return across + along;
+  }
+  TOLVIK_INLINE static Z Down(const Z (&part)[4], const Z (&row)[4]) {
+    return MulAdd(row[1], part[1], row[0] * part[0]);
+  }
+  TOLVIK_INLINE static Z Up(const Z (&part)[4], const Z (&row)[4]) {
+    return MulAdd(row[3], part[3], row[2] * part[2]);
+  }
+
+  // What each wave below leaves for those above but for roughness.
+  Z sigma_down_[4], pi_down_[4], pi_up_[4];
 };
 
 }  // namespace tolvik::engine::lanes

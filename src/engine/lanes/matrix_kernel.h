@@ -35,8 +35,8 @@ class MatrixWalk {
  private:
   using Modes = MatrixModes<V>;
 
-  // Entries whose waves are kept.
-  static constexpr int kKept = 3;
+  // Entries whose waves are kept: three are needed, and a power of two finds them at once.
+  static constexpr int kKept = 4;
   // Smallest |kappa|² that n² - cos²θ does not drown in rounding errors.
   static constexpr double kSmallest2 = 1e-14;
   // Smallest |M11 M22 - M12 M21|² beside |M11 M22|². In a thick magnetic absorber the wave that grows most
@@ -64,17 +64,27 @@ class MatrixWalk {
     CalcModes(0);
     for (std::int32_t j = 0; j < last; ++j) {
       if (j % 2 == 0) CalcModesOfTwo(j + 1, j + 2);
-      const MatrixEntry& entry = stack_.entry[j];
-      const MatrixEntry& above = stack_.entry[j + 1];
-      const Modes& lower = ModesOf(j);
-      Modes& upper = ModesOf(j + 1);
-      if (!stack_.first_order || (IsScalar(entry) && IsScalar(above))) upper.Invert(above);
-      if (j > 0) Propagate(entry, lower);
-      Cross(entry, above, lower, upper);
+      Pass(j);
     }
   }
 
-  Modes& ModesOf(std::int32_t j) { return modes_[j % kKept]; }
+  // Through entry j, of which the substrate has no thickness, and the interface above it.
+  TOLVIK_INLINE void Pass(std::int32_t j) {
+    const MatrixEntry& entry = stack_.entry[j];
+    const MatrixEntry& above = stack_.entry[j + 1];
+    const Modes& lower = ModesOf(j);
+    Modes& upper = ModesOf(j + 1);
+    const bool scalar = IsScalar(entry) && IsScalar(above);
+    if (stack_.first_order && !scalar) return PassFirstOrder(entry, lower, upper);
+    upper.Invert(above);
+    if (j > 0) Propagate(entry, lower);
+    if (scalar) return CrossScalar(entry, lower, upper);
+    if (IsScalar(above)) return CrossTensors<IntoScalar, false>(entry, above, lower, upper);
+    if (IsScalar(entry)) return CrossTensors<IntoTensor, true>(entry, above, lower, upper);
+    CrossTensors<IntoTensor, false>(entry, above, lower, upper);
+  }
+
+  Modes& ModesOf(std::int32_t j) { return modes_[static_cast<std::uint32_t>(j) % kKept]; }
 
   void CalcModes(std::int32_t j) {
     ModesOf(j).Calculate(stack_, stack_.entry[j], angles_);
@@ -100,20 +110,6 @@ class MatrixWalk {
     if (!entry.guarded) return;
     for (int r = 0; r < (IsTensor(entry) ? 4 : 1); ++r) {
       smallest2_ = Min(smallest2_, norm(ModesOf(j).kappa[r]));
-    }
-  }
-
-  void Cross(const MatrixEntry& entry, const MatrixEntry& above, const Modes& lower, const Modes& upper) {
-    if (IsScalar(entry) && IsScalar(above)) {
-      CrossScalar(entry, lower, upper);
-    } else if (stack_.first_order) {
-      CrossFirstOrder(entry, lower, upper);
-    } else if (IsScalar(above)) {
-      CrossTensors<IntoScalar, false>(entry, above, lower, upper);
-    } else if (IsScalar(entry)) {
-      CrossTensors<IntoTensor, true>(entry, above, lower, upper);
-    } else {
-      CrossTensors<IntoTensor, false>(entry, above, lower, upper);
     }
   }
 
@@ -207,17 +203,32 @@ class MatrixWalk {
     return exp((L(4.0) * scale) * (upper * lower));
   }
 
-  [[gnu::noinline]] void CrossFirstOrder(const MatrixEntry& entry, const Modes& lower, const Modes& upper) {
-    Z T[4][4];
-    FirstOrderCrossing<V>(T, entry.joint, angles_, lower.waves, upper.waves);
-    if (entry.sigma != 0.0) {
-      const Z opposite = OppositeRoughness(entry, lower.waves.kappa, upper.waves.kappa);
-      for (int r = 0; r < 4; ++r) {
-        const int other = r < 2 ? 2 : 0;
-        for (int c = other; c < other + 2; ++c) T[r][c] *= opposite;
-      }
+  // Row by row, so that the amplitudes of one row stay in registers.
+  [[gnu::noinline]] void PassFirstOrder(const MatrixEntry& entry, const Modes& lower, const Modes& upper) {
+    const L length(stack_.k0 * entry.d);
+    const FirstOrderTurn turn{length * lower.waves.TurnDown(), length * lower.waves.TurnUp()};
+    const Z up = PropagateDown(entry.d, lower.waves.kappa);
+    AddGrowth(length, abs(lower.waves.kappa.imag()));
+    const FirstOrderCrossing<V> crossing(entry.joint, angles_, lower.waves, upper.waves);
+    if (entry.sigma == 0.0) return PassRows<false>(turn, up, crossing, Z());
+    PassRows<true>(turn, up, crossing, OppositeRoughness(entry, lower.waves.kappa, upper.waves.kappa));
+  }
+
+  // The magnetisation turns sigma into pi on the way.
+  struct FirstOrderTurn {
+    Z down, up;
+  };
+
+  template <bool rough>
+  TOLVIK_INLINE void PassRows(const FirstOrderTurn& turn, const Z& up, const FirstOrderCrossing<V>& crossing,
+                              const Z& opposite) {
+    for (int r = 0; r < 2; ++r) {
+      Z row[4] = {MulAdd(rows_(r, 1), turn.down, rows_(r, 0)), NegMulAdd(rows_(r, 0), turn.down, rows_(r, 1)),
+                  up * NegMulAdd(rows_(r, 3), turn.up, rows_(r, 2)),
+                  up * MulAdd(rows_(r, 2), turn.up, rows_(r, 3))};
+      crossing.template CarryRow<rough>(opposite, row);
+      for (int c = 0; c < 4; ++c) rows_(r, c) = row[c];
     }
-    MultiplyRows(T);
   }
 
   // Both sides scalar: T joins sigma with sigma, pi with pi only.
@@ -242,15 +253,18 @@ class MatrixWalk {
   }
 
   [[gnu::noinline]] void Propagate(const MatrixEntry& entry, const Modes& modes) {
-    const L length(stack_.k0 * entry.d);
     L steepest = abs(modes.kappa[0].imag());
     if (IsTensor(entry)) {
       for (int c = 1; c < 4; ++c) steepest = Max(steepest, abs(modes.kappa[c].imag()));
       PropagateEach(entry.d, modes.kappa);
     } else {
-      if (entry.kind == ModeKind::kFirstOrder) TurnFields(length, modes.waves);
-      PropagatePairs(entry.d, modes.kappa[0]);
+      const Z up = PropagateDown(entry.d, modes.kappa[0]);
+      for (int c = 2; c < 4; ++c) ScaleColumn(c, up);
     }
+    AddGrowth(L(stack_.k0 * entry.d), steepest);
+  }
+
+  TOLVIK_INLINE void AddGrowth(L length, L steepest) {
     growth_ = MulAdd(length + length, steepest, growth_);
   }
 
@@ -275,31 +289,17 @@ class MatrixWalk {
     return ExponentialNearOne(Z(length * kappa.imag(), -(length * kappa.real())));
   }
 
-  // Waves down take exp(-i k0 d kappa), waves up its inverse; to reflection the ratio is all.
-  TOLVIK_INLINE void PropagatePairs(double d, const Z& kappa) {
-    if (stack_.transmission) {
-      const Z down = PropagationFactor(d, kappa);
-      for (int c = 0; c < 2; ++c) ScaleColumn(c, down);
-    }
-    const Z up = PropagationFactor(stack_.transmission ? -d : -2.0 * d, kappa);
-    for (int c = 2; c < 4; ++c) ScaleColumn(c, up);
+  // Waves down take exp(-i k0 d kappa), waves up its inverse; to reflection the ratio is all. Gives the
+  // factor of waves up.
+  TOLVIK_INLINE Z PropagateDown(double d, const Z& kappa) {
+    if (!stack_.transmission) return PropagationFactor(-2.0 * d, kappa);
+    const Z down = PropagationFactor(d, kappa);
+    for (int c = 0; c < 2; ++c) ScaleColumn(c, down);
+    return PropagationFactor(-d, kappa);
   }
 
   TOLVIK_INLINE void ScaleColumn(int c, const Z& factor) {
     for (int row = 0; row < 2; ++row) rows_(row, c) *= factor;
-  }
-
-  // The magnetisation turns sigma into pi on the way.
-  void TurnFields(L length, const FirstOrderWaves<L>& waves) {
-    const Z a = length * waves.TurnDown(), b = length * waves.TurnUp();
-    for (int row = 0; row < 2; ++row) {
-      const Z down_sigma = rows_(row, 0), down_pi = rows_(row, 1);
-      const Z up_sigma = rows_(row, 2), up_pi = rows_(row, 3);
-      rows_(row, 0) = MulAdd(down_pi, a, down_sigma);
-      rows_(row, 1) = NegMulAdd(down_sigma, a, down_pi);
-      rows_(row, 2) = NegMulAdd(up_pi, b, up_sigma);
-      rows_(row, 3) = MulAdd(up_sigma, b, up_pi);
-    }
   }
 
   void StoreRay(const double* ray, int used, double* out) const {

@@ -25,10 +25,10 @@ struct FirstOrderJoint {
   Pair hx_of_sigma;  ///< c hx_of_sigma: half of the part of σ⁺ in π⁺ above
   Pair ey_of_pi;     ///< c ey_of_pi
   Pair hy_of_pi;
-  Pair hx_of_pi;        ///< half of the part of π⁺ in π⁺ above
-  Pair half_inverse_n;  ///< 1 / (2 n)
-  Pair ey_of_hx;        ///< c ey_of_hx = ey_pi / n
-  Pair hy_of_hx;        ///< hy_pi / n
+  Pair hx_of_pi;              ///< half of the part of π⁺ in π⁺ above
+  Pair minus_half_inverse_n;  ///< -1 / (2 n)
+  Pair ey_of_hx;              ///< c ey_of_hx = ey_pi / n
+  Pair hy_of_hx;              ///< hy_pi / n
 };
 
 /// One entry of the profile as the kernels see it.
