@@ -35,4 +35,17 @@ struct ComplexRow {
   Row<V> real, imag;
 };
 
+/// store(i, calculate(i)) for i below count. Two are calculated before the first of them is stored, so that
+/// the compiler may weave them into each other.
+template <class Calculate, class Store>
+TOLVIK_INLINE void ForTwoAtOnce(int count, const Calculate& calculate, const Store& store) {
+  int i = 0;
+  for (; i + 1 < count; i += 2) {
+    const auto one = calculate(i), other = calculate(i + 1);
+    store(i, one);
+    store(i + 1, other);
+  }
+  if (i < count) store(i, calculate(i));
+}
+
 }  // namespace tolvik::engine::lanes

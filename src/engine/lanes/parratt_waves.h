@@ -10,6 +10,8 @@ namespace tolvik::engine::lanes {
 
 template <class V>
 class ParrattWaves {
+  struct WaveLanes;
+
  protected:
   using L = Lanes<V>;
   using Z = Complexes<V>;
@@ -42,37 +44,35 @@ class ParrattWaves {
     doubtful_.Set(i, Select(mask, L(Scalar(-0.0)), doubtful_[i]));
   }
 
+  // A root is a long chain of steps that wait for each other, so two registers are dealt with side by side.
   [[gnu::noinline]] void CalcWave(const Entry& entry, Wave& wave) {
     if (entry.shifted) return CalcShiftedWave(entry, wave);
     const Z inverse{L(entry.inverse_real), L(entry.inverse_imag)};
     const Z chi{L(Scalar(2) * entry.chi_real), L(Scalar(2) * entry.chi_imag)};
-    for (int i = 0; i < used_; ++i) {
-      const Z factor = stack_.shifted ? FactorOfShifted(chi, wave.m, i) : inverse;
-      SetWave(wave, i, twice_s2_[i] + chi.real(), chi.imag(), factor, entry.guarded);
-    }
+    const auto plain = [&](int i) TOLVIK_INLINE_LAMBDA {
+      return WaveOf(twice_s2_[i] + chi.real(), chi.imag(), inverse);
+    };
+    const auto beside_shifted = [&](int i) TOLVIK_INLINE_LAMBDA { return WaveOfShifted(chi, i); };
+    const auto set = [&](int i, const WaveLanes& w)
+                         TOLVIK_INLINE_LAMBDA { SetWave(wave, i, w, entry.guarded); };
+    stack_.shifted ? ForTwoAtOnce(used_, beside_shifted, set) : ForTwoAtOnce(used_, plain, set);
+  }
+
+  void CalcShiftedWave(const Entry& entry, Wave& wave) {
+    CalcCosines();
+    const auto shifted = [&](int i) TOLVIK_INLINE_LAMBDA { return ShiftedWave(entry, i); };
+    const auto set = [&](int i, const WaveLanes& w) TOLVIK_INLINE_LAMBDA {
+      SetWave(wave, i, w, entry.guarded);
+      // A negative absorption, -0 included, turns the wave about.
+      if (entry.guarded) doubtful_.Set(i, doubtful_[i].Register() | w.k.Register());
+    };
+    ForTwoAtOnce(used_, shifted, set);
   }
 
   void CalcCosines() {
     if (has_cosines_) return;
     for (int i = 0; i < used_; ++i) cosine_.Set(i, sqrt(NegMulAdd(s_[i], s_[i], L(Scalar(1)))));
     has_cosines_ = true;
-  }
-
-  // The magnetic shift goes with the cosine of the angle.
-  void CalcShiftedWave(const Entry& entry, Wave& wave) {
-    const L one(Scalar(1));
-    const L ddelta(sign_ * entry.ddelta), dbeta(sign_ * entry.dbeta);
-    CalcCosines();
-    for (int i = 0; i < used_; ++i) {
-      const L c = cosine_[i];
-      const L n = L(entry.index_real) + ddelta * c, k = L(entry.index_imag) - dbeta * c;
-      const L n_less = n - one, twice_k = k + k;
-      const Z chi{NegMulAdd(twice_k, k, (n_less + n_less) * (n + one)), (n + n) * twice_k};  // doubled
-      const Z factor = FactorOfShifted(chi, wave.m, i);
-      SetWave(wave, i, twice_s2_[i] + chi.real(), chi.imag(), factor, entry.guarded);
-      // A negative absorption, -0 included, turns the wave about.
-      if (entry.guarded) doubtful_.Set(i, doubtful_[i].Register() | k.Register());
-    }
   }
 
   [[gnu::noinline]] void CalcRoughness(const Entry& lower, const Wave& below, const Wave& above,
@@ -132,19 +132,45 @@ class ParrattWaves {
     return {SelectNegative(x, smaller, larger), SelectNegative(x, larger, smaller)};
   }
 
-  TOLVIK_INLINE void SetWave(Wave& wave, int i, L twice_x, L twice_y, Z factor, bool guarded) {
-    L modulus2;
-    const Z v = TwiceRoot(twice_x, twice_y, modulus2);
-    wave.v.Set(i, v);
-    if (needs_u_) wave.u.Set(i, v * factor);
-    if (guarded) smallest2_.Set(i, Min(smallest2_[i], modulus2));
+  // A wave at the angles of one register; m and k of those whose stack is shifted, and of those themselves.
+  struct WaveLanes {
+    Z v, u;
+    L modulus2, m, k;
+  };
+
+  TOLVIK_INLINE static WaveLanes WaveOf(L twice_x, L twice_y, Z factor) {
+    WaveLanes w;
+    w.v = TwiceRoot(twice_x, twice_y, w.modulus2);
+    w.u = w.v * factor;
+    return w;
   }
 
   // Of an entry, shifted or not, in a stack with shifted ones; twice n² = 2 + chi, chi doubled as well.
-  TOLVIK_INLINE Z FactorOfShifted(Z chi, Row<V>& m, int i) const {
+  TOLVIK_INLINE WaveLanes WaveOfShifted(Z chi, int i) const {
     const Z conjugate{chi.real() + L(Scalar(2)), -chi.imag()};
-    if (needs_u_) m.Set(i, norm(conjugate));
-    return conjugate;
+    WaveLanes w = WaveOf(twice_s2_[i] + chi.real(), chi.imag(), conjugate);
+    w.m = norm(conjugate);
+    return w;
+  }
+
+  // The magnetic shift goes with the cosine of the angle.
+  TOLVIK_INLINE WaveLanes ShiftedWave(const Entry& entry, int i) const {
+    const L one(Scalar(1));
+    const L ddelta(sign_ * entry.ddelta), dbeta(sign_ * entry.dbeta);
+    const L c = cosine_[i];
+    const L n = L(entry.index_real) + ddelta * c, k = L(entry.index_imag) - dbeta * c;
+    const L n_less = n - one, twice_k = k + k;
+    const Z chi{NegMulAdd(twice_k, k, (n_less + n_less) * (n + one)), (n + n) * twice_k};  // doubled
+    WaveLanes w = WaveOfShifted(chi, i);
+    w.k = k;
+    return w;
+  }
+
+  TOLVIK_INLINE void SetWave(Wave& wave, int i, const WaveLanes& w, bool guarded) {
+    wave.v.Set(i, w.v);
+    if (needs_u_) wave.u.Set(i, w.u);
+    if (needs_u_ && stack_.shifted) wave.m.Set(i, w.m);
+    if (guarded) smallest2_.Set(i, Min(smallest2_[i], w.modulus2));
   }
 
  protected:

@@ -13,6 +13,8 @@
 #include <xsimd/xsimd.hpp>
 
 #define TOLVIK_INLINE [[gnu::always_inline]] inline
+// Of a lambda, behind its parameters.
+#define TOLVIK_INLINE_LAMBDA __attribute__((always_inline))
 
 namespace tolvik::engine::lanes {
 
