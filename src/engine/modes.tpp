@@ -34,7 +34,7 @@ void FillPropagation(Matrix4<T>& P, const T& k0, const T& d, const Cplx<T> (&kap
 }
 
 template <class T>
-void SetRow(Matrix4<T>& matrix, int row, const Cplx<T>& m0, const Cplx<T>& m1, const Cplx<T>& m2,
+inline void SetRow(Matrix4<T>& matrix, int row, const Cplx<T>& m0, const Cplx<T>& m1, const Cplx<T>& m2,
             const Cplx<T>& m3) {
   matrix(row, 0) = m0;
   matrix(row, 1) = m1;
@@ -85,22 +85,29 @@ void FillTetragonal(Matrix4<T>& D, Cplx<T> (&kappa)[4], const T& c, const Tensor
 
 // Row r of D from the electric vector of its wave; hx and hy follow from Faraday's law.
 template <class T>
-void SetFields(Matrix4<T>& D, int r, const Cplx<T>& kappa, const T& c, const Cplx<T>& x, const Cplx<T>& y,
+inline void SetFields(Matrix4<T>& D, int r, const Cplx<T>& kappa, const T& c, const Cplx<T>& x, const Cplx<T>& y,
                const Cplx<T>& z) {
   SetRow<T>(D, r, x, y, NegMulAdd(kappa, y, Cplx<T>(c * z)), kappa * x);
 }
 
-// unit: electric vectors of length 1. Without it they have the length that comes.
-template <bool unit, class T>
-void FillGeneral(Matrix4<T>& D, Cplx<T> (&kappa)[4], const T& c, const Tensor<T>& tensor) {
+// The quartic of the wavevectors.
+template <class T>
+quartic::MonicQuartic<T> GeneralQuartic(const T& c, const Tensor<T>& tensor) {
   const auto& [exx, exy, exz, eyx, eyy, eyz, ezx, ezy, ezz] = tensor;
   const Cplx<T> a = exx - c * c;
   const Cplx<T> b = ezz - c * c;
   const Cplx<T> yz = eyz + ezy;
-  SolveModes<T>(ezz, c * yz, ezx * exz + eyz * ezy - eyy * b - a * ezz, c * (exz * eyx + ezx * exy - a * yz),
-                ezx * exy * eyz + exz * eyx * ezy - a * eyz * ezy + eyy * (a * b - ezx * exz) - b * exy * eyx,
-                kappa);
+  return quartic::MonicOf<T>(
+      ezz, c * yz, ezx * exz + eyz * ezy - eyy * b - a * ezz, c * (exz * eyx + ezx * exy - a * yz),
+      ezx * exy * eyz + exz * eyx * ezy - a * eyz * ezy + eyy * (a * b - ezx * exz) - b * exy * eyx);
+}
 
+// From the polished roots on. unit: electric vectors of length 1. Without it they have the length that comes.
+template <bool unit, class T>
+void SetGeneralFields(Matrix4<T>& D, const Cplx<T> (&kappa)[4], const T& c, const Tensor<T>& tensor) {
+  const auto& [exx, exy, exz, eyx, eyy, eyz, ezx, ezy, ezz] = tensor;
+  const Cplx<T> a = exx - c * c;
+  const Cplx<T> b = ezz - c * c;
   for (int r = 0; r < 4; ++r) {
     // The electric vector of the mode solves the x and z rows of the wave equation.
     const Cplx<T> u = c * kappa[r] + ezy;
@@ -161,7 +168,10 @@ void CalcTetragonalMatrices(Matrix4<T>& P, Matrix4<T>& D, Cplx<T> (&kappa)[4], T
 template <class T>
 void CalcGeneralMatrices(Matrix4<T>& P, Matrix4<T>& D, Cplx<T> (&kappa)[4], T theta, T k0, T d,
                          const Tensor<T>& tensor) {
-  modes::FillGeneral<true, T>(D, kappa, cos(theta), tensor);
+  const T c = cos(theta);
+  const quartic::MonicQuartic<T> monic = modes::GeneralQuartic<T>(c, tensor);
+  quartic::Refine<T>(monic, quartic::StartOf<T>(monic), kappa);
+  modes::SetGeneralFields<true, T>(D, kappa, c, tensor);
   modes::FillPropagation<T>(P, k0, d, kappa);
 }
 

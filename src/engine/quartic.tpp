@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// quartic.tpp is included by precision/*.cpp and tests only.
+// quartic.tpp is included by modes.tpp, precision/*.cpp and tests only.
 //
 // z⁴ + A z³ + B z² + C z + E = 0      the monic quartic
 // x⁴ + α x² + β x + γ = 0             the depressed one, z = x - A/4
@@ -150,25 +150,40 @@ void SortRoots(Cplx<T> (&z)[4]) {
   for (int i : {0, 2}) SwapIf(z[i].imag() < z[i + 1].imag(), z[i], z[i + 1]);
 }
 
+template <class T>
+MonicQuartic<T> MonicOf(const Cplx<T>& a4, const Cplx<T>& a3, const Cplx<T>& a2, const Cplx<T>& a1,
+                        const Cplx<T>& a0) {
+  return {a3 / a4, a2 / a4, a1 / a4, a0 / a4};
+}
+
+// The roots in closed form.
+template <class T>
+FourRoots<T> StartOf(const MonicQuartic<T>& monic) {
+  const Cplx<T>&A = monic.A, &B = monic.B, &C = monic.C;
+  const Cplx<T> A2 = A * A;
+  const Cplx<T> alpha = B - T(0.375) * A2;
+  const Cplx<T> beta = A2 * A / T(8.0) - A * B / T(2.0) + C;
+  const Cplx<T> gamma = T(-3.0) * A2 * A2 / T(256.0) + A2 * B / T(16.0) - A * C / T(4.0) + monic.E;
+  const Cplx<T> shift = -A / T(4.0);
+  return Either(
+      IsZero<T>(beta), [&] { return SolveBiquadratic<T>(shift, alpha, gamma); },
+      [&] { return SolveFerrari<T>(shift, alpha, beta, gamma); });
+}
+
+template <class T>
+void Refine(const MonicQuartic<T>& monic, const FourRoots<T>& start, Cplx<T> (&roots)[4]) {
+  for (int i = 0; i < 4; ++i) roots[i] = start.z[i];
+  PolishRoots<T>(monic, roots);
+  SortRoots<T>(roots);
+}
+
 }  // namespace quartic
 
 template <class T>
 void SolveModes(const Cplx<T>& a4, const Cplx<T>& a3, const Cplx<T>& a2, const Cplx<T>& a1, const Cplx<T>& a0,
                 Cplx<T> (&roots)[4]) {
-  const Cplx<T> A = a3 / a4, B = a2 / a4, C = a1 / a4, E = a0 / a4;
-  const Cplx<T> A2 = A * A;
-  const Cplx<T> alpha = B - T(0.375) * A2;
-  const Cplx<T> beta = A2 * A / T(8.0) - A * B / T(2.0) + C;
-  const Cplx<T> gamma = T(-3.0) * A2 * A2 / T(256.0) + A2 * B / T(16.0) - A * C / T(4.0) + E;
-  const Cplx<T> shift = -A / T(4.0);
-
-  const auto start = Either(
-      quartic::IsZero<T>(beta), [&] { return quartic::SolveBiquadratic<T>(shift, alpha, gamma); },
-      [&] { return quartic::SolveFerrari<T>(shift, alpha, beta, gamma); });
-  const quartic::MonicQuartic<T> monic{A, B, C, E};
-  for (int i = 0; i < 4; ++i) roots[i] = start.z[i];
-  quartic::PolishRoots<T>(monic, roots);
-  quartic::SortRoots<T>(roots);
+  const quartic::MonicQuartic<T> monic = quartic::MonicOf<T>(a4, a3, a2, a1, a0);
+  quartic::Refine<T>(monic, quartic::StartOf<T>(monic), roots);
 }
 
 }  // namespace tolvik::engine

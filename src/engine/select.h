@@ -33,7 +33,7 @@ auto IsShorterThan(const C& a, const T& length) {
 
 /// Exchanges a and b where mask is true.
 template <class Mask, class V>
-void SwapIf(const Mask& mask, V& a, V& b) {
+inline void SwapIf(const Mask& mask, V& a, V& b) {
   const V old = a;
   a = Select(mask, b, a);
   b = Select(mask, old, b);

@@ -91,16 +91,9 @@ class MatrixWalk {
     GuardModes(j);
   }
 
-  // Step by step for both: the roots and quotients of one entry alone keep the processor waiting.
   void CalcModesOfTwo(std::int32_t i, std::int32_t j) {
     if (j >= stack_.entries) return CalcModes(i);
-    const MatrixEntry& one = stack_.entry[i];
-    const MatrixEntry& two = stack_.entry[j];
-    if (one.kind != ModeKind::kFirstOrder || two.kind != ModeKind::kFirstOrder) {
-      CalcModes(i);
-      return CalcModes(j);
-    }
-    Modes::CalcTwoFirstOrder(one, ModesOf(i), two, ModesOf(j), angles_);
+    Modes::CalculateTwo(stack_, stack_.entry[i], ModesOf(i), stack_.entry[j], ModesOf(j), angles_);
     GuardModes(i);
     GuardModes(j);
   }

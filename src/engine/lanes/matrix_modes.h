@@ -5,6 +5,7 @@
 
 #include "engine/lanes/matrix_interface.h"
 #include "engine/lanes/matrix_stack.h"
+#include "engine/lanes/twins.h"
 
 namespace tolvik::engine::lanes {
 
@@ -32,14 +33,19 @@ struct MatrixModes {
     }
   }
 
-  /// The first-order waves of two entries.
-  [[gnu::noinline]] static void CalcTwoFirstOrder(const MatrixEntry& one, MatrixModes& modes_of_one,
-                                                  const MatrixEntry& two, MatrixModes& modes_of_two,
-                                                  const GrazingAngles<V>& angles) {
-    modes_of_one.SetRoot(one, angles);
-    modes_of_two.SetRoot(two, angles);
-    modes_of_one.SetFirstOrder(one, angles);
-    modes_of_two.SetFirstOrder(two, angles);
+  /// Both entries of one kind: step by step for both, since roots and quotients of one entry alone keep the
+  /// processor waiting.
+  static void CalculateTwo(const MatrixStack& stack, const MatrixEntry& one, MatrixModes& modes_of_one,
+                           const MatrixEntry& two, MatrixModes& modes_of_two,
+                           const GrazingAngles<V>& angles) {
+    if (one.kind == ModeKind::kFirstOrder && two.kind == ModeKind::kFirstOrder) {
+      return CalcTwoFirstOrder(one, modes_of_one, two, modes_of_two, angles);
+    }
+    if (one.kind == ModeKind::kGeneral && two.kind == ModeKind::kGeneral) {
+      return CalcTwoGeneral(one, modes_of_one, two, modes_of_two, angles);
+    }
+    modes_of_one.Calculate(stack, one, angles);
+    modes_of_two.Calculate(stack, two, angles);
   }
 
   /// What the upper side of an interface needs besides.
@@ -64,16 +70,58 @@ struct MatrixModes {
     waves.q = q;
   }
 
-  [[gnu::noinline]] void CalcTensor(const MatrixEntry& entry, const GrazingAngles<V>& angles) {
-    Z tensor[9];
-    for (int i = 0; i < 9; ++i) tensor[i] = Broadcast<V>(entry.tensor[i]);
-    if (entry.kind == ModeKind::kTetragonal) {
-      modes::FillTetragonal<L>(D, kappa, angles.cosine, tensor);
-    } else if (entry.normalised) {
-      modes::FillGeneral<true, L>(D, kappa, angles.cosine, tensor);
-    } else {
-      modes::FillGeneral<false, L>(D, kappa, angles.cosine, tensor);
+  // A tensor in registers.
+  struct TensorOf {
+    Z element[9];
+
+    TOLVIK_INLINE explicit TensorOf(const MatrixEntry& entry) {
+      for (int i = 0; i < 9; ++i) element[i] = Broadcast<V>(entry.tensor[i]);
     }
+  };
+
+  [[gnu::noinline]] void CalcTensor(const MatrixEntry& entry, const GrazingAngles<V>& angles) {
+    const TensorOf tensor(entry);
+    if (entry.kind == ModeKind::kTetragonal) {
+      return modes::FillTetragonal<L>(D, kappa, angles.cosine, tensor.element);
+    }
+    const auto monic = modes::GeneralQuartic<L>(angles.cosine, tensor.element);
+    FinishGeneral(entry, angles, tensor, monic, quartic::StartOf<L>(monic));
+  }
+
+  [[gnu::noinline]] static void CalcTwoGeneral(const MatrixEntry& one, MatrixModes& modes_of_one,
+                                               const MatrixEntry& two, MatrixModes& modes_of_two,
+                                               const GrazingAngles<V>& angles) {
+    const TensorOf tensor_of_one(one), tensor_of_two(two);
+    const auto a = modes::GeneralQuartic<L>(angles.cosine, tensor_of_one.element);
+    const auto b = modes::GeneralQuartic<L>(angles.cosine, tensor_of_two.element);
+    const quartic::MonicQuartic<Lanes<Twins<V>>> both = {Twin(a.A, b.A), Twin(a.B, b.B), Twin(a.C, b.C),
+                                                         Twin(a.E, b.E)};
+    const auto start = quartic::StartOf<Lanes<Twins<V>>>(both);
+    const auto& z = start.z;
+    modes_of_one.FinishGeneral(one, angles, tensor_of_one, a,
+                               {{FirstOf(z[0]), FirstOf(z[1]), FirstOf(z[2]), FirstOf(z[3])}});
+    modes_of_two.FinishGeneral(two, angles, tensor_of_two, b,
+                               {{SecondOf(z[0]), SecondOf(z[1]), SecondOf(z[2]), SecondOf(z[3])}});
+  }
+
+  [[gnu::noinline]] void FinishGeneral(const MatrixEntry& entry, const GrazingAngles<V>& angles,
+                                       const TensorOf& tensor, const quartic::MonicQuartic<L>& monic,
+                                       const quartic::FourRoots<L>& start) {
+    quartic::Refine<L>(monic, start, kappa);
+    if (entry.normalised) {
+      modes::SetGeneralFields<true, L>(D, kappa, angles.cosine, tensor.element);
+    } else {
+      modes::SetGeneralFields<false, L>(D, kappa, angles.cosine, tensor.element);
+    }
+  }
+
+  [[gnu::noinline]] static void CalcTwoFirstOrder(const MatrixEntry& one, MatrixModes& modes_of_one,
+                                                  const MatrixEntry& two, MatrixModes& modes_of_two,
+                                                  const GrazingAngles<V>& angles) {
+    modes_of_one.SetRoot(one, angles);
+    modes_of_two.SetRoot(two, angles);
+    modes_of_one.SetFirstOrder(one, angles);
+    modes_of_two.SetFirstOrder(two, angles);
   }
 
   [[gnu::noinline]] void CalcFirstOrder(const MatrixEntry& entry, const GrazingAngles<V>& angles) {
