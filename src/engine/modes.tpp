@@ -35,7 +35,7 @@ void FillPropagation(Matrix4<T>& P, const T& k0, const T& d, const Cplx<T> (&kap
 
 template <class T>
 inline void SetRow(Matrix4<T>& matrix, int row, const Cplx<T>& m0, const Cplx<T>& m1, const Cplx<T>& m2,
-            const Cplx<T>& m3) {
+                   const Cplx<T>& m3) {
   matrix(row, 0) = m0;
   matrix(row, 1) = m1;
   matrix(row, 2) = m2;
@@ -85,8 +85,8 @@ void FillTetragonal(Matrix4<T>& D, Cplx<T> (&kappa)[4], const T& c, const Tensor
 
 // Row r of D from the electric vector of its wave; hx and hy follow from Faraday's law.
 template <class T>
-inline void SetFields(Matrix4<T>& D, int r, const Cplx<T>& kappa, const T& c, const Cplx<T>& x, const Cplx<T>& y,
-               const Cplx<T>& z) {
+inline void SetFields(Matrix4<T>& D, int r, const Cplx<T>& kappa, const T& c, const Cplx<T>& x,
+                      const Cplx<T>& y, const Cplx<T>& z) {
   SetRow<T>(D, r, x, y, NegMulAdd(kappa, y, Cplx<T>(c * z)), kappa * x);
 }
 

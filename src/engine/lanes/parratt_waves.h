@@ -132,7 +132,8 @@ class ParrattWaves {
     return {SelectNegative(x, smaller, larger), SelectNegative(x, larger, smaller)};
   }
 
-  // A wave at the angles of one register; m and k of those whose stack is shifted, and of those themselves.
+  // A wave at the angles of one register; m only in a stack with shifted entries, the absorption k only of
+  // those themselves.
   struct WaveLanes {
     Z v, u;
     L modulus2, m, k;
@@ -168,8 +169,10 @@ class ParrattWaves {
 
   TOLVIK_INLINE void SetWave(Wave& wave, int i, const WaveLanes& w, bool guarded) {
     wave.v.Set(i, w.v);
-    if (needs_u_) wave.u.Set(i, w.u);
-    if (needs_u_ && stack_.shifted) wave.m.Set(i, w.m);
+    if (needs_u_) {
+      wave.u.Set(i, w.u);
+      if (stack_.shifted) wave.m.Set(i, w.m);
+    }
     if (guarded) smallest2_.Set(i, Min(smallest2_[i], w.modulus2));
   }
 

@@ -25,6 +25,7 @@ struct Twins {
   }
 };
 
+/// Outcome of a comparison of twins.
 template <class V>
 class Mask<Twins<V>> {
  public:
@@ -40,7 +41,6 @@ class Mask<Twins<V>> {
   TOLVIK_INLINE friend Mask operator||(Mask a, Mask b) {
     return {a.first_ || b.first_, a.second_ || b.second_};
   }
-  TOLVIK_INLINE friend Mask operator!(Mask a) { return {!a.first_, !a.second_}; }
   TOLVIK_INLINE friend bool AllOf(Mask a) { return AllOf(a.first_ && a.second_); }
   TOLVIK_INLINE friend bool AnyOf(Mask a) { return AnyOf(a.first_ || a.second_); }
 
@@ -48,6 +48,7 @@ class Mask<Twins<V>> {
   Half first_, second_;
 };
 
+/// Twins as a number type: what the closed form of a quartic needs of Lanes, half by half.
 template <class V>
 class Lanes<Twins<V>> {
  public:
@@ -58,6 +59,7 @@ class Lanes<Twins<V>> {
   Lanes() = default;
   TOLVIK_INLINE Lanes(Scalar x) : first_(x), second_(x) {}  // NOLINT: one number for all
   TOLVIK_INLINE Lanes(Half first, Half second) : first_(first), second_(second) {}
+  // Half by half, for the reason that Complexes has.
   TOLVIK_INLINE Lanes(const Lanes& other) : first_(other.first_), second_(other.second_) {}
   TOLVIK_INLINE Lanes& operator=(const Lanes& other) {
     first_ = other.first_;
@@ -109,15 +111,12 @@ class Lanes<Twins<V>> {
   TOLVIK_INLINE friend Lanes NegMulAdd(Lanes a, Lanes b, Lanes c) {
     return {NegMulAdd(a.first_, b.first_, c.first_), NegMulAdd(a.second_, b.second_, c.second_)};
   }
-  TOLVIK_INLINE friend Lanes MulSub(Lanes a, Lanes b, Lanes c) {
-    return {MulSub(a.first_, b.first_, c.first_), MulSub(a.second_, b.second_, c.second_)};
-  }
 
  private:
   Half first_, second_;
 };
 
-/// One complex number of two.
+/// Two complex numbers as one, and the halves of it.
 template <class V>
 TOLVIK_INLINE Complexes<Twins<V>> Twin(const Complexes<V>& first, const Complexes<V>& second) {
   return {{first.real(), second.real()}, {first.imag(), second.imag()}};
