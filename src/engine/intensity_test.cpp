@@ -101,12 +101,22 @@ TYPED_TEST(Intensity, BothSensesAreStacksOfTheirOwn) {
   for (int i = 0; i < 131; ++i) s.push_back(T(0.01 + 0.007 * i));
   const std::array<double, 8> all_rays[] = {
       {0.1, 0.2, 0.3, 0.4, 0.5, 0.6, 0.7, 0.8}, {1, 0, 0, 0, 0, 0, 1, 0}, {0, 0, 0, 1, 0, 1, 0, 0}};
-  for (const int repeats : {1, 8}) {  // eight equal periods are calculated once
+  struct Stack {
+    int periods;
+    bool all_alike;  // equal periods are calculated once; of others a magnetic layer in three leaves much to
+                     // share
+  };
+  for (const Stack stack : {Stack{1, true}, Stack{8, true}, Stack{1, false}, Stack{12, false}}) {
     Profile<T> profile, turned;
-    for (int i = 0; i < repeats; ++i) {
+    for (int i = 0; i < stack.periods; ++i) {
       for (const CLayer<T>& layer : this->MagneticProfile()) profile.Append(layer);
     }
-    for (CLayer<T>& layer : profile) layer.layer_d = layer.layer_d + T(1.0);
+    for (std::int32_t i = 0; i < profile.size; ++i) {
+      profile[i].layer_d = profile[i].layer_d + T(stack.all_alike ? 1.0 : 1.0 + 0.25 * i);
+      if (stack.all_alike) continue;
+      profile[i].layer_sigma = T(0.3);
+      if (i % 3 != 1) profile[i].layer_ddelta = profile[i].layer_dbeta = T(0.0);
+    }
     turned = profile;
     for (CLayer<T>& layer : turned) {
       layer.layer_ddelta = -layer.layer_ddelta;

@@ -93,44 +93,64 @@ class ParrattBlock : private ParrattWaves<V> {
   }
 
   template <Kind kind>
-  void AddInterface(bool rough, bool first, const Wave& below, const Wave& above, Ratio& ratio) {
+  void AddInterface(bool rough, bool first, const Wave& below, const Wave& above, const ComplexRow<V>& F,
+                    const ComplexRow<V>& E, Ratio& ratio) {
     if (first) {
-      rough ? Step<kind, true, true>(below, above, roughness_, passage_[0], ratio)
-            : Step<kind, false, true>(below, above, roughness_, passage_[0], ratio);
+      rough ? Step<kind, true, true>(below, above, F, E, ratio)
+            : Step<kind, false, true>(below, above, F, E, ratio);
     } else {
-      rough ? Step<kind, true, false>(below, above, roughness_, passage_[0], ratio)
-            : Step<kind, false, false>(below, above, roughness_, passage_[0], ratio);
+      rough ? Step<kind, true, false>(below, above, F, E, ratio)
+            : Step<kind, false, false>(below, above, F, E, ratio);
     }
   }
 
-  // With two senses the waves that are not shifted serve both. The first two places are those of the others.
-  Wave& PlaceOf(std::int32_t j, int& kept) {
-    const bool keep = stack_.senses == 2 && !stack_.entry[j].shifted && kept < kMaxShared - 2;
-    return wave_[keep ? 2 + kept++ : j & 1];
+  // Where the results of a walk are laid down. What no magnetic shift changes serves both senses, as long as
+  // there is room for it.
+  struct Places {
+    int waves = 2, passages = 1, factors = 1;  // the next free ones; those before are used again and again
+  };
+  struct Place {
+    int index;
+    bool is_known;  // from the walk in the first sense
+  };
+  Place PlaceOf(bool shifted, int passing, int& next) const {
+    if (stack_.senses == 1 || shifted || next == kMaxShared) return {passing, false};
+    return {next++, sign_ < Scalar(0)};
   }
 
-  const Wave& WaveOf(std::int32_t j, int& kept) {
-    const int before = kept;
-    Wave& wave = PlaceOf(j, kept);
-    if (kept == before || sign_ > Scalar(0)) CalcWave(stack_.entry[j], wave);
-    return wave;
+  const Wave& WaveOf(std::int32_t j, Places& places) {
+    const Place place = PlaceOf(stack_.entry[j].shifted, j & 1, places.waves);
+    if (!place.is_known) CalcWave(stack_.entry[j], wave_[place.index]);
+    return wave_[place.index];
+  }
+
+  const ComplexRow<V>& PassageOf(const Entry& entry, const Wave& wave, Places& places) {
+    const Place place = PlaceOf(entry.shifted, 0, places.passages);
+    if (!place.is_known) CalcPassage(entry.phase, wave, passage_[place.index]);
+    return passage_[place.index];
+  }
+
+  const ComplexRow<V>& FactorOf(const Entry& lower, const Entry& upper, const Wave& below, const Wave& above,
+                                Places& places) {
+    const Place place = PlaceOf(lower.shifted || upper.shifted, 0, places.factors);
+    if (!place.is_known) CalcRoughness(lower, below, above, factor_[place.index]);
+    return factor_[place.index];
   }
 
   void Walk() {
-    int kept = 0;
-    const Wave* below = &WaveOf(0, kept);
+    Places places;
+    const Wave* below = &WaveOf(0, places);
     for (std::int32_t j = 0; j + 1 < stack_.entries; ++j) {
       const Entry& lower = stack_.entry[j];
-      const Wave* above = &WaveOf(j + 1, kept);
-      if (j > 0) {
-        CalcPassage(lower.phase, *below, passage_[0]);
-        AddGrowth(lower.phase, *below);
-      }
-      if (lower.rough) CalcRoughness(lower, *below, *above, roughness_);
-      if (wants_sigma_) AddInterface<kSigma>(lower.rough, j == 0, *below, *above, sigma_);
+      const Entry& upper = stack_.entry[j + 1];
+      const Wave* above = &WaveOf(j + 1, places);
+      const ComplexRow<V>& E = j > 0 ? PassageOf(lower, *below, places) : passage_[0];
+      if (j > 0) AddGrowth(lower.phase, *below);
+      const ComplexRow<V>& F = lower.rough ? FactorOf(lower, upper, *below, *above, places) : factor_[0];
+      if (wants_sigma_) AddInterface<kSigma>(lower.rough, j == 0, *below, *above, F, E, sigma_);
       if (wants_pi_) {
-        stack_.shifted ? AddInterface<kPiOfShifted>(lower.rough, j == 0, *below, *above, pi_)
-                       : AddInterface<kPi>(lower.rough, j == 0, *below, *above, pi_);
+        stack_.shifted ? AddInterface<kPiOfShifted>(lower.rough, j == 0, *below, *above, F, E, pi_)
+                       : AddInterface<kPi>(lower.rough, j == 0, *below, *above, F, E, pi_);
       }
       if (j % kRescaleEvery == kRescaleEvery - 1) RescaleAll();
       below = above;
@@ -146,7 +166,7 @@ class ParrattBlock : private ParrattWaves<V> {
       const Z q = upper + lower;
       const L scale = L(Scalar(1)) / norm(q);
       Z t = upper - lower;
-      if (rough) t = t * roughness_[i];
+      if (rough) t = t * factor_[0][i];
       r.Set(i, Z{scale * q.real(), -(scale * q.imag())} * t);
     }
   }
@@ -182,7 +202,7 @@ class ParrattBlock : private ParrattWaves<V> {
       const Wave& below = wave_[lower.wave];
       const Wave& above = wave_[stack_.entry[j + 1].wave];
       Reflection& r = reflection_[interfaces++];
-      if (lower.rough) CalcRoughness(lower, below, above, roughness_);
+      if (lower.rough) CalcRoughness(lower, below, above, factor_[0]);
       if (wants_sigma_) CalcReflection<kSigma>(below, above, lower.rough, r.sigma);
       if (wants_pi_) {
         stack_.shifted ? CalcReflection<kPiOfShifted>(below, above, lower.rough, r.pi)
@@ -273,9 +293,8 @@ class ParrattBlock : private ParrattWaves<V> {
   bool wants_sigma_ = false, wants_pi_ = false;  // in the present sense of the magnetic shift
   Row<V> lost_, result_;  // a NaN where the angle is lost, else 0; intensities of a ray
   Ratio sigma_, pi_;
-  ComplexRow<V> roughness_;
   Wave wave_[kMaxShared];
-  ComplexRow<V> passage_[kMaxShared];
+  ComplexRow<V> passage_[kMaxShared], factor_[kMaxShared];  // E and F
   Reflection reflection_[kMaxShared];
 };
 
