@@ -232,7 +232,6 @@ class ParrattBlock : private ParrattWaves<V> {
     wants_sigma_ = stack_.wants_sigma[sense];
     wants_pi_ = stack_.wants_pi[sense];
     stack_.shared ? WalkShared() : Walk();
-    RescaleAll();
     CalcIntensities();
   }
 

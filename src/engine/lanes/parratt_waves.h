@@ -47,6 +47,7 @@ class ParrattWaves {
   // A root is a long chain of steps that wait for each other, so two registers are dealt with side by side.
   [[gnu::noinline]] void CalcWave(const Entry& entry, Wave& wave) {
     if (entry.shifted) return CalcShiftedWave(entry, wave);
+    if (entry.chi_real == Scalar(0) && entry.chi_imag == Scalar(0)) return CalcVacuumWave(entry, wave);
     const Z inverse{L(entry.inverse_real), L(entry.inverse_imag)};
     const Z chi{L(Scalar(2) * entry.chi_real), L(Scalar(2) * entry.chi_imag)};
     const auto plain = [&](int i) TOLVIK_INLINE_LAMBDA {
@@ -56,6 +57,16 @@ class ParrattWaves {
     const auto set = [&](int i, const WaveLanes& w)
                          TOLVIK_INLINE_LAMBDA { SetWave(wave, i, w, entry.guarded); };
     stack_.shifted ? ForTwoAtOnce(used_, beside_shifted, set) : ForTwoAtOnce(used_, plain, set);
+  }
+
+  // Here w is s.
+  void CalcVacuumWave(const Entry& entry, Wave& wave) {
+    const L zero(Scalar(0)), four(Scalar(4));
+    for (int i = 0; i < used_; ++i) {
+      const L v = s_[i] + s_[i];
+      const Z u = stack_.shifted ? Z{v + v, zero} : Z{v, zero};
+      SetWave(wave, i, {{v, zero}, u, twice_s2_[i] * twice_s2_[i], four, zero}, entry.guarded);
+    }
   }
 
   void CalcShiftedWave(const Entry& entry, Wave& wave) {
