@@ -117,7 +117,7 @@ class FirstOrderCrossing {
   }
 
   /// Carries a row of amplitudes, sigma and pi down, sigma and pi up, from below the interface to above it.
-  /// opposite: the roughness factor of opposite waves over that of waves that run the same way; 1 and unused
+  /// opposite: the roughness factor of opposite waves over that of waves that run the same way; not read
   /// if the interface is not rough.
   template <bool rough>
   TOLVIK_INLINE void CarryRow(const Z& opposite, Z (&row)[4]) const {

@@ -33,7 +33,7 @@ struct MatrixModes {
     }
   }
 
-  /// Both entries of one kind: step by step for both, since roots and quotients of one entry alone keep the
+  /// Of two entries, which go side by side where both are of a kind whose roots and quotients keep the
   /// processor waiting.
   static void CalculateTwo(const MatrixStack& stack, const MatrixEntry& one, MatrixModes& modes_of_one,
                            const MatrixEntry& two, MatrixModes& modes_of_two,
