@@ -101,10 +101,10 @@ TYPED_TEST(Intensity, BothSensesAreStacksOfTheirOwn) {
   for (int i = 0; i < 131; ++i) s.push_back(T(0.01 + 0.007 * i));
   const std::array<double, 8> all_rays[] = {
       {0.1, 0.2, 0.3, 0.4, 0.5, 0.6, 0.7, 0.8}, {1, 0, 0, 0, 0, 0, 1, 0}, {0, 0, 0, 1, 0, 1, 0, 0}};
+  // Equal periods are calculated once; others, with one magnetic layer in three, have much to share.
   struct Stack {
     int periods;
-    bool all_alike;  // equal periods are calculated once; of others a magnetic layer in three leaves much to
-                     // share
+    bool all_alike;
   };
   for (const Stack stack : {Stack{1, true}, Stack{8, true}, Stack{1, false}, Stack{12, false}}) {
     Profile<T> profile, turned;

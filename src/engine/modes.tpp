@@ -169,8 +169,7 @@ template <class T>
 void CalcGeneralMatrices(Matrix4<T>& P, Matrix4<T>& D, Cplx<T> (&kappa)[4], T theta, T k0, T d,
                          const Tensor<T>& tensor) {
   const T c = cos(theta);
-  const quartic::MonicQuartic<T> monic = modes::GeneralQuartic<T>(c, tensor);
-  quartic::Refine<T>(monic, quartic::StartOf<T>(monic), kappa);
+  quartic::Solve<T>(modes::GeneralQuartic<T>(c, tensor), kappa);
   modes::SetGeneralFields<true, T>(D, kappa, c, tensor);
   modes::FillPropagation<T>(P, k0, d, kappa);
 }

@@ -177,13 +177,17 @@ void Refine(const MonicQuartic<T>& monic, const FourRoots<T>& start, Cplx<T> (&r
   SortRoots<T>(roots);
 }
 
+template <class T>
+void Solve(const MonicQuartic<T>& monic, Cplx<T> (&roots)[4]) {
+  Refine<T>(monic, StartOf<T>(monic), roots);
+}
+
 }  // namespace quartic
 
 template <class T>
 void SolveModes(const Cplx<T>& a4, const Cplx<T>& a3, const Cplx<T>& a2, const Cplx<T>& a1, const Cplx<T>& a0,
                 Cplx<T> (&roots)[4]) {
-  const quartic::MonicQuartic<T> monic = quartic::MonicOf<T>(a4, a3, a2, a1, a0);
-  quartic::Refine<T>(monic, quartic::StartOf<T>(monic), roots);
+  quartic::Solve<T>(quartic::MonicOf<T>(a4, a3, a2, a1, a0), roots);
 }
 
 }  // namespace tolvik::engine

@@ -14,7 +14,9 @@ namespace tolvik::testing {
 class ScratchFolder {
  public:
   ScratchFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "tolvik-test-XXXXXX").string();
+    // mkdtemp replaces six letters X at the end.
+    std::string pattern =
+        (std::filesystem::temp_directory_path() / "tolvik-test-").string() + std::string(6, 'X');
     if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no scratch folder");
     path_ = pattern;
   }
