@@ -7,7 +7,7 @@
 #include <cmath>
 #include <vector>
 
-#include "engine/profile.h"
+#include "engine/profile/profile.h"
 #include "optics/tensor.h"
 #include "tolvik/state.h"
 

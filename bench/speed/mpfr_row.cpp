@@ -5,9 +5,9 @@
 #include "bench/heap_number.h"
 #include "bench/speed/rows.h"
 #include "bench/speed/stacks.h"
-#include "engine/cnumber.h"
-#include "engine/complex.h"
-#include "engine/parratt.tpp"
+#include "engine/algorithms/parratt.tpp"
+#include "engine/number/cnumber.h"
+#include "engine/number/complex.h"
 
 namespace tolvik::bench {
 

@@ -7,7 +7,7 @@
 #include "bench/speed/stacks.h"
 #include "bench/textbook.h"
 #include "bench/textbook_matrices.h"
-#include "engine/intensity.tpp"
+#include "engine/curve/intensity.tpp"
 
 namespace tolvik::bench {
 

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <vector>
 
-#include "engine/layer.h"
+#include "engine/profile/layer.h"
 
 namespace tolvik::bench {
 

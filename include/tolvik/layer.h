@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Records of the sample: layers, element profiles and the magnetic depth profile. Lengths in Å.
 //
-// The order and the types of all members are the contract with a front end and pinned in model/state.cpp.
+// The order and the types of all members are the contract with a front end and pinned in
+// model/record_layout.cpp.
 #pragma once
 
 #include <complex>

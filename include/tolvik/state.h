@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The whole project: sample, scattering setup, calculation and fit options, measurements, scripts.
 //
-// The order and the types of all members are the contract with a front end and pinned in model/state.cpp.
-// A member that the state file knows bears its key as its name. Lengths in Å, qz in Å⁻¹, energies in eV.
+// The order and the types of all members are the contract with a front end and pinned in
+// model/record_layout.cpp. A member that the state file knows bears its key as its name. Lengths in Å, qz in
+// Å⁻¹, energies in eV.
 #pragma once
 
 #include <cstdint>

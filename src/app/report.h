@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "engine/status.h"
+#include "model/status.h"
 
 namespace tolvik {
 

@@ -8,7 +8,7 @@
 #include <new>
 #include <stdexcept>
 
-#include "engine/status.h"
+#include "model/status.h"
 #include "support/scratch.h"
 
 namespace tolvik {

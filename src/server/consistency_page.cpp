@@ -8,9 +8,9 @@
 #include <string_view>
 #include <utility>
 
-#include "engine/modes.h"
-#include "engine/profile.h"
-#include "engine/quartic.h"
+#include "engine/algorithms/modes.h"
+#include "engine/algorithms/quartic.h"
+#include "engine/profile/profile.h"
 #include "optics/energy.h"
 #include "optics/layer_constants.h"
 #include "optics/material.h"

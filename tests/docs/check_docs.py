@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """check_docs.py ROOT
 
-Every relative link of the documents leads to a file, and every source file that they name exists: `engine/parratt.h` is
+Every relative link of the documents leads to a file, and every source file that they name exists: `engine/algorithms/parratt.h` is
 looked for from the root, from src/ and from the document. NAME and ROOM stand for names of the reader's own.
 """
 import pathlib

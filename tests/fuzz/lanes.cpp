@@ -11,7 +11,7 @@
 #include <limits>
 #include <vector>
 
-#include "engine/intensity.h"
+#include "engine/curve/intensity.h"
 #include "engine/lanes/kernels.h"
 
 namespace {

@@ -2,7 +2,7 @@
 // Slices of rough interfaces against roughness factors, and shapes of magnetic profiles against each other.
 #include <gtest/gtest.h>
 
-#include "engine/profile.tpp"
+#include "engine/profile/profile.tpp"
 #include "support/intensities.h"
 #include "support/stacks.h"
 

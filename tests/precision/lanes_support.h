@@ -4,10 +4,10 @@
 
 #include <vector>
 
-#include "engine/cnumber.h"
-#include "engine/complex.h"
-#include "engine/intensity.h"
+#include "engine/curve/intensity.h"
 #include "engine/lanes/kernels.h"
+#include "engine/number/cnumber.h"
+#include "engine/number/complex.h"
 #include "precision/random_stack.h"
 
 namespace tolvik::test {

@@ -11,11 +11,11 @@
 #include <cstdio>
 #include <limits>
 
-#include "engine/cnumber.h"
-#include "engine/complex.h"
-#include "engine/grazing.h"
-#include "engine/intensity.h"
-#include "engine/profile.h"
+#include "engine/curve/grazing.h"
+#include "engine/curve/intensity.h"
+#include "engine/number/cnumber.h"
+#include "engine/number/complex.h"
+#include "engine/profile/profile.h"
 #include "support/random_stacks.h"
 
 namespace tolvik::engine {

@@ -8,7 +8,7 @@
 #include <random>
 #include <vector>
 
-#include "engine/intensity.h"
+#include "engine/curve/intensity.h"
 
 namespace tolvik::test {
 

@@ -4,9 +4,9 @@
 
 #include <complex>
 
-#include "engine/matrix_one.tpp"
-#include "engine/matrix_two.tpp"
-#include "engine/parratt.tpp"
+#include "engine/algorithms/matrix_one.tpp"
+#include "engine/algorithms/matrix_two.tpp"
+#include "engine/algorithms/parratt.tpp"
 #include "support/berreman.h"
 
 namespace tolvik::test {

@@ -7,9 +7,9 @@
 #include <cmath>
 #include <limits>
 
-#include "engine/cnumber.h"
-#include "engine/complex.h"
-#include "engine/number.h"
+#include "engine/number/cnumber.h"
+#include "engine/number/complex.h"
+#include "engine/number/number.h"
 
 namespace tolvik::testing {
 

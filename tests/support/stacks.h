@@ -4,8 +4,8 @@
 
 #include <initializer_list>
 
-#include "engine/layer.h"
-#include "engine/number.h"
+#include "engine/number/number.h"
+#include "engine/profile/layer.h"
 #include "optics/tensor.h"
 #include "tolvik/layer.h"
 

@@ -4,7 +4,7 @@
 
 #include <initializer_list>
 
-#include "engine/layer.h"
+#include "engine/profile/layer.h"
 #include "tolvik/dataset.h"
 #include "tolvik/state.h"
 

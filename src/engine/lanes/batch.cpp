@@ -3,7 +3,7 @@
 
 #include <cmath>
 
-#include "engine/intensity.h"
+#include "engine/algorithms/options.h"
 
 namespace tolvik::engine::lanes {
 

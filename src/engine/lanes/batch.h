@@ -7,7 +7,7 @@
 
 #include "engine/lanes/matrix.h"
 #include "engine/lanes/parratt.h"
-#include "engine/layer.h"
+#include "engine/profile/layer.h"
 
 namespace tolvik::engine::lanes {
 
@@ -38,7 +38,7 @@ enum class LanesLeave {
   kAll         ///< the whole batch
 };
 
-/// Intensities of both rays, as CalcIntensities (engine/intensity.h) describes; second may be null.
+/// Intensities of both rays, as CalcIntensities (engine/curve/intensity.h) describes; second may be null.
 template <HasLanes T>
 LanesLeave CalcByLanes(const Profile<T>& profile, T k0, const IntensityOptions<T>& options,
                        std::int32_t count, const T* s, T* first, T* second, BatchWork<T>& work);

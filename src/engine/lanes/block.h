@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-#include "engine/lanes/complexes.h"
+#include "engine/simd/complexes.h"
 
 namespace tolvik::engine::lanes {
 

@@ -2,8 +2,8 @@
 // The functions of functions.h as a kernel, so that tests reach them on every instruction set.
 #pragma once
 
-#include "engine/lanes/functions.h"
 #include "engine/lanes/kernels.h"
+#include "engine/simd/functions.h"
 
 namespace tolvik::engine::lanes {
 

@@ -6,8 +6,8 @@
 #include <complex>
 #include <limits>
 
-#include "engine/first_order_modes.tpp"
-#include "engine/intensity.h"
+#include "engine/algorithms/first_order_modes.tpp"
+#include "engine/algorithms/options.h"
 #include "engine/lanes/ordinary_matter.h"
 
 namespace tolvik::engine::lanes {

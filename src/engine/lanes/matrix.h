@@ -5,15 +5,11 @@
 #include <cstdint>
 #include <vector>
 
+#include "engine/algorithms/options.h"
 #include "engine/lanes/kernels.h"
-#include "engine/layer.h"
+#include "engine/profile/layer.h"
 
-namespace tolvik::engine {
-
-template <class T>
-struct IntensityOptions;
-
-namespace lanes {
+namespace tolvik::engine::lanes {
 
 /// The matrix algorithms by lanes, in double: magnetic entries and full tensors, reflection and transmission.
 ///
@@ -45,5 +41,4 @@ class MatrixLanes {
   double largest_chi_ = 0.0;
 };
 
-}  // namespace lanes
-}  // namespace tolvik::engine
+}  // namespace tolvik::engine::lanes

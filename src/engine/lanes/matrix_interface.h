@@ -3,9 +3,9 @@
 // first-order waves.
 #pragma once
 
-#include "engine/first_order_modes.tpp"
+#include "engine/algorithms/first_order_modes.tpp"
 #include "engine/lanes/matrix_stack.h"
-#include "engine/lanes/physics.h"
+#include "engine/simd/traits.h"
 
 namespace tolvik::engine::lanes {
 

@@ -10,7 +10,7 @@
 // rounding error, or whose result is not finite is given back to the plain algorithm.
 #pragma once
 
-#include "engine/amplitudes.tpp"
+#include "engine/algorithms/amplitudes.tpp"
 #include "engine/lanes/matrix_modes.h"
 
 namespace tolvik::engine::lanes {

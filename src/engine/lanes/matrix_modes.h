@@ -5,7 +5,7 @@
 
 #include "engine/lanes/matrix_interface.h"
 #include "engine/lanes/matrix_stack.h"
-#include "engine/lanes/twins.h"
+#include "engine/simd/twins.h"
 
 namespace tolvik::engine::lanes {
 

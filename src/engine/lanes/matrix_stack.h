@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "engine/first_order_modes.h"
+#include "engine/algorithms/first_order_modes.h"
 
 namespace tolvik::engine::lanes {
 

@@ -6,8 +6,8 @@
 #include <limits>
 #include <type_traits>
 
+#include "engine/algorithms/modes.tpp"
 #include "engine/lanes/ordinary_matter.h"
-#include "engine/modes.tpp"
 
 namespace tolvik::engine::lanes {
 

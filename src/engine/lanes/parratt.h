@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "engine/lanes/kernels.h"
-#include "engine/layer.h"
+#include "engine/profile/layer.h"
 
 namespace tolvik::engine::lanes {
 

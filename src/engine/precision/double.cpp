@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "engine/modes.tpp"
+#include "engine/algorithms/modes.tpp"
+#include "engine/algorithms/quartic.tpp"
 #include "engine/precision/instances.h"
-#include "engine/quartic.tpp"
 
 namespace tolvik::engine {
 

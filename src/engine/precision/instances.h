@@ -3,10 +3,10 @@
 // compile again, and calls as it is shipped.
 #pragma once
 
-#include "engine/curve.tpp"
-#include "engine/dichroism.tpp"
-#include "engine/energy_run.tpp"
-#include "engine/escan.tpp"
+#include "engine/curve/curve.tpp"
+#include "engine/curve/dichroism.tpp"
+#include "engine/curve/energy_run.tpp"
+#include "engine/curve/escan.tpp"
 
 /// The instances in the number type T, for use inside of the namespace of the engine.
 #define TOLVIK_INSTANCES(T)                                                                                 \

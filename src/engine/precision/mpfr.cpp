@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "engine/cnumber.h"
-#include "engine/complex.h"
+#include "engine/number/cnumber.h"
+#include "engine/number/complex.h"
 #include "engine/precision/instances.h"
 
 namespace tolvik::engine {

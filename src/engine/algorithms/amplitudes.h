@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// From the transfer matrix of a whole stack to the intensity of a ray.
+#pragma once
+
+#include "engine/number/matrix4.h"
+
+namespace tolvik::engine {
+
+/// Intensity of one ray behind a stack, summed over both outgoing polarisations.
+///
+/// M turns amplitudes in the substrate (row vector) into those in the ambient; the order of modes is sigma
+/// down, pi down, sigma up, pi up. ray: sigma real, sigma imaginary, pi real, pi imaginary. transmission: the
+/// amplitudes in the substrate instead of the reflected ones; they carry no flux factor.
+template <class T>
+T CalcRayIntensity(const Matrix4<T>& M, bool transmission, const double* ray);
+
+}  // namespace tolvik::engine

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// The waves of a magnetic entry to first order in its magnetic strength.
+#pragma once
+
+#include "engine/number/number.h"
+
+namespace tolvik::engine {
+
+/// Direction cosines of a magnetisation along x, y and z.
+template <class T>
+struct Direction {
+  T transverse, longitudinal, polar;
+};
+
+/// What the first-order waves of an entry take from its matter alone: the index n, and the parts that the
+/// magnetic strength Q adds to the fields, named as at FirstOrderWaves, without the cosine c of the grazing
+/// angle and the angle of refraction.
+template <class C>
+struct FirstOrderMatter {
+  C n, inverse_n, inverse_n2;
+  C ey_sum, ey_pi, hx_sum, hy_pi, hy_difference;
+};
+
+/// The waves of an entry to first order in its magnetic strength (J. Zak, E. R. Moog, C. Liu and S. D. Bader,
+/// J. Magn. Magn. Mater. 89, 107 (1990)).
+///
+/// With the sum σ⁺ and the difference σ⁻ of the sigma amplitudes down and up, and π⁺ and π⁻ alike, the fields
+/// are
+///   ex = σ⁺
+///   ey = c² ey_sum σ⁺ + ey_difference σ⁻ + c ey_pi π⁺ + q π⁻
+///   hx = c hx_sum σ⁺ + hx_difference σ⁻ - n π⁺
+///   hy = kappa σ⁻ + hy_pi π⁺ + hy_difference π⁻
+/// with q the cosine of the refracted angle against the normal and kappa = n q; n, ey_sum, ey_pi and hx_sum
+/// are those of FirstOrderMatter.
+template <class T>
+struct FirstOrderWaves {
+  Cplx<T> kappa, q;
+  Cplx<T> ey_difference, hx_difference;
+  Cplx<T> hy_pi, hy_difference;
+
+  /// A slab of thickness d turns the waves down by TurnDown() k0 d, those up by TurnUp() k0 d.
+  Cplx<T> TurnDown() const { return MinusI(hy_difference + hy_pi); }
+  Cplx<T> TurnUp() const { return MinusI(hy_difference - hy_pi); }
+
+ private:
+  static Cplx<T> MinusI(const Cplx<T>& z) { return {z.imag(), -z.real()}; }
+};
+
+}  // namespace tolvik::engine

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// The numbers of the algorithms, and what they read of a state beside its profile.
+#pragma once
+
+#include <cstdint>
+
+#include "engine/number/number.h"
+#include "tolvik/state.h"
+
+namespace tolvik::engine {
+
+inline constexpr std::int32_t kParratt = 0;
+inline constexpr std::int32_t kMatrixOne = 1;
+inline constexpr std::int32_t kMatrixTwo = 2;
+
+/// Whether the number names an algorithm; with any other a curve stays as its frame left it.
+inline bool IsAlgorithm(std::int32_t algorithm) {
+  return algorithm >= kParratt && algorithm <= kMatrixTwo;
+}
+
+/// What the algorithms read beside the profile, k0 and the angle.
+template <class T>
+struct IntensityOptions {
+  std::int32_t algorithm = kParratt;
+  bool transmission = false;    ///< scattering non-zero; no matter to algorithm 0
+  bool magnetic = false;        ///< magnetizationmode non-zero
+  T maggamma{};                 ///< azimuth of the magnetisation, degrees
+  T magphi{};                   ///< polar angle against z, degrees
+  double polarisation[8] = {};  ///< both rays: sigma and pi part, real and imaginary
+  T tolerance{};                ///< tolerance of the tensor classes of algorithm 1
+};
+
+/// The options of a state as they are now, after its script.
+template <Number T>
+IntensityOptions<T> OptionsOfState(const CState& state);
+
+}  // namespace tolvik::engine

@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+#pragma once
+
+#include "engine/curve/curve.tpp"
+#include "engine/curve/dichroism.h"
+#include "engine/curve/escan.tpp"
+
+namespace tolvik::engine {
+
+namespace dichroism_detail {
+
+inline void SizeCurves(CSolution& solution) {
+  SizeCurve(solution.dataset_R0, solution.dataset_qz.size, 1.0);
+  SizeCurve(solution.dataset_Rp, solution.dataset_qz.size, 1.0);
+  SizeCurve(solution.dataset_Rm, solution.dataset_qz.size, 1.0);
+  SizeCurve(solution.dataset_A, solution.dataset_qz.size, 0.0);
+}
+
+/// The points begin .. end - 1 by the samples of a rule.
+template <Number T>
+std::int32_t CalcPoints(CSolution& solution, std::int32_t begin, std::int32_t end,
+                        const ResolutionRule<T>& rule, const WalkSetting<T>& setting) {
+  const auto refuse = [](const T& s) { return s > T(1.0); };
+  const auto store = [&](std::int32_t i, const T& plus, const T& minus, bool whole) {
+    if (!whole) return;
+    solution.dataset_Rp[i] = static_cast<double>(plus);
+    solution.dataset_Rm[i] = static_cast<double>(minus);
+  };
+  return CodeOf(WalkSamples<T>(setting, solution.dataset_qz, begin, end, rule, refuse, store));
+}
+
+template <Number T>
+std::int32_t CalcPoint(const CState& state, Profile<T>& profile, std::int32_t i, const T& k0,
+                       const ResolutionRule<T>& rule, CSolution& solution) {
+  SampleBlock<T> block(true);
+  const IntensityOptions<T> options = OptionsOfState<T>(state);
+  return CalcPoints<T>(solution, i, i + 1, rule, {profile, k0, options, block});
+}
+
+/// One sample of weight 1 at qz itself.
+template <Number T>
+ResolutionRule<T> BareRule() {
+  return RuleOfResolution<T>(0.0);
+}
+
+/// All points of the grid once; points without an angle keep their values.
+template <Number T>
+std::int32_t CalcOnce(CSolution& solution, const WalkSetting<T>& setting) {
+  const auto refuse = [](const T& s) { return s >= T(1.0); };
+  const auto store = [&](std::int32_t i, const T& plus, const T& minus) {
+    solution.dataset_Rp[i] = static_cast<double>(plus);
+    solution.dataset_Rm[i] = static_cast<double>(minus);
+  };
+  return CodeOf(WalkOnce<T>(setting, solution.dataset_qz, refuse, store));
+}
+
+template <Number T>
+void FoldCurves(CSolution& solution, double resolution) {
+  CSolution once;
+  once.dataset_qz = solution.dataset_qz;
+  once.dataset_Rp = solution.dataset_Rp;
+  once.dataset_Rm = solution.dataset_Rm;
+  const ResolutionRule<T> rule = FullRule<T>(resolution);
+  for (std::int32_t i = 0; i < once.dataset_qz.size; ++i) {
+    const InterpolatedPoint<T> folded = FoldResolution(once, i, rule);
+    solution.dataset_Rp[i] = static_cast<double>(folded.Rp);
+    solution.dataset_Rm[i] = static_cast<double>(folded.Rm);
+  }
+}
+
+}  // namespace dichroism_detail
+
+template <Number T>
+std::int32_t CalcDichroicPoint(const CState& state, Profile<T>& profile, std::int32_t i, const T& k0,
+                               CSolution& solution) {
+  return dichroism_detail::CalcPoint<T>(state, profile, i, k0, RuleOfResolution<T>(state.resolution),
+                                        solution);
+}
+
+template <Number T>
+std::int32_t CalcDichroicPointFast(const CState& state, Profile<T>& profile, std::int32_t i, const T& k0,
+                                   CSolution& solution) {
+  return dichroism_detail::CalcPoint<T>(state, profile, i, k0, dichroism_detail::BareRule<T>(), solution);
+}
+
+template <class T>
+std::int32_t CalcAsymmetryCurve(CSolution& solution, CState& state) {
+  if (state.ocautomatic != 0) SetLayerConstantsForEnergy(state);
+  curve_detail::RunScriptOnce(state);
+  dichroism_detail::SizeCurves(solution);
+  Profile<T> profile;
+  PrepareProfile<T>(state, profile);
+  const T k0 = WavevectorFromLambda(T(state.lambda));
+  const IntensityOptions<T> options = OptionsOfState<T>(state);
+  SampleBlock<T> block(true);
+  const WalkSetting<T> setting{profile, k0, options, block};
+
+  const std::int32_t code =
+      state.fastresolution ? dichroism_detail::CalcOnce<T>(solution, setting)
+                           : dichroism_detail::CalcPoints<T>(solution, 0, solution.dataset_qz.size,
+                                                             RuleOfResolution<T>(state.resolution), setting);
+  if (code != kSuccess) return code;
+  if (state.fastresolution) dichroism_detail::FoldCurves<T>(solution, state.resolution);
+  FinishSolution(solution, state.mulqz4, state.polcorrection, state.averaging);
+  return kSuccess;
+}
+
+template <class T>
+std::int32_t CalcDicEScanCurve(CSolution& solution, CState& state) {
+  dichroism_detail::SizeCurves(solution);
+  ScriptSession script(state);
+  script.Run();
+  Profile<T> profile;
+  const auto point = [&](std::int32_t i, double lambda) {
+    PrepareProfile<T>(state, profile);
+    return CalcDichroicPoint<T>(state, profile, i, WavevectorFromLambda(T(lambda)), solution);
+  };
+  const std::int32_t code = ScanEnergies(solution, state, script, point);
+  if (code == kSuccess) {
+    FinishSolution(solution, state.mulqz4, state.polcorrection, state.averaging);
+  }
+  return code;
+}
+
+}  // namespace tolvik::engine

@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// The walk over the points of a curve, shared by curves, scans and dichroism. It goes in blocks of samples,
+// with the outcome of a walk from sample to sample.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <exception>
+
+#include "engine/curve/samples.h"
+#include "tolvik/array.h"
+
+namespace tolvik::engine {
+
+/// How a walk ended.
+struct WalkEnd {
+  bool out_of_reach = false;  ///< at a sample that the caller's rule refuses
+  std::exception_ptr error;   ///< at an exception of a sample; then out_of_reach is false
+
+  bool Complete() const { return !out_of_reach && !error; }
+};
+
+/// What stays the same during a walk.
+template <class T>
+struct WalkSetting {
+  Profile<T>& profile;
+  const T& k0;
+  const IntensityOptions<T>& options;
+  SampleBlock<T>& block;
+};
+
+/// Calculates the points begin .. end - 1 of a grid with the samples of a rule.
+/// refuse(s) tells which s = sin θ ends the walk. store(i, sum1, sum2, whole) gets both rays of each point in
+/// order; of the point in which the walk ends, the partial sums with whole false.
+template <Number T, class Refuse, class Store>
+WalkEnd WalkSamples(const WalkSetting<T>& setting, const CArray<double>& grid, std::int32_t begin,
+                    std::int32_t end, const ResolutionRule<T>& rule, Refuse refuse, Store store) {
+  WalkEnd result;
+  while (begin < end && result.Complete()) {
+    const std::int32_t block_end = begin + std::min(end - begin, kPointsPerBlock);
+    setting.block.Clear(block_end - begin, rule.samples);
+    std::int32_t i = begin;
+    for (; i < block_end && !result.out_of_reach; ++i) {
+      result.out_of_reach = !setting.block.GatherPoint(T(grid[i]), rule, setting.k0, refuse);
+    }
+    const std::int32_t refused_point = result.out_of_reach ? i - 1 : end;
+    result.error = setting.block.Calculate(setting.profile, setting.k0, setting.options);
+    setting.block.Sum([&](std::int32_t point, const T& sum1, const T& sum2, bool complete) {
+      store(begin + point, sum1, sum2, complete && begin + point != refused_point);
+    });
+    begin = block_end;
+  }
+  if (result.error) result.out_of_reach = false;  // the exception came first
+  return result;
+}
+
+/// Calculates all points of a grid once, without resolution. A point without an angle is passed over.
+/// store(i, value1, value2) gets both rays of each other point in order.
+template <Number T, class Refuse, class Store>
+WalkEnd WalkOnce(const WalkSetting<T>& setting, const CArray<double>& grid, Refuse refuse, Store store) {
+  WalkEnd result;
+  std::array<std::int32_t, kPointsPerBlock> points;
+  for (std::int32_t i = 0; i < grid.size && result.Complete();) {
+    setting.block.Clear(std::min(grid.size - i, kPointsPerBlock), 1);
+    std::size_t count = 0;
+    for (; i < grid.size && count < points.size(); ++i) {
+      const T s = GrazingSine(T(grid[i]), setting.k0);
+      if (refuse(s)) {
+        result.out_of_reach = true;
+        break;
+      }
+      if (!HasAngle(s)) continue;
+      points[count++] = i;
+      setting.block.BeginPoint();
+      setting.block.Add(s, T(1.0));
+    }
+    result.error = setting.block.Calculate(setting.profile, setting.k0, setting.options);
+    setting.block.Sum([&](std::int32_t point, const T& value1, const T& value2, bool complete) {
+      if (complete) store(points[static_cast<std::size_t>(point)], value1, value2);
+    });
+  }
+  if (result.error) result.out_of_reach = false;
+  return result;
+}
+
+/// Old values stay in a curve that has the right size already.
+inline void SizeCurve(CArray<double>& curve, std::int32_t points, double value) {
+  if (curve.size != points) curve.Assign(points, value);
+}
+
+}  // namespace tolvik::engine

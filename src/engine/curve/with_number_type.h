@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// The choice of the number type by the precision of a state.
+#pragma once
+
+#include <cstdint>
+
+#include "engine/number/number.h"
+
+namespace tolvik::engine {
+
+/// Calls call.operator()<T>() with the number type T of a precision and returns what it returns; an unknown
+/// precision is double.
+template <class Call>
+auto WithNumberType(std::int32_t precision, Call call) {
+  switch (precision) {
+    case 0:
+      return call.template operator()<float>();
+    case 2:
+      return call.template operator()<long double>();
+    case 3:
+      return call.template operator()<CNumber>();
+    default:
+      return call.template operator()<double>();
+  }
+}
+
+}  // namespace tolvik::engine
