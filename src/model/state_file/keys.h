@@ -16,11 +16,13 @@ template <class Record>
 using Field = std::variant<double Record::*, std::int32_t Record::*, std::uint32_t Record::*, bool Record::*,
                            CCharArray Record::*>;
 
-/// One line of a record: how it starts in the file, indent and "=" included, and the member behind it.
+/// One line of a record: how it starts in the file, indent and "=" included, the member that it holds, and
+/// its meaning, which the file does not carry.
 template <class Record>
 struct Key {
   std::string_view start;
   Field<Record> field;
+  std::string_view meaning;
 };
 
 /// A line that stands once for each element of an array of numbers.
@@ -28,6 +30,7 @@ template <class Record>
 struct ArrayKey {
   std::string_view start;
   CArray<double> Record::*field;
+  std::string_view meaning;
 };
 
 /// A single setting of the state with the comment above it (none where several lines share one) and the empty
@@ -67,87 +70,96 @@ inline constexpr std::string_view kEnergy = "energy = ";
 
 inline constexpr std::string_view kLayerThickness = "  layer_d = ";
 inline constexpr Key<CLayer> kLayerKeys[] = {
-    {kLayerThickness, &CLayer::layer_d},
-    {"  layer_db = ", &CLayer::layer_db},
-    {"  layer_material = ", &CLayer::layer_material},
-    {"  layer_density = ", &CLayer::layer_density},
-    {"  layer_delta = ", &CLayer::layer_delta},
-    {"  layer_beta = ", &CLayer::layer_beta},
-    {"  layer_ddelta = ", &CLayer::layer_ddelta},
-    {"  layer_dbeta = ", &CLayer::layer_dbeta},
-    {"  layer_sigma = ", &CLayer::layer_sigma},
+    {kLayerThickness, &CLayer::layer_d, "thickness, Å; those of substrate and ambient do not matter"},
+    {"  layer_db = ", &CLayer::layer_db, "stem of the layer's tables of optical constants, or just a name"},
+    {"  layer_material = ", &CLayer::layer_material, "name of a material file, kept for a front end"},
+    {"  layer_density = ", &CLayer::layer_density, "density, kept for a front end"},
+    {"  layer_delta = ", &CLayer::layer_delta,
+     "decrement of the index of refraction, n = 1 - delta + i beta"},
+    {"  layer_beta = ", &CLayer::layer_beta, "absorption, imaginary part of the index of refraction"},
+    {"  layer_ddelta = ", &CLayer::layer_ddelta, "magnetic part of delta"},
+    {"  layer_dbeta = ", &CLayer::layer_dbeta, "magnetic part of beta"},
+    {"  layer_sigma = ", &CLayer::layer_sigma, "roughness of the interface above the layer, Å"},
 };
 
 /// Begins an element layer and names it.
 inline constexpr std::string_view kElement = " element = ";
 inline constexpr Key<CElementLayer> kElementKeys[] = {
-    {kElement, &CElementLayer::element},
-    {" el_f1 = ", &CElementLayer::el_f1},
-    {" el_f2 = ", &CElementLayer::el_f2},
+    {kElement, &CElementLayer::element, "chemical element, the stem of its .ff table"},
+    {" el_f1 = ", &CElementLayer::el_f1, "real part of the atomic scattering factor"},
+    {" el_f2 = ", &CElementLayer::el_f2, "imaginary part of the atomic scattering factor"},
 };
 
 inline constexpr Key<CElementSlice> kSliceKeys[] = {
-    {"  el_d = ", &CElementSlice::el_d},
-    {"  el_density = ", &CElementSlice::el_density},
-    {"  el_sigma = ", &CElementSlice::el_sigma},
+    {"  el_d = ", &CElementSlice::el_d, "thickness of the slice, Å"},
+    {"  el_density = ", &CElementSlice::el_density, "density of the element in the slice"},
+    {"  el_sigma = ", &CElementSlice::el_sigma, "roughness of the slice, Å"},
 };
 
 // No blank before the "=" of gauss_variance and gauss_splinepoints: the files always looked like this.
 inline constexpr Key<CGaussFunction> kGaussKeys[] = {
-    {" gauss_delta = ", &CGaussFunction::gauss_delta},
-    {" gauss_beta = ", &CGaussFunction::gauss_beta},
-    {" gauss_variance= ", &CGaussFunction::gauss_variance},
-    {" gauss_z = ", &CGaussFunction::gauss_z},
-    {" gauss_fit = ", &CGaussFunction::gauss_fit},
-    {" gauss_fita = ", &CGaussFunction::gauss_fita},
-    {" gauss_fitvar = ", &CGaussFunction::gauss_fitvar},
-    {" gauss_fitz = ", &CGaussFunction::gauss_fitz},
-    {" gauss_usespline = ", &CGaussFunction::gauss_usespline},
-    {" gauss_acoupling = ", &CGaussFunction::gauss_acoupling},
-    {" gauss_varcoupling = ", &CGaussFunction::gauss_varcoupling},
-    {" gauss_bindtolayer = ", &CGaussFunction::gauss_bindtolayer},
+    {" gauss_delta = ", &CGaussFunction::gauss_delta, "amplitude in delta"},
+    {" gauss_beta = ", &CGaussFunction::gauss_beta, "amplitude in beta"},
+    {" gauss_variance= ", &CGaussFunction::gauss_variance, "width, Å, used as a standard deviation"},
+    {" gauss_z = ", &CGaussFunction::gauss_z, "centre, Å above the substrate"},
+    {" gauss_fit = ", &CGaussFunction::gauss_fit, "the function takes part in a fit, for a front end"},
+    {" gauss_fita = ", &CGaussFunction::gauss_fita, "its amplitude is fitted, for a front end"},
+    {" gauss_fitvar = ", &CGaussFunction::gauss_fitvar, "its width is fitted, for a front end"},
+    {" gauss_fitz = ", &CGaussFunction::gauss_fitz, "its centre is fitted, for a front end"},
+    {" gauss_usespline = ", &CGaussFunction::gauss_usespline, "the spline replaces the gaussian"},
+    {" gauss_acoupling = ", &CGaussFunction::gauss_acoupling,
+     "function whose amplitude this one follows, -1 none; for a front end"},
+    {" gauss_varcoupling = ", &CGaussFunction::gauss_varcoupling,
+     "function whose width this one follows, -1 none; for a front end"},
+    {" gauss_bindtolayer = ", &CGaussFunction::gauss_bindtolayer,
+     "layer to which the function is confined, counted from the ambient (0) downwards, -1 all depths"},
 };
 
 inline constexpr ArrayKey<CGaussFunction> kSplineKeys[] = {
-    {"  gauss_splinex = ", &CGaussFunction::gauss_splinex},
-    {"  gauss_spliney = ", &CGaussFunction::gauss_spliney},
+    {"  gauss_splinex = ", &CGaussFunction::gauss_splinex, "heights of the points of the spline, Å"},
+    {"  gauss_spliney = ", &CGaussFunction::gauss_spliney, "values of the spline at these heights"},
 };
 
 inline constexpr Key<CFitVariable> kFitVariableKeys[] = {
-    {"  fit_id = ", &CFitVariable::fit_id},
-    {"  fit_additional_id = ", &CFitVariable::fit_additional_id},
-    {"  fit_element_id = ", &CFitVariable::fit_element_id},
-    {"  fit_value = ", &CFitVariable::fit_value},
-    {"  fit_delta = ", &CFitVariable::fit_delta},
-    {"  fit_lower_boundary = ", &CFitVariable::fit_lower_boundary},
-    {"  fit_upper_boundary = ", &CFitVariable::fit_upper_boundary},
+    {"  fit_id = ", &CFitVariable::fit_id, "kind of the variable, the number that it changes"},
+    {"  fit_additional_id = ", &CFitVariable::fit_additional_id,
+     "layer, gauss function, script parameter or slice, counted from 0; -1 none"},
+    {"  fit_element_id = ", &CFitVariable::fit_element_id, "element layer, counted from 0; -1 none"},
+    {"  fit_value = ", &CFitVariable::fit_value, "present value"},
+    {"  fit_delta = ", &CFitVariable::fit_delta, "step"},
+    {"  fit_lower_boundary = ", &CFitVariable::fit_lower_boundary, "lower bound"},
+    {"  fit_upper_boundary = ", &CFitVariable::fit_upper_boundary, "upper bound"},
 };
 
 inline constexpr Key<CDataset> kDatasetKeys[] = {
-    {" datasettitle = ", &CDataset::datasettitle},
-    {" datasetenergy = ", &CDataset::datasetenergy},
-    {" datasetresolution = ", &CDataset::datasetresolution},
-    {" datasetmultiplicator = ", &CDataset::datasetmultiplicator},
-    {" datasettranslator = ", &CDataset::datasettranslator},
-    {" datasetqztranslation = ", &CDataset::datasetqztranslation},
-    {" datasetray1sigmare = ", &CDataset::datasetray1sigmare},
-    {" datasetray1sigmaim = ", &CDataset::datasetray1sigmaim},
-    {" datasetray1pire = ", &CDataset::datasetray1pire},
-    {" datasetray1piim = ", &CDataset::datasetray1piim},
-    {" datasetray2sigmare = ", &CDataset::datasetray2sigmare},
-    {" datasetray2sigmaim = ", &CDataset::datasetray2sigmaim},
-    {" datasetray2pire = ", &CDataset::datasetray2pire},
-    {" datasetray2piim = ", &CDataset::datasetray2piim},
-    {" datasetactive = ", &CDataset::datasetactive},
-    {" datasetcomment = ", &CDataset::datasetcomment},
-    {" datasetfile = ", &CDataset::datasetfile},
+    {" datasettitle = ", &CDataset::datasettitle, "title"},
+    {" datasetenergy = ", &CDataset::datasetenergy, "photon energy, eV"},
+    {" datasetresolution = ", &CDataset::datasetresolution,
+     "half width of the qz resolution, Å⁻¹: two standard deviations"},
+    {" datasetmultiplicator = ", &CDataset::datasetmultiplicator, "factor of the measured values"},
+    {" datasettranslator = ", &CDataset::datasettranslator, "added to the measured values before the factor"},
+    {" datasetqztranslation = ", &CDataset::datasetqztranslation, "added to the measured qz, Å⁻¹"},
+    {" datasetray1sigmare = ", &CDataset::datasetray1sigmare, "first ray, sigma amplitude, real part"},
+    {" datasetray1sigmaim = ", &CDataset::datasetray1sigmaim, "first ray, sigma amplitude, imaginary part"},
+    {" datasetray1pire = ", &CDataset::datasetray1pire, "first ray, pi amplitude, real part"},
+    {" datasetray1piim = ", &CDataset::datasetray1piim, "first ray, pi amplitude, imaginary part"},
+    {" datasetray2sigmare = ", &CDataset::datasetray2sigmare, "second ray, sigma amplitude, real part"},
+    {" datasetray2sigmaim = ", &CDataset::datasetray2sigmaim, "second ray, sigma amplitude, imaginary part"},
+    {" datasetray2pire = ", &CDataset::datasetray2pire, "second ray, pi amplitude, real part"},
+    {" datasetray2piim = ", &CDataset::datasetray2piim, "second ray, pi amplitude, imaginary part"},
+    {" datasetactive = ", &CDataset::datasetactive, "not 0: takes part in a fit over all measurements"},
+    {" datasetcomment = ", &CDataset::datasetcomment, "comment"},
+    {" datasetfile = ", &CDataset::datasetfile, "file from which the measurement came"},
 };
 
 /// Written for each point, all but the first only when the curve was measured.
 inline constexpr ArrayKey<CDataset> kPointKeys[] = {
-    {"  dataset_qz = ", &CDataset::dataset_qz}, {"  dataset_R0 = ", &CDataset::dataset_R0},
-    {"  dataset_A = ", &CDataset::dataset_A},   {"  dataset_Rp = ", &CDataset::dataset_Rp},
-    {"  dataset_Rm = ", &CDataset::dataset_Rm}, {"  dataset_eng = ", &CDataset::dataset_eng},
+    {"  dataset_qz = ", &CDataset::dataset_qz, "qz, Å⁻¹"},
+    {"  dataset_R0 = ", &CDataset::dataset_R0, "reflectivity"},
+    {"  dataset_A = ", &CDataset::dataset_A, "asymmetry (Rp - Rm) / (Rp + Rm)"},
+    {"  dataset_Rp = ", &CDataset::dataset_Rp, "reflectivity of the first ray"},
+    {"  dataset_Rm = ", &CDataset::dataset_Rm, "reflectivity of the second ray"},
+    {"  dataset_eng = ", &CDataset::dataset_eng, "photon energy of each point, eV"},
 };
 
 inline constexpr Setting kActiveDataset[] = {

@@ -1,0 +1,20 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+# cmake -DFROM=folder -DTO=folder -P link_folder.cmake: makes TO show the files of FROM by symbolic links. Links whose
+# file is gone are removed; other files of TO stay.
+file(GLOB_RECURSE links LIST_DIRECTORIES false ${TO}/*)
+foreach(link ${links})
+  if(IS_SYMLINK ${link})
+    file(RELATIVE_PATH name ${TO} ${link})
+    if(NOT EXISTS ${FROM}/${name})
+      file(REMOVE ${link})
+    endif()
+  endif()
+endforeach()
+file(GLOB_RECURSE files RELATIVE ${FROM} ${FROM}/*)
+foreach(file ${files})
+  if(NOT file MATCHES "__pycache__|\\.mypy_cache")
+    get_filename_component(folder ${TO}/${file} DIRECTORY)
+    file(MAKE_DIRECTORY ${folder})
+    file(CREATE_LINK ${FROM}/${file} ${TO}/${file} SYMBOLIC)
+  endif()
+endforeach()
