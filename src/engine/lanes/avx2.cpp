@@ -32,8 +32,8 @@ struct Float {
 }  // namespace
 
 const Kernels kAvx2Kernels = {"avx2",
-                              ParrattBlock<Float>::Run,
-                              ParrattBlock<Double>::Run,
+                              ParrattKernelOf<Float>::Run,
+                              ParrattKernelOf<Double>::Run,
                               MatrixWalk<Double>::Run,
                               FunctionBlock<Float>::Run,
                               FunctionBlock<Double>::Run};

@@ -36,8 +36,8 @@ struct Float {
 }  // namespace
 
 const Kernels kAvx512Kernels = {"avx512",
-                                ParrattBlock<Float>::Run,
-                                ParrattBlock<Double>::Run,
+                                ParrattKernelOf<Float>::Run,
+                                ParrattKernelOf<Double>::Run,
                                 MatrixWalk<Double>::Run,
                                 FunctionBlock<Float>::Run,
                                 FunctionBlock<Double>::Run};

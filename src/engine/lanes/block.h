@@ -10,13 +10,13 @@
 
 namespace tolvik::engine::lanes {
 
-/// Registers in a row.
-inline constexpr int kBlockVectors = 8;
+/// Registers in a row, unless a kernel wants another width.
+inline constexpr int kBlockRegisters = 8;
 
-template <class V>
+template <class V, int registers = kBlockRegisters>
 struct Row {
   using Scalar = typename Lanes<V>::Scalar;
-  static constexpr int size = kBlockVectors * Lanes<V>::size;
+  static constexpr int size = registers * Lanes<V>::size;
 
   TOLVIK_INLINE Lanes<V> operator[](int i) const { return Lanes<V>::Load(value + i * Lanes<V>::size); }
   TOLVIK_INLINE void Set(int i, Lanes<V> x) { x.Store(value + i * Lanes<V>::size); }
@@ -24,7 +24,7 @@ struct Row {
   alignas(64) Scalar value[size];
 };
 
-template <class V>
+template <class V, int registers = kBlockRegisters>
 struct ComplexRow {
   TOLVIK_INLINE Complexes<V> operator[](int i) const { return {real[i], imag[i]}; }
   TOLVIK_INLINE void Set(int i, Complexes<V> x) {
@@ -32,7 +32,7 @@ struct ComplexRow {
     imag.Set(i, x.imag());
   }
 
-  Row<V> real, imag;
+  Row<V, registers> real, imag;
 };
 
 /// store(i, calculate(i)) for i below count. Two are calculated before the first of them is stored, so that

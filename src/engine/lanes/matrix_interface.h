@@ -5,6 +5,7 @@
 
 #include "engine/algorithms/first_order_modes.tpp"
 #include "engine/lanes/matrix_stack.h"
+#include "engine/simd/complex_functions.h"
 #include "engine/simd/traits.h"
 
 namespace tolvik::engine::lanes {

@@ -8,6 +8,8 @@
 
 #include "engine/algorithms/modes.tpp"
 #include "engine/lanes/ordinary_matter.h"
+#include "engine/lanes/parratt_entry.h"
+#include "engine/lanes/parratt_repeats.h"
 
 namespace tolvik::engine::lanes {
 
@@ -23,90 +25,6 @@ constexpr T kSmallestSine = std::is_same_v<T, double> ? T(1e-75) : T(1e-9);
 
 template <class T>
 constexpr T kMaxExponent = std::is_same_v<T, double> ? T(80) : T(10);
-
-template <class T>
-void SetSusceptibility(T real, T imag, ParrattEntry<T>& entry) {
-  entry.chi_real = real;
-  entry.chi_imag = imag;
-  const T n2 = real + T(1.0);
-  const T scale = T(1.0) / (n2 * n2 + imag * imag);
-  entry.inverse_real = n2 * scale;
-  entry.inverse_imag = -(imag * scale);
-}
-
-// The functions below give false for what is not ordinary matter.
-
-template <class T>
-bool SetIndex(const CLayer<T>& layer, ParrattEntry<T>& entry) {
-  const T n = entry.index_real = T(1.0) - layer.layer_delta;
-  const T k = entry.index_imag = layer.layer_beta;
-  if (!IsRefraction(n) || !IsAbsorption(k)) return false;
-  SetSusceptibility((n - T(1.0)) * (n + T(1.0)) - k * k, T(2.0) * n * k, entry);
-  return true;
-}
-
-template <class T>
-bool SetTensorIndex(const std::complex<T>& exx, ParrattEntry<T>& entry) {
-  const T real = entry.index_real = exx.real();
-  const T imag = entry.index_imag = exx.imag();
-  if (!IsRefraction(real) || !IsAbsorption(imag)) return false;
-  SetSusceptibility(real - T(1.0), imag, entry);
-  return true;
-}
-
-template <class T>
-bool SetShift(const CLayer<T>& layer, ParrattEntry<T>& entry) {
-  entry.ddelta = layer.layer_ddelta;
-  entry.dbeta = layer.layer_dbeta;
-  entry.shifted = entry.ddelta != T(0.0) || entry.dbeta != T(0.0);
-  return IsWithin(entry.ddelta, T(-0.1), T(0.1)) && IsWithin(entry.dbeta, T(-0.1), T(0.1));
-}
-
-// Largest |n² - 1| of an entry at any angle.
-template <class T>
-T LargestContrast(const ParrattEntry<T>& entry) {
-  const T shift = std::abs(entry.ddelta) + std::abs(entry.dbeta);
-  return std::hypot(entry.chi_real, entry.chi_imag) + T(4.0) * shift;
-}
-
-// Whether no absorption keeps w away from 0 at all angles: Im w² = 2 Re n Im n.
-template <class T>
-bool MayVanish(const ParrattEntry<T>& entry) {
-  T imag = entry.chi_imag;
-  if (entry.shifted) {
-    imag = T(2.0) * (entry.index_real - std::abs(entry.ddelta)) * (entry.index_imag - std::abs(entry.dbeta));
-  }
-  return imag <= T(0.0) || imag * imag < T(2.0) * kSmallestModulus2<T>;
-}
-
-// In float the plain form drowns vacuum already at 0.03 degrees. It reflects nearly all there whatever its w,
-// provided that the next wave does not vanish with it and the roughness factor stays near 1.
-template <class T>
-bool MayVanishOnTop(const ParrattEntry<T>& below, const ParrattEntry<T>& ambient) {
-  if (!std::is_same_v<T, float> || below.shifted || ambient.shifted) return true;
-  const T step = std::hypot(ambient.chi_real - below.chi_real, ambient.chi_imag - below.chi_imag);
-  return step * step < T(16.0) * kSmallestModulus2<T> || below.roughness * below.roughness * step > T(100.0);
-}
-
-template <class T>
-bool IsSameWave(const ParrattEntry<T>& a, const ParrattEntry<T>& b) {
-  return a.index_real == b.index_real && a.index_imag == b.index_imag && a.chi_real == b.chi_real &&
-         a.chi_imag == b.chi_imag && a.ddelta == b.ddelta && a.dbeta == b.dbeta;
-}
-
-// The number of the first of up to kMaxShared earlier items that equals this one; a new number if none does;
-// kMaxShared when there are too many different ones.
-template <class Equals>
-int NumberOf(int item, int& different, std::int32_t (&first)[kMaxShared], Equals equals) {
-  for (int number = 0; number < different; ++number) {
-    if (equals(first[number])) return number;
-  }
-  if (different < kMaxShared)
-    first[different++] = item;
-  else
-    return kMaxShared;
-  return different - 1;
-}
 
 }  // namespace
 
@@ -184,40 +102,8 @@ bool ParrattLanes<T>::PrepareEntries(const Profile<T>& profile, T k0) {
   near_vacuum_ = largest_chi_ < T(0.2);
   stack_.entry = entries_.data();
   stack_.entries = n;
-  ShareEqualEntries();
+  stack_.shared = NumberEqualEntries(std::span(entries_));
   return true;
-}
-
-template <class T>
-void ParrattLanes<T>::ShareEqualEntries() {
-  const auto at = [this](std::int32_t j) -> ParrattEntry<T>& {
-    return entries_[static_cast<std::size_t>(j)];
-  };
-  std::int32_t wave[kMaxShared], passage[kMaxShared], interface[kMaxShared];
-  int waves = 0, passages = 0, interfaces = 0;
-  stack_.shared = false;
-  if (stack_.entries < 6) return;
-  for (std::int32_t j = 0; j < stack_.entries; ++j) {
-    ParrattEntry<T>& entry = at(j);
-    const int number =
-        NumberOf(j, waves, wave, [&](std::int32_t first) { return IsSameWave(at(first), entry); });
-    if (number == kMaxShared) return;
-    entry.wave = static_cast<std::int8_t>(number);
-  }
-  for (std::int32_t j = 0; j + 1 < stack_.entries; ++j) {
-    ParrattEntry<T>& entry = at(j);
-    const int through = j == 0 ? 0 : NumberOf(j, passages, passage, [&](std::int32_t first) {
-      return at(first).wave == entry.wave && at(first).phase == entry.phase;
-    });
-    const int over = NumberOf(j, interfaces, interface, [&](std::int32_t first) {
-      return at(first).wave == entry.wave && at(first + 1).wave == at(j + 1).wave &&
-             at(first).roughness == entry.roughness;
-    });
-    if (through == kMaxShared || over == kMaxShared) return;
-    entry.passage = static_cast<std::int8_t>(through);
-    entry.interface = static_cast<std::int8_t>(over);
-  }
-  stack_.shared = 2 * interfaces <= stack_.entries;
 }
 
 template <class T>

@@ -46,7 +46,6 @@ class ParrattLanes {
 
  private:
   bool PrepareEntries(const Profile<T>& profile, T k0);
-  void ShareEqualEntries();
   bool CalcRays(const Kernels& kernels, const T* s, std::int32_t count, std::span<const ParrattRay<T>> rays);
   void SetWanted(std::span<const ParrattRay<T>> rays);
 

@@ -15,14 +15,14 @@ struct ParrattEntry {
   Scalar chi_real, chi_imag;          ///< n² - 1, calculated as (n - 1)(n + 1)
   Scalar inverse_real, inverse_imag;  ///< 1 / n²
   Scalar ddelta, dbeta;               ///< magnetic shift of the index at cos θ = 1, in the first sense
-  Scalar phase;                       ///< 2 k0 d: phase of the double passage of a wave with w = 1
+  Scalar phase;                       ///< 2 k0 d: phase of the double passage of a wave with w = 1; of slabs
   Scalar roughness;                   ///< 2 σ² k0² of the interface above
   bool shifted;                       ///< the magnetic shift is not 0
-  bool rough;                         ///< σ is not 0
+  bool rough;                         ///< σ is not 0; of all entries but the ambient
   bool guarded;                       ///< w may come near 0, or Im n: those angles go to the plain recursion
   bool short_phase;                   ///< of the roughness factor at all angles: kShortRoughnessPhase
-  std::int8_t wave;                   ///< in a shared stack: entries of one index bear one number,
-  std::int8_t passage;                ///< entries of one index and one thickness likewise,
+  std::int8_t wave;                   ///< in a shared stack only: entries of one index bear one number,
+  std::int8_t passage;                ///< slabs of one index and one thickness likewise,
   std::int8_t interface;              ///< and interfaces of equal sides and roughness
 };
 
@@ -39,20 +39,30 @@ inline constexpr double kShortRoughnessPhase = 0.125;
 inline constexpr int kMaxShared = 16;
 
 /// A stack at one k0. Interface j lies above entry j; entry 0 is the substrate.
+///
+/// Three steps of ParrattLanes fill it. Members of a step hold from then on; a kernel needs all three.
 template <class Scalar>
 struct ParrattStack {
-  const ParrattEntry<Scalar>* entry;
-  std::int32_t entries;  ///< at least 2
-  bool tame;             ///< no roughness factor can leave the range of the functions
-  bool shifted;          ///< some entry is
-  std::int32_t senses;   ///< 2: the second ray sees the magnetic shift the other way round
-  bool wants_sigma[2];   ///< in each sense
-  bool wants_pi[2];
-  bool shared;  ///< the stack repeats itself; what is equal is calculated once
-  /// Largest sum of 2 k0 d Im w over the slabs that lanes may judge: the matrix algorithms carry the growing
-  /// waves themselves and overflow where the recursion does not. Infinity for the recursion.
+  // From the profile; alike after Prepare and PrepareMatrix.
+  const ParrattEntry<Scalar>* entry;  ///< belongs to ParrattLanes, and holds until its next preparation
+  std::int32_t entries;               ///< at least 2
+  bool shared;  ///< the stack repeats itself: equal entries bear equal numbers and are calculated once
+
+  // From the algorithm. Prepare (the recursion itself) leaves everything open:
+  //   tame either, shifted either, largest_growth infinite, smallest_sine near 0.
+  // PrepareMatrix (scalar stacks of the matrix algorithms) refuses the rest:
+  //   tame true, shifted false, largest_growth finite, smallest_sine that of the matrix algorithms.
+  bool tame;     ///< no roughness factor can leave the range of the functions
+  bool shifted;  ///< some entry is
+  /// Largest sum of 2 k0 d Im w over the slabs that lanes may decide: the matrix algorithms carry the growing
+  /// waves themselves and overflow where the recursion does not.
   Scalar largest_growth;
-  Scalar smallest_sine;  ///< below, the plain path judges
+  Scalar smallest_sine;  ///< angles below go to the plain path
+
+  // From the rays, by Calculate and CalculateBoth, anew at each call.
+  std::int32_t senses;  ///< 2 if shifted and two rays: the second one sees the shift the other way round
+  bool wants_sigma[2];  ///< in each of the senses; at least one polarisation is wanted in each
+  bool wants_pi[2];
 };
 
 /// The shares of a ray, squared moduli of its sigma and pi parts, and where its intensities go.
@@ -63,7 +73,7 @@ struct ParrattRay {
 };
 
 /// Intensities |Y|² sigma + |X|² pi, with the amplitude ratios Y of sigma and X of pi, of each ray at count
-/// angles, given as s = sin θ, 0 <= s <= 1. An angle that the plain recursion has to judge gets a NaN.
+/// angles, given as s = sin θ, 0 <= s <= 1. An angle that the plain recursion has to do gets a NaN.
 /// Returns whether all intensities are finite.
 template <class Scalar>
 using ParrattKernel = bool (*)(const ParrattStack<Scalar>& stack, const Scalar* s, std::int32_t count,

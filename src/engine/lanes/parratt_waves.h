@@ -8,7 +8,8 @@
 
 namespace tolvik::engine::lanes {
 
-template <class V>
+/// registers: width of the block, in registers per row.
+template <class V, int registers = kBlockRegisters>
 class ParrattWaves {
   struct WaveLanes;
 
@@ -16,12 +17,14 @@ class ParrattWaves {
   using L = Lanes<V>;
   using Z = Complexes<V>;
   using Scalar = typename L::Scalar;
+  using Real = Row<V, registers>;
+  using Complex = ComplexRow<V, registers>;
   using Stack = ParrattStack<Scalar>;
   using Entry = ParrattEntry<Scalar>;
 
   struct Wave {
-    ComplexRow<V> v, u;
-    Row<V> m;
+    Complex v, u;
+    Real m;
   };
 
   // Places past the last angle repeat it: they cost little and can't disturb.
@@ -86,8 +89,7 @@ class ParrattWaves {
     has_cosines_ = true;
   }
 
-  [[gnu::noinline]] void CalcRoughness(const Entry& lower, const Wave& below, const Wave& above,
-                                       ComplexRow<V>& F) {
+  [[gnu::noinline]] void CalcRoughness(const Entry& lower, const Wave& below, const Wave& above, Complex& F) {
     const L quarter(Scalar(-0.25) * lower.roughness);
     if (lower.short_phase) {
       for (int i = 0; i < used_; ++i) F.Set(i, ExpOfShortPhase(quarter * (below.v[i] * above.v[i])));
@@ -107,7 +109,7 @@ class ParrattWaves {
     }
   }
 
-  [[gnu::noinline]] void CalcPassage(Scalar phase, const Wave& wave, ComplexRow<V>& E) {
+  [[gnu::noinline]] void CalcPassage(Scalar phase, const Wave& wave, Complex& E) {
     const L half(Scalar(0.5) * phase), minus(Scalar(-0.5) * phase);
     for (int i = 0; i < used_; ++i) {
       const Z v = wave.v[i];
@@ -191,14 +193,14 @@ class ParrattWaves {
   const Stack& stack_;
   int used_;         // registers of the block that hold an angle
   Scalar sign_ = 1;  // of the magnetic shift, in its present sense
-  Row<V> s_;
-  Row<V> smallest2_, growth_;
-  Row<V> doubtful_;  // negative, -0 included, where the plain recursion has to judge
+  Real s_;
+  Real smallest2_, growth_;
+  Real doubtful_;  // negative, -0 included, where the plain recursion has to judge
 
  private:
   bool needs_u_;
   bool has_cosines_ = false;
-  Row<V> twice_s2_, cosine_;
+  Real twice_s2_, cosine_;
 };
 
 }  // namespace tolvik::engine::lanes

@@ -26,8 +26,8 @@ struct Float {
 }  // namespace
 
 const Kernels kSseKernels = {"sse",
-                             ParrattBlock<Float>::Run,
-                             ParrattBlock<Double>::Run,
+                             ParrattKernelOf<Float>::Run,
+                             ParrattKernelOf<Double>::Run,
                              MatrixWalk<Double>::Run,
                              FunctionBlock<Float>::Run,
                              FunctionBlock<Double>::Run};

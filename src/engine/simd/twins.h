@@ -4,6 +4,7 @@
 // quartic, the other fills the gaps.
 #pragma once
 
+#include "engine/simd/complex_functions.h"
 #include "engine/simd/traits.h"
 
 namespace tolvik::engine::lanes {

@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// The way through a stack that repeats itself: what is equal is calculated once. Symbols as in
+// parratt_kernel.h.
+#pragma once
+
+#include "engine/lanes/parratt_ratios.h"
+
+namespace tolvik::engine::lanes {
+
+template <class V>
+class ParrattShared : protected ParrattRatios<V> {
+  using Base = ParrattRatios<V>;
+  using typename Base::Complex, typename Base::Entry, typename Base::L, typename Base::Ratio,
+      typename Base::Wave, typename Base::Z;
+
+ protected:
+  using Base::Base;
+  using typename Base::Scalar;
+
+  // From the substrate to the ambient; leaves the amplitude ratios in sigma_ and pi_.
+  void WalkThrough() {
+    CalcDifferent();
+    if (wants_sigma_) Start(reflection_[stack_.entry[0].interface].sigma, sigma_);
+    if (wants_pi_) Start(reflection_[stack_.entry[0].interface].pi, pi_);
+    for (std::int32_t j = 1; j + 1 < stack_.entries; ++j) {
+      const Reflection& r = reflection_[stack_.entry[j].interface];
+      const Complex& E = passage_[stack_.entry[j].passage];
+      AddGrowth(stack_.entry[j].phase, wave_[stack_.entry[j].wave]);
+      if (wants_sigma_) Step(r.sigma, E, sigma_);
+      if (wants_pi_) Step(r.pi, E, pi_);
+      RescaleAfter(j);
+    }
+  }
+
+ private:
+  using Base::AddGrowth, Base::CalcPassage, Base::CalcRoughness, Base::CalcWave, Base::RescaleAfter;
+  using Base::pi_, Base::sigma_, Base::stack_, Base::used_, Base::wants_pi_, Base::wants_sigma_;
+
+  struct Reflection {
+    Complex sigma, pi;
+  };
+
+  // (upper - lower) / (upper + lower) F
+  template <Coefficient kind>
+  [[gnu::noinline]] void CalcReflection(const Wave& below, const Wave& above, bool rough, Complex& r) {
+    for (int i = 0; i < used_; ++i) {
+      Z lower, upper;
+      Base::template Sides<kind>(below, above, i, lower, upper);
+      const Z q = upper + lower;
+      const L scale = L(Scalar(1)) / norm(q);
+      Z t = upper - lower;
+      if (rough) t = t * factor_[i];
+      r.Set(i, Z{scale * q.real(), -(scale * q.imag())} * t);
+    }
+  }
+
+  [[gnu::noinline]] void Step(const Complex& r, const Complex& E, Ratio& ratio) {
+    for (int i = 0; i < used_; ++i) {
+      const Z n = ratio.n[i] * E[i];
+      const Z d = ratio.d[i];
+      ratio.n.Set(i, MulAdd(r[i], d, n));
+      ratio.d.Set(i, MulAdd(r[i], n, d));
+    }
+  }
+
+  void Start(const Complex& r, Ratio& ratio) {
+    for (int i = 0; i < used_; ++i) {
+      ratio.n.Set(i, r[i]);
+      ratio.d.Set(i, {L(Scalar(1)), L(Scalar(0))});
+    }
+  }
+
+  // Waves, passages and interfaces, one of each kind: the first of a kind brings the highest number so far.
+  void CalcDifferent() {
+    int waves = 0, passages = 0, interfaces = 0;
+    for (std::int32_t j = 0; j < stack_.entries; ++j) {
+      const Entry& entry = stack_.entry[j];
+      if (entry.wave == waves) CalcWave(entry, wave_[waves++]);
+      if (j == 0 || j + 1 == stack_.entries) continue;
+      if (entry.passage == passages) CalcPassage(entry.phase, wave_[entry.wave], passage_[passages++]);
+    }
+    for (std::int32_t j = 0; j + 1 < stack_.entries; ++j) {
+      const Entry& lower = stack_.entry[j];
+      if (lower.interface != interfaces) continue;
+      const Wave& below = wave_[lower.wave];
+      const Wave& above = wave_[stack_.entry[j + 1].wave];
+      Reflection& r = reflection_[interfaces++];
+      if (lower.rough) CalcRoughness(lower, below, above, factor_);
+      if (wants_sigma_) CalcReflection<Coefficient::kSigma>(below, above, lower.rough, r.sigma);
+      if (wants_pi_) {
+        stack_.shifted ? CalcReflection<Coefficient::kPiOfShifted>(below, above, lower.rough, r.pi)
+                       : CalcReflection<Coefficient::kPi>(below, above, lower.rough, r.pi);
+      }
+    }
+  }
+
+  Wave wave_[kMaxShared];
+  Complex passage_[kMaxShared], factor_;  // E; F of the interface in work
+  Reflection reflection_[kMaxShared];
+};
+
+}  // namespace tolvik::engine::lanes

@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// The way through a stack whose entries differ: waves and factors of each entry as it comes. Symbols as in
+// parratt_kernel.h.
+#pragma once
+
+#include "engine/lanes/parratt_ratios.h"
+
+namespace tolvik::engine::lanes {
+
+template <class V>
+class ParrattStepwise : protected ParrattRatios<V> {
+  using Base = ParrattRatios<V>;
+  using typename Base::Complex, typename Base::Entry, typename Base::Ratio, typename Base::Wave,
+      typename Base::Z;
+
+ protected:
+  using Base::Base;
+  using typename Base::Scalar;
+
+  // From the substrate to the ambient; leaves the amplitude ratios in sigma_ and pi_.
+  void WalkThrough() {
+    Places places;
+    const Wave* below = &WaveOf(0, places);
+    for (std::int32_t j = 0; j + 1 < stack_.entries; ++j) {
+      const Entry& lower = stack_.entry[j];
+      const Entry& upper = stack_.entry[j + 1];
+      const Wave* above = &WaveOf(j + 1, places);
+      const Complex& E = j > 0 ? PassageOf(lower, *below, places) : passage_[0];
+      if (j > 0) AddGrowth(lower.phase, *below);
+      const Complex& F = lower.rough ? FactorOf(lower, upper, *below, *above, places) : factor_[0];
+      if (wants_sigma_) AddInterface<Coefficient::kSigma>(lower.rough, j == 0, *below, *above, F, E, sigma_);
+      if (wants_pi_) {
+        stack_.shifted
+            ? AddInterface<Coefficient::kPiOfShifted>(lower.rough, j == 0, *below, *above, F, E, pi_)
+            : AddInterface<Coefficient::kPi>(lower.rough, j == 0, *below, *above, F, E, pi_);
+      }
+      RescaleAfter(j);
+      below = above;
+    }
+  }
+
+ private:
+  using Base::AddGrowth, Base::CalcPassage, Base::CalcRoughness, Base::CalcWave, Base::RescaleAfter;
+  using Base::pi_, Base::sigma_, Base::sign_, Base::stack_, Base::used_, Base::wants_pi_, Base::wants_sigma_;
+
+  template <Coefficient kind, bool rough, bool first>
+  [[gnu::noinline]] void Step(const Wave& below, const Wave& above, const Complex& F, const Complex& E,
+                              Ratio& ratio) {
+    for (int i = 0; i < used_; ++i) {
+      Z lower, upper;
+      Base::template Sides<kind>(below, above, i, lower, upper);
+      const Z q = upper + lower;
+      Z t = upper - lower;
+      if constexpr (rough) t = t * F[i];
+      if constexpr (first) {
+        ratio.n.Set(i, t);
+        ratio.d.Set(i, q);
+      } else {
+        const Z n = ratio.n[i] * E[i];
+        const Z d = ratio.d[i];
+        ratio.n.Set(i, MulAdd(q, n, t * d));
+        ratio.d.Set(i, MulAdd(t, n, q * d));
+      }
+    }
+  }
+
+  template <Coefficient kind>
+  void AddInterface(bool rough, bool first, const Wave& below, const Wave& above, const Complex& F,
+                    const Complex& E, Ratio& ratio) {
+    if (first) {
+      rough ? Step<kind, true, true>(below, above, F, E, ratio)
+            : Step<kind, false, true>(below, above, F, E, ratio);
+    } else {
+      rough ? Step<kind, true, false>(below, above, F, E, ratio)
+            : Step<kind, false, false>(below, above, F, E, ratio);
+    }
+  }
+
+  // Where waves and factors are kept. What no magnetic shift changes serves both senses, as long as there is
+  // room for it.
+  struct Places {
+    int waves = 2, passages = 1, factors = 1;  // the next free ones; those before are used again and again
+  };
+  struct Place {
+    int index;
+    bool is_known;  // from the first sense
+  };
+  Place PlaceOf(bool shifted, int passing, int& next) const {
+    if (stack_.senses == 1 || shifted || next == kMaxShared) return {passing, false};
+    return {next++, sign_ < Scalar(0)};
+  }
+
+  const Wave& WaveOf(std::int32_t j, Places& places) {
+    const Place place = PlaceOf(stack_.entry[j].shifted, j & 1, places.waves);
+    if (!place.is_known) CalcWave(stack_.entry[j], wave_[place.index]);
+    return wave_[place.index];
+  }
+
+  const Complex& PassageOf(const Entry& entry, const Wave& wave, Places& places) {
+    const Place place = PlaceOf(entry.shifted, 0, places.passages);
+    if (!place.is_known) CalcPassage(entry.phase, wave, passage_[place.index]);
+    return passage_[place.index];
+  }
+
+  const Complex& FactorOf(const Entry& lower, const Entry& upper, const Wave& below, const Wave& above,
+                          Places& places) {
+    const Place place = PlaceOf(lower.shifted || upper.shifted, 0, places.factors);
+    if (!place.is_known) CalcRoughness(lower, below, above, factor_[place.index]);
+    return factor_[place.index];
+  }
+
+  Wave wave_[kMaxShared];
+  Complex passage_[kMaxShared], factor_[kMaxShared];  // E and F
+};
+
+}  // namespace tolvik::engine::lanes
