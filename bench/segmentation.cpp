@@ -28,7 +28,7 @@ CState Stack(std::int32_t model) {
     state.layers.Append(layer);
   }
   state.layers.Last() = CLayer();
-  state.layersegmentationmode = 1;
+  state.layersegmentationmode = LayerSegmentationMode::kSlices;
   state.segmentationmodel = model;
   state.minlayerthickness = state.maxlayerthickness = 0.5;
   return state;

@@ -84,7 +84,8 @@ std::vector<bench::TextbookSlab> TextbookStack(const CState& state) {
     for (int r = 0; r < 3; ++r) {
       for (int c = 0; c < 3; ++c) slab.eps[r][c] = layer.Epsilon(r, c);
     }
-    if (state.magnetizationmode != 0) slab.Q = {-2 * layer.layer_ddelta, 2 * layer.layer_dbeta};
+    if (state.magnetizationmode != MagnetizationMode::kNone)
+      slab.Q = {-2 * layer.layer_ddelta, 2 * layer.layer_dbeta};
     slabs.push_back(slab);
   }
   return slabs;

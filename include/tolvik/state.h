@@ -2,13 +2,15 @@
 // The whole project: sample, scattering setup, calculation and fit options, measurements, scripts.
 //
 // The order and the types of all members are the contract with a front end and pinned in
-// model/record_layout.cpp. A member that the state file knows bears its key as its name. Lengths in Å, qz in
+// model/record_layout.cpp. A member that the state file knows bears its key as its name,
+// and the numbers of a choice have names in choices.h. Lengths in Å, qz in
 // Å⁻¹, energies in eV.
 #pragma once
 
 #include <cstdint>
 
 #include "tolvik/array.h"
+#include "tolvik/choices.h"
 #include "tolvik/dataset.h"
 #include "tolvik/layer.h"
 #include "tolvik/tables.h"
@@ -21,18 +23,18 @@ struct CFitVariable {
   double fit_delta = 0;  ///< step; 0.1 in a variable read from a file
   double fit_upper_boundary = 1e10;
   double fit_lower_boundary = -1e10;
-  std::int32_t fit_id = 0;              ///< what the variable changes
-  std::int32_t fit_additional_id = -1;  ///< index inside that kind: layer, gauss function, slice, row
-  std::int32_t fit_element_id = -1;     ///< index of the element layer
-  std::int32_t fit_dataset1 = -1;       ///< datasets that the variable is tied to; -1 none
+  std::int32_t fit_id = FitKind::kThickness;  ///< what the variable changes
+  std::int32_t fit_additional_id = -1;        ///< index inside that kind: layer, gauss function, slice, row
+  std::int32_t fit_element_id = -1;           ///< index of the element layer
+  std::int32_t fit_dataset1 = -1;             ///< datasets that the variable is tied to; -1 none
   std::int32_t fit_dataset2 = -1;
   double fit_sigma = 0;  ///< standard deviation after a Levenberg-Marquardt step
 };
 
 /// A scan over two parameters.
 struct CMapRange {
-  std::int32_t id1 = 0;  ///< kind of the first axis: 0 energy
-  std::int32_t id2 = 1;  ///< kind of the second axis: 1 qz
+  std::int32_t id1 = MapAxis::kEnergy;  ///< kind of the first axis
+  std::int32_t id2 = MapAxis::kQz;      ///< kind of the second axis
   double min1 = 0, max1 = 0;
   double min2 = 0, max2 = 0;
   std::int32_t n1 = 1;
@@ -49,7 +51,7 @@ struct CState {
   }
 
   CArray<CLayer> layers;  ///< index 0 the substrate, the last index the ambient
-  std::int32_t mode = 0;  ///< 0 material mode, 1 element mode
+  std::int32_t mode = Mode::kMaterial;
   CArray<CElementLayer> elementlayers;
   std::int32_t currentelement = -1;
   double lambda = 0;      ///< wavelength, Å
@@ -67,24 +69,24 @@ struct CState {
   double minlayerthickness = 0;
   double maxlayerthickness = 0;
   double gradientscale = 0;
-  std::int32_t segmentationmodel = 2;
-  std::int32_t layersegmentationmode = 0;
-  std::int32_t fitasymmetry = 0;
-  std::int32_t fiterrorfunction = 0;
-  double fitpenalty = 0;       ///< not saved, cleared at every load
-  std::int32_t precision = 1;  ///< 0 float, 1 double, 2 long double, 3 MPFR at 200 bits
+  std::int32_t segmentationmodel = SegmentationModel::kSteps;
+  std::int32_t layersegmentationmode = LayerSegmentationMode::kRoughInterfaces;
+  std::int32_t fitasymmetry = FitAsymmetry::kReflectivity;
+  std::int32_t fiterrorfunction = FitErrorFunction::kLog;
+  double fitpenalty = 0;  ///< not saved, cleared at every load
+  std::int32_t precision = Precision::kDouble;
   bool fitresolution = false;
   bool fitmeasmult = false;
   bool fitdeltaqz = false;
   bool gausscoupling = false;
   bool usemeasurementqz = false;
   bool fastresolution = false;
-  std::int32_t showangle = 0;
-  std::int32_t fitalgorithm = 0;
-  std::int32_t algorithm = 0;   ///< 0 Parratt recursion, 1 and 2 matrix algorithms
-  std::int32_t scattering = 0;  ///< 0 reflection, 1 transmission
-  std::int32_t unused = 0;      ///< keeps the layout
-  std::int32_t magnetizationmode = 0;
+  std::int32_t showangle = 0;  ///< non-zero: the front end shows the angle, else qz
+  std::int32_t fitalgorithm = FitAlgorithm::kSimplex;
+  std::int32_t algorithm = Algorithm::kParratt;
+  std::int32_t scattering = Scattering::kReflection;
+  std::int32_t unused = 0;  ///< keeps the layout
+  std::int32_t magnetizationmode = MagnetizationMode::kNone;
   double maggamma = 0;  ///< azimuth of the magnetisation, degrees
   double magphi = 0;    ///< polar angle of the magnetisation against z, degrees
   double ray1sigmare = 1, ray1sigmaim = 0;

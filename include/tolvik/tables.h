@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "tolvik/array.h"
+#include "tolvik/choices.h"
 
 namespace tolvik {
 
@@ -114,7 +115,7 @@ struct COpticalTable {
   CColumnTable e{18};  ///< .e: tensor xx to zz, real before imaginary
   CColumnTable ff{2};  ///< .ff: f1, f2
   double spare[4] = {-1.0, -1.0, -1.0, -1.0};
-  std::int32_t kind = 0;  ///< 0 material of a layer, 1 chemical element
+  std::int32_t kind = TableKind::kLayer;
 };
 
 }  // namespace tolvik

@@ -7,13 +7,14 @@
 //
 // A fit: FitNewDLL, then FitIterateDLL as often as wished, reading FitGetLastErrorDLL, FitGetFitStateDLL and
 // FitGetFitDataDLL between the steps. An evolution: EvolutionNewDLL, then EvolutionIterateDLL. Nothing stops
-// by itself. None of these functions is meant to be entered from two threads at once; the server of
-// StartWebserver works on its own copy.
+// by itself. The numbers that they return are those of ReturnCode. None of these functions is meant to be
+// entered from two threads at once; the server of StartWebserver works on its own copy.
 #pragma once
 
 #include <cstdint>
 
 #include "tolvik/dataset.h"
+#include "tolvik/return_code.h"
 #include "tolvik/state.h"
 
 #if defined(__GNUC__)
@@ -33,9 +34,8 @@ extern "C" {
 /// When memory is short there is no fit afterwards.
 TOLVIK_EXPORT std::int32_t FitNewDLL(tolvik::CState* state);
 
-/// One step of the fit by its fitalgorithm: 0 downhill simplex, 1 a whole Levenberg-Marquardt run, 2
-/// annealing; any other value, or no fit, does nothing. Returns 0. An exception of a calculation travels to
-/// the caller.
+/// One step of the fit by its fitalgorithm (FitAlgorithm); any other value, or no fit, does nothing. Returns
+/// 0. An exception of a calculation travels to the caller.
 TOLVIK_EXPORT std::int32_t FitIterateDLL(void);
 
 /// *out = the fit's own state, which shows the model of the last evaluation; *out stays when there is no fit.

@@ -39,7 +39,7 @@ void CalcReflectivityCommand(CState& state) {
   const auto qz = [&](std::int32_t i, double last) { return state.qzmax * (1.0 / last) * i; };
   CSolution solution = state.usemeasurementqz ? MeasuredGrid(state) : RegularGrid(state, qz);
   const std::int32_t code = CalcReflectivityDLL(&solution, &state);
-  if (code != kSuccess) {
+  if (code != ReturnCode::kSuccess) {
     ReportFailure(code);
     return;
   }
@@ -53,7 +53,7 @@ void CalcDichroicCommand(CState& state) {
   const auto qz = [&](std::int32_t i, double last) { return i / last * state.qzmax; };
   CSolution solution = state.usemeasurementqz ? MeasuredGrid(state) : RegularGrid(state, qz);
   const std::int32_t code = CalcAsymmetryDLL(&solution, &state);
-  if (code != kSuccess) {
+  if (code != ReturnCode::kSuccess) {
     ReportFailure(code);
     return;
   }

@@ -61,7 +61,7 @@ void RunCommands(const std::set<std::string>& flags, Project& project) {
     try {
       command.run(project);
     } catch (const std::exception&) {  // memory is short, as a rule: the other commands may need less
-      ReportFailure(kUnknownError);
+      ReportFailure(ReturnCode::kUnknownError);
     }
   }
 }

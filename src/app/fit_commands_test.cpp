@@ -136,10 +136,11 @@ std::string BruteForce(const CState& state) {
 TEST(BruteForceFitCommand, ScansVariables0And1And3) {
   CState state = FilmState();
   state.fitvariables.Clear();
-  state.fitvariables.Append(Vary(0, 1, 0, 1, 100, 140));  // the film has 120, a point of the grid
-  state.fitvariables.Append(Vary(3, 1, 0, 1, 0, 10));     // 5
-  state.fitvariables.Append(Vary(3, 0, 3, 1, 0, 10));     // variable 2 keeps its 3
-  state.fitvariables.Append(Vary(1, 1, 0, 1, 1.25e-5, 3.25e-5));
+  state.fitvariables.Append(
+      Vary(FitKind::kThickness, 1, 0, 1, 100, 140));                 // the film has 120, a point of the grid
+  state.fitvariables.Append(Vary(FitKind::kSigma, 1, 0, 1, 0, 10));  // 5
+  state.fitvariables.Append(Vary(FitKind::kSigma, 0, 3, 1, 0, 10));  // variable 2 keeps its 3
+  state.fitvariables.Append(Vary(FitKind::kDelta, 1, 0, 1, 1.25e-5, 3.25e-5));
   const CState before = state;
   const auto lines = Lines(BruteForce(state));
   EXPECT_EQ(lines[0], "number of fit parameters = 4");
@@ -167,7 +168,7 @@ TEST(BruteForceFitCommand, ScansVariables0And1And3) {
 
 TEST(BruteForceFitCommand, EqualBoundsImproveOnce) {
   CState state = FilmState(5);
-  for (std::int32_t i = 0; i < 2; ++i) state.fitvariables.Append(Vary(3, 0, 3, 1));
+  for (std::int32_t i = 0; i < 2; ++i) state.fitvariables.Append(Vary(FitKind::kSigma, 0, 3, 1));
   for (CFitVariable& variable : state.fitvariables)
     variable.fit_lower_boundary = variable.fit_upper_boundary = variable.fit_value;
   const auto lines = Lines(BruteForce(state));
@@ -179,7 +180,8 @@ TEST(BruteForceFitCommand, LeavesOutVariablesThatAreNotThere) {
   for (std::int32_t count : {0, 1, 2, 3}) {
     CState state = FilmState(3);
     state.fitvariables.Clear();
-    for (std::int32_t i = 0; i < count; ++i) state.fitvariables.Append(Vary(0, 1, 120, 1, 100, 140));
+    for (std::int32_t i = 0; i < count; ++i)
+      state.fitvariables.Append(Vary(FitKind::kThickness, 1, 120, 1, 100, 140));
     const auto lines = Lines(BruteForce(state));
     EXPECT_EQ(lines[0], "number of fit parameters = " + std::to_string(count));
     EXPECT_EQ(lines.back(), "20");
@@ -190,7 +192,7 @@ TEST(BruteForceFitCommand, NaNImprovesNothing) {
   CState state = FilmState(3);
   state.fitvariables[0].fit_lower_boundary = state.fitvariables[0].fit_upper_boundary = std::nan("");
   state.datasets[1].datasettranslator = std::nan("");
-  state.fitasymmetry = 0;
+  state.fitasymmetry = FitAsymmetry::kReflectivity;
   const auto lines = Lines(BruteForce(state));
   EXPECT_EQ(lines[1], "current error 1.000000e+99");
   EXPECT_EQ(lines.back(), "20");
@@ -209,7 +211,7 @@ TEST(RunFitSteps, CopiesTheDeviationsOfLevenbergMarquardt) {
   CState state = FilmState(8);
   for (std::int32_t i = 0; i < state.datasets[1].dataset_R0.size; ++i)
     state.datasets[1].dataset_R0[i] *= i % 2 == 0 ? 1.02 : 0.98;
-  state.fitalgorithm = 1;
+  state.fitalgorithm = FitAlgorithm::kLevenbergMarquardt;
   CaptureStderr();  // the library may have something to say
   EXPECT_TRUE(RunFitSteps(state));
   GetCapturedStderr();

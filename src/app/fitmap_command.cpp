@@ -8,7 +8,6 @@
 #include "app/startup.h"
 #include "fit/fit_variables.h"
 #include "fit/multi_fit.h"
-#include "model/fit_variable_names.h"
 #include "optics/energy.h"
 #include "optics/material.h"
 #include "optics/rays.h"
@@ -20,7 +19,7 @@ namespace {
 void ReportVariables(const CArray<CFitVariable>& variables) {
   for (const CFitVariable& variable : variables) {
     const int index = variable.fit_additional_id;
-    switch (static_cast<FitKind>(variable.fit_id)) {
+    switch (variable.fit_id) {
       case FitKind::kThickness:
         std::fprintf(stderr, "Fit thickness %i\n", index);
         break;

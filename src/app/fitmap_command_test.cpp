@@ -119,9 +119,9 @@ TEST(FitMapCommand, BeginsEachCurveWithTheSameVariablesButTheOpticalConstants) {
   WriteTables(folder);
   CState state = StateWithTables();
   state.fitvariables.Clear();
-  state.fitvariables.Append(Vary(0, 1, 133, 3));
-  state.fitvariables.Append(Vary(1, 1, 99, 3));  // delta: refreshed from the table
-  state.fitalgorithm = 5;                        // leaves the start values
+  state.fitvariables.Append(Vary(FitKind::kThickness, 1, 133, 3));
+  state.fitvariables.Append(Vary(FitKind::kDelta, 1, 99, 3));  // delta: refreshed from the table
+  state.fitalgorithm = 5;                                      // leaves the start values
   CMapFile map(state);
   map.constenergy.Append(Measure(kLow));
   map.constenergy.Append(Measure(kHigh, 'l'));
@@ -185,7 +185,7 @@ TEST(FitMapCommand, MissingMagneticTablesEndTheProcess) {
   const ScratchFolder folder;
   WriteTables(folder);
   CState state = StateWithTables();
-  state.magnetizationmode = 1;
+  state.magnetizationmode = MagnetizationMode::kLayers;
   CMapFile map(state);
   map.constenergy.Append(Measure(8000));
   testing::Child child(folder.Path("."), [&] { FitMapCommand(map); });
@@ -204,7 +204,7 @@ TEST(FitMapCommand, PrintsNaNForWhatASmallStateDoesNotHave) {
   substrate.layer_sigma = 3;
   state.layers.Append(substrate);
   state.fitvariables.Clear();
-  state.fitvariables.Append(Vary(3, 0, 3, 1));
+  state.fitvariables.Append(Vary(FitKind::kSigma, 0, 3, 1));
   state.fitalgorithm = 5;
   CMapFile map(state);
   map.constenergy.Append(Measure(8000));
@@ -220,7 +220,7 @@ TEST(FitMapCommand, TakesTheFittedMultiplicator) {
   const ScratchFolder folder;
   WriteTables(folder);
   CState state = StateWithTables();
-  state.fitvariables.Append(Vary(7, -1, 1, 0.1));  // the scale of the measurement
+  state.fitvariables.Append(Vary(FitKind::kMultiplicator, -1, 1, 0.1));  // the scale of the measurement
   CMapFile map(state);
   CDataset curve = Measure(8000);
   for (double& r : curve.dataset_R0) r /= 2;

@@ -9,7 +9,6 @@
 
 #include "app/long_run.h"
 #include "fit/kk_fit.h"
-#include "model/fit_variable_names.h"
 #include "optics/column_table.h"
 #include "optics/kramers_kronig.h"
 
@@ -50,7 +49,7 @@ CArray<CFitVariable> WindowVariables(const CColumnTable& table) {
   for (std::uint32_t i = 0; i < table.count; ++i) {
     if (!IsInWindow(table.rows[i])) continue;
     CFitVariable variable;
-    variable.fit_id = static_cast<std::int32_t>(FitKind::kBetaKK);
+    variable.fit_id = FitKind::kBetaKK;
     variable.fit_additional_id = static_cast<std::int32_t>(i);
     variable.fit_value = table.rows[i].values[1];
     variable.fit_delta = variable.fit_value / 10;

@@ -47,8 +47,8 @@ ScanResult ScanMap(Words& words, CMapRange& range) {
   }
   words.Take();
   words.Take();
-  range.id1 = 0;
-  range.id2 = 1;
+  range.id1 = MapAxis::kEnergy;
+  range.id2 = MapAxis::kQz;
   for (double* value : {&range.min1, &range.max1, &range.min2, &range.max2}) ReadNumber(words.Take(), *value);
   for (std::int32_t* value : {&range.n1, &range.n2}) ReadNumber(words.Take(), *value);
   // Readers of this output know the four lines by these labels, though they do not tell what is reported.

@@ -52,7 +52,8 @@ void CalcEnergyScanCommand(CState& state) {
     std::puts("You need .db-files or .e-files for all layers");
     return;
   }
-  if (state.magnetizationmode != 0 && !CheckMagnetoOpticalTables(state.opticaltables)) {
+  if (state.magnetizationmode != MagnetizationMode::kNone &&
+      !CheckMagnetoOpticalTables(state.opticaltables)) {
     std::puts("You need .m-files or .e files for all layers");
     return;
   }
@@ -91,7 +92,7 @@ void BuildMapGrid(const CMapRange& range, CSolution& solution) {
 std::int32_t CalcMap(CState& state, CMapRange& range, CSolution& solution) {
   if (!LoadOpticalTables(state)) {
     std::fputs("You need db-files for all layers", stderr);
-    return kTablesMissing;
+    return ReturnCode::kTablesMissing;
   }
   const EnergyRange tables = GetOpticalEnergyRange(state);
   if (range.min1 < tables.lo) range.min1 = tables.lo;
@@ -103,7 +104,7 @@ std::int32_t CalcMap(CState& state, CMapRange& range, CSolution& solution) {
 void CalcMapCommand(CState& state, CMapRange& range) {
   CSolution solution;
   const std::int32_t code = CalcMap(state, range, solution);
-  if (code != kSuccess) {
+  if (code != ReturnCode::kSuccess) {
     ReportFailure(code);
     return;
   }

@@ -18,7 +18,7 @@ void CalcEnergyScanCommand(CState& state);
 void CalcMapCommand(CState& state, CMapRange& range);
 
 /// The map itself: loads the tables that the state lacks, narrows range, builds the grid and calculates.
-/// Returns kTablesMissing after a message on standard error, else the code of the scan. Throws
+/// Returns ReturnCode::kTablesMissing after a message on standard error, else the code of the scan. Throws
 /// std::length_error or std::bad_alloc for a map that no memory holds.
 std::int32_t CalcMap(CState& state, CMapRange& range, CSolution& solution);
 

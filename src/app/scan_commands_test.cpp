@@ -143,7 +143,7 @@ TEST_F(ScanCommands, MapWithoutTablesGivesItsOwnCode) {
   state_.layers[1].layer_db.Set(folder_.Path("gone"));
   CMapRange range = MakeRange(650, 800, 3, 0.1, 0.2, 2);
   CSolution solution;
-  Run([&] { EXPECT_EQ(CalcMap(state_, range, solution), kTablesMissing); });
+  Run([&] { EXPECT_EQ(CalcMap(state_, range, solution), ReturnCode::kTablesMissing); });
   EXPECT_EQ(errors_, "You need db-files for all layers");
   Run([&] { CalcMapCommand(state_, range); });
   EXPECT_EQ(output_, "#error\n");
@@ -164,7 +164,7 @@ TEST_F(ScanCommands, EnergyScanLoadsItsTablesAfresh) {
 }
 
 TEST_F(ScanCommands, EnergyScanTellsWhatIsMissing) {
-  state_.magnetizationmode = 1;
+  state_.magnetizationmode = MagnetizationMode::kLayers;
   Run([&] { CalcEnergyScanCommand(state_); });
   EXPECT_EQ(output_, "You need .m-files or .e files for all layers\n");
   state_.layers[1].layer_db.Set(folder_.Path("gone"));

@@ -21,7 +21,7 @@ std::int32_t CalcEScanDLL(tolvik::CSolution* solution, tolvik::CState* state) {
 
 std::int32_t CalcEScanParallelDLL(tolvik::CSolution* solution, tolvik::CState* state) {
   tolvik::engine::ScanInThreads(*solution, *state);
-  return tolvik::kSuccess;
+  return tolvik::ReturnCode::kSuccess;
 }
 
 std::int32_t CalcAsymmetryDLL(tolvik::CSolution* solution, tolvik::CState* state) {

@@ -68,20 +68,20 @@ class DatasetComparison {
 
   double Run() {
     switch (state_.fitasymmetry) {
-      case 0:
+      case FitAsymmetry::kReflectivity:
         return CompareReflectivity();
-      case 1:
+      case FitAsymmetry::kAsymmetry:
         CalculateAsymmetry();
         return AsymmetryError(measured_.dataset_A.size);
-      case 2:
+      case FitAsymmetry::kBothRays:
         CalculateAsymmetry();
         return PairError(measured_.dataset_Rp.size);
-      case 3:
+      case FitAsymmetry::kEnergyScan:
         return CompareEnergyScan();
-      case 4:
+      case FitAsymmetry::kBothRaysOverEnergy:
         CalculateDichroicScan();
         return PairError(measured_.dataset_qz.size);
-      case 5:
+      case FitAsymmetry::kAsymmetryOverEnergy:
         CalculateDichroicScan();
         return AsymmetryError(measured_.dataset_qz.size);
       default:
@@ -96,11 +96,11 @@ class DatasetComparison {
     FillColumn(solution_, solution_.dataset_R0, 1.0);
     FillColumn(solution_, solution_.dataset_Rp, 1.0);
     CalcReflectivityDLL(&solution_, &state_);
-    if (state_.fiterrorfunction == 1) {
+    if (state_.fiterrorfunction == FitErrorFunction::kRelativeLog) {
       return CalcRelativeLogError(solution_, measured_, state_.fitqzmin, state_.fitqzmax, multiplicator_,
                                   translator_);
     }
-    if (state_.fiterrorfunction == 2) {
+    if (state_.fiterrorfunction == FitErrorFunction::kScaledLog) {
       const double error = CalcScaledLogError(solution_, measured_, residuals_, state_.fitqzmin,
                                               state_.fitqzmax, multiplicator_, translator_);
       Stored().datasetmultiplicator = multiplicator_;

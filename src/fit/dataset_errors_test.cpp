@@ -125,7 +125,7 @@ TEST(DatasetErrors, ErrorFunctionThreeActsAsNone) {
 TEST(DatasetErrors, RelativeErrorFunctionWritesNoResiduals) {
   CState state = MakeSubstrate();
   state.datasets.Append(MeasureSubstrate(8000, 10));
-  state.fiterrorfunction = 1;
+  state.fiterrorfunction = FitErrorFunction::kRelativeLog;
   CArray<double> residuals;
   residuals.Assign(10, -9.0);
   CSolution solution;
@@ -143,7 +143,7 @@ TEST(DatasetErrors, ScaledErrorStoresItsMultiplicator) {
   CState state = MakeSubstrate();
   state.datasets.Append(MeasureSubstrate(8000, 10));
   state.datasets[0].datasetmultiplicator = 123;
-  state.fiterrorfunction = 2;
+  state.fiterrorfunction = FitErrorFunction::kScaledLog;
   CSolution solution;
   const double shift = 1 + std::log10(std::exp(1.0));
   EXPECT_NEAR(Evaluate(state, solution), shift * shift, 1e-9);
@@ -284,7 +284,7 @@ class DatasetErrorsOfRays : public ::testing::Test {
  protected:
   DatasetErrorsOfRays() {
     state = MakeSubstrate();
-    state.magnetizationmode = 2;
+    state.magnetizationmode = MagnetizationMode::kGaussFunctions;
     state.layers[0].layer_ddelta = 2e-6;
     state.layers[0].layer_dbeta = 1e-7;
     state.layers[0].layer_db = "si";
@@ -333,9 +333,9 @@ TEST_F(DatasetErrorsOfRays, AsymmetryIsComparedLinearly) {
     EXPECT_EQ(At(), 0);
     for (double& a : state.datasets[0].dataset_A) a += 0.1;
     EXPECT_NEAR(At(), 0.01, 1e-12);
-    state.fiterrorfunction = 1;  // plays no part here
+    state.fiterrorfunction = FitErrorFunction::kRelativeLog;  // plays no part here
     EXPECT_NEAR(At(), 0.01, 1e-12);
-    state.fiterrorfunction = 0;
+    state.fiterrorfunction = FitErrorFunction::kLog;
   }
 }
 

@@ -23,7 +23,7 @@ CState MakeSettings() {
   state.evo_random = kSeed;
   state.evo_mixing = -1;  // never
   state.evo_probability = -1;
-  testing::Vary(state, 0, 1, 0, 1, 1, 2);
+  testing::Vary(state, FitKind::kThickness, 1, 0, 1, 1, 2);
   return state;
 }
 

@@ -102,8 +102,8 @@ CState MakeFilmSearch() {
   state.evo_range = 5;
   state.evo_random = 5;
   state.evo_evorestrictfitparameters = true;
-  testing::Vary(state, 0, 1, 60, 1, 50, 70);
-  testing::Vary(state, 3, 1, 5, 1, 2, 8);
+  testing::Vary(state, FitKind::kThickness, 1, 60, 1, 50, 70);
+  testing::Vary(state, FitKind::kSigma, 1, 5, 1, 2, 8);
   return state;
 }
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "fit/fit_variables.h"
 
-#include "model/fit_variable_names.h"
 #include "optics/kramers_kronig.h"
 #include "optics/tensor.h"
 
@@ -31,15 +30,15 @@ double* FindSliceMember(CState& state, const CFitVariable& variable, double CEle
 }
 
 // Column of the Kramers-Kronig kinds: the tables hold delta before beta.
-std::int32_t KKColumn(FitKind kind) {
+std::int32_t KKColumn(std::int32_t kind) {
   return kind == FitKind::kBetaKK ? 1 : 0;
 }
 
-bool IsKK(FitKind kind) {
+bool IsKK(std::int32_t kind) {
   return kind == FitKind::kBetaKK || kind == FitKind::kDeltaKK;
 }
 
-bool IsLayerConstant(FitKind kind) {
+bool IsLayerConstant(std::int32_t kind) {
   return kind == FitKind::kDelta || kind == FitKind::kBeta || kind == FitKind::kDeltaM ||
          kind == FitKind::kBetaM;
 }
@@ -48,7 +47,7 @@ bool IsLayerConstant(FitKind kind) {
 // none.
 double* FindModelField(CState& state, const CFitVariable& variable) {
   const std::int32_t a = variable.fit_additional_id;
-  switch (static_cast<FitKind>(variable.fit_id)) {
+  switch (variable.fit_id) {
     case FitKind::kThickness:
       return FindMember(state.layers, a, &CLayer::layer_d);
     case FitKind::kDelta:
@@ -94,7 +93,7 @@ double* FindModelField(CState& state, const CFitVariable& variable) {
 
 // A variable tied to datasets counts while one of them is active.
 bool IsTiedElsewhere(const CState& state, const CFitVariable& variable) {
-  const auto kind = static_cast<FitKind>(variable.fit_id);
+  const std::int32_t kind = variable.fit_id;
   if (kind != FitKind::kDelta && kind != FitKind::kBeta) return false;
   if (variable.fit_dataset1 == -1) return false;
   return state.activedatasetindex != variable.fit_dataset1 &&
@@ -102,7 +101,7 @@ bool IsTiedElsewhere(const CState& state, const CFitVariable& variable) {
 }
 
 void ApplyVariable(CState& state, const CFitVariable& variable) {
-  const auto kind = static_cast<FitKind>(variable.fit_id);
+  const std::int32_t kind = variable.fit_id;
   if (IsTiedElsewhere(state, variable)) return;
   double* field = FindModelField(state, variable);
   if (field != nullptr) *field = variable.fit_value;
@@ -119,7 +118,7 @@ void ApplyVariable(CState& state, const CFitVariable& variable) {
 
 // Sets one row of the table in transform form, where both columns are products with the squared energy.
 void ApplyKKVariable(CColumnTable& table, const CFitVariable& variable) {
-  double* cell = FindCell(table, variable.fit_additional_id, KKColumn(static_cast<FitKind>(variable.fit_id)));
+  double* cell = FindCell(table, variable.fit_additional_id, KKColumn(variable.fit_id));
   if (cell == nullptr) return;
   const double energy = table.rows[variable.fit_additional_id].energy;
   *cell = energy * energy * variable.fit_value;
@@ -131,7 +130,7 @@ void ApplyFitVariables(CState& state) {
   COpticalTable* material = Find(state.opticaltables, state.kktableindex);
   bool kk_met = false;
   for (const CFitVariable& variable : state.fitvariables) {
-    if (!IsKK(static_cast<FitKind>(variable.fit_id))) {
+    if (!IsKK(variable.fit_id)) {
       ApplyVariable(state, variable);
     } else if (material != nullptr) {
       // The table is reset once, so that several rows keep their changes.
@@ -145,7 +144,7 @@ void ApplyFitVariables(CState& state) {
 
 void ReadFitVariables(CState& state, bool onlyoptical) {
   for (CFitVariable& variable : state.fitvariables) {
-    const auto kind = static_cast<FitKind>(variable.fit_id);
+    const std::int32_t kind = variable.fit_id;
     const bool optical = IsLayerConstant(kind) || kind == FitKind::kElementF1 || kind == FitKind::kElementF2;
     if (onlyoptical && !optical) continue;
     const double* field = nullptr;

@@ -57,25 +57,25 @@ struct Field {
 
 // Every kind but the Kramers-Kronig ones, with the field that it names.
 std::vector<Field> AllFields(CState& s) {
-  return {{0, 1, -1, &s.layers[1].layer_d},
-          {1, 1, -1, &s.layers[1].layer_delta},
-          {2, 2, -1, &s.layers[2].layer_beta},
-          {3, 0, -1, &s.layers[0].layer_sigma},
-          {4, 1, -1, &s.layers[1].layer_ddelta},
-          {5, 1, -1, &s.layers[1].layer_dbeta},
-          {6, -1, -1, &s.resolution},
-          {7, -1, -1, &s.datasets[1].datasetmultiplicator},
-          {8, -1, -1, &s.datasets[1].datasetqztranslation},
-          {9, 1, -1, &s.gaussfunctions[1].gauss_delta},
-          {10, 1, -1, &s.gaussfunctions[1].gauss_beta},
-          {11, 0, -1, &s.gaussfunctions[0].gauss_variance},
-          {12, 1, -1, &s.gaussfunctions[1].gauss_z},
-          {13, 1, -1, &s.scriptparameters[1]},
-          {14, 1, 1, &s.elementlayers[1].slices[1].el_density},
-          {15, 0, 1, &s.elementlayers[1].slices[0].el_d},
-          {16, 1, 0, &s.elementlayers[0].slices[1].el_sigma},
-          {19, -1, 1, &s.elementlayers[1].el_f1},
-          {20, -1, 0, &s.elementlayers[0].el_f2}};
+  return {{FitKind::kThickness, 1, -1, &s.layers[1].layer_d},
+          {FitKind::kDelta, 1, -1, &s.layers[1].layer_delta},
+          {FitKind::kBeta, 2, -1, &s.layers[2].layer_beta},
+          {FitKind::kSigma, 0, -1, &s.layers[0].layer_sigma},
+          {FitKind::kDeltaM, 1, -1, &s.layers[1].layer_ddelta},
+          {FitKind::kBetaM, 1, -1, &s.layers[1].layer_dbeta},
+          {FitKind::kResolution, -1, -1, &s.resolution},
+          {FitKind::kMultiplicator, -1, -1, &s.datasets[1].datasetmultiplicator},
+          {FitKind::kQzMovement, -1, -1, &s.datasets[1].datasetqztranslation},
+          {FitKind::kGaussDelta, 1, -1, &s.gaussfunctions[1].gauss_delta},
+          {FitKind::kGaussBeta, 1, -1, &s.gaussfunctions[1].gauss_beta},
+          {FitKind::kGaussVariance, 0, -1, &s.gaussfunctions[0].gauss_variance},
+          {FitKind::kGaussZ, 1, -1, &s.gaussfunctions[1].gauss_z},
+          {FitKind::kScript, 1, -1, &s.scriptparameters[1]},
+          {FitKind::kElementDensity, 1, 1, &s.elementlayers[1].slices[1].el_density},
+          {FitKind::kElementThickness, 0, 1, &s.elementlayers[1].slices[0].el_d},
+          {FitKind::kElementSigma, 1, 0, &s.elementlayers[0].slices[1].el_sigma},
+          {FitKind::kElementF1, -1, 1, &s.elementlayers[1].el_f1},
+          {FitKind::kElementF2, -1, 0, &s.elementlayers[0].el_f2}};
 }
 
 TEST(FitVariables, EveryKindWritesItsFieldAndReadsItBack) {
@@ -103,17 +103,19 @@ TEST(FitVariables, OnlyOpticalReadsConstantsAndScatteringFactorsOnly) {
     *f.field = 7;
     state.fitvariables.Append(MakeVariable(f.id, f.a, -1, f.e));
   }
-  state.fitvariables.Append(MakeVariable(17, 0, -1, 0));
+  state.fitvariables.Append(MakeVariable(FitKind::kBetaKK, 0, -1, 0));
   ReadFitVariables(state, true);
   for (const CFitVariable& v : state.fitvariables) {
-    const bool optical = v.fit_id == 1 || v.fit_id == 2 || v.fit_id == 4 || v.fit_id == 5 || v.fit_id >= 19;
+    const bool optical = v.fit_id == FitKind::kDelta || v.fit_id == FitKind::kBeta ||
+                         v.fit_id == FitKind::kDeltaM || v.fit_id == FitKind::kBetaM ||
+                         v.fit_id >= FitKind::kElementF1;
     EXPECT_EQ(v.fit_value, optical ? 7 : -1) << "kind " << v.fit_id;
   }
 }
 
 TEST(FitVariables, ReadingKeepsStepsBoundsAndIds) {
   CState state = MakeState();
-  CFitVariable variable = MakeVariable(0, 1, 3);
+  CFitVariable variable = MakeVariable(FitKind::kThickness, 1, 3);
   variable.fit_delta = 0.25;
   variable.fit_lower_boundary = -2;
   variable.fit_upper_boundary = 2;
@@ -126,13 +128,13 @@ TEST(FitVariables, ReadingKeepsStepsBoundsAndIds) {
   EXPECT_EQ(read.fit_delta, 0.25);
   EXPECT_EQ(read.fit_lower_boundary, -2);
   EXPECT_EQ(read.fit_upper_boundary, 2);
-  EXPECT_EQ(read.fit_id, 0);
+  EXPECT_EQ(read.fit_id, FitKind::kThickness);
   EXPECT_EQ(read.fit_additional_id, 1);
   EXPECT_EQ(read.fit_dataset1, 5);
 }
 
 TEST(FitVariables, DatasetsSelectDeltaAndBetaOnly) {
-  for (const std::int32_t id : {1, 2, 4}) {
+  for (const std::int32_t id : {FitKind::kDelta, FitKind::kBeta, FitKind::kDeltaM}) {
     for (const std::int32_t active : {0, 1, 2}) {
       CState state = MakeState();
       state.activedatasetindex = active;
@@ -142,15 +144,18 @@ TEST(FitVariables, DatasetsSelectDeltaAndBetaOnly) {
       state.fitvariables.Append(variable);
       ApplyFitVariables(state);
       const CLayer& layer = state.layers[1];
-      const double written = id == 1 ? layer.layer_delta : id == 2 ? layer.layer_beta : layer.layer_ddelta;
-      EXPECT_EQ(written, id == 4 || active != 0 ? 0.125 : 0.0) << "kind " << id << " active " << active;
+      const double written = id == FitKind::kDelta  ? layer.layer_delta
+                             : id == FitKind::kBeta ? layer.layer_beta
+                                                    : layer.layer_ddelta;
+      EXPECT_EQ(written, id == FitKind::kDeltaM || active != 0 ? 0.125 : 0.0)
+          << "kind " << id << " active " << active;
     }
   }
 }
 
 TEST(FitVariables, FirstDatasetOfMinusOneAlwaysWrites) {
   CState state = MakeState();
-  state.fitvariables.Append(MakeVariable(1, 1, 0.5));
+  state.fitvariables.Append(MakeVariable(FitKind::kDelta, 1, 0.5));
   state.fitvariables[0].fit_dataset2 = 2;  // without a first one it plays no part
   ApplyFitVariables(state);
   EXPECT_EQ(state.layers[1].layer_delta, 0.5);
@@ -158,14 +163,14 @@ TEST(FitVariables, FirstDatasetOfMinusOneAlwaysWrites) {
 
 TEST(FitVariables, WrittenOpticalConstantsReachTheTensor) {
   CState state = MakeState();
-  state.magnetizationmode = 2;
+  state.magnetizationmode = MagnetizationMode::kGaussFunctions;
   state.maggamma = 30;
   state.magphi = 50;
-  state.fitvariables.Append(MakeVariable(1, 1, 2e-3));
-  state.fitvariables.Append(MakeVariable(2, 1, 1e-3));
-  state.fitvariables.Append(MakeVariable(4, 1, 3e-4));
-  state.fitvariables.Append(MakeVariable(5, 1, 2e-4));
-  state.fitvariables.Append(MakeVariable(0, 2, 50));
+  state.fitvariables.Append(MakeVariable(FitKind::kDelta, 1, 2e-3));
+  state.fitvariables.Append(MakeVariable(FitKind::kBeta, 1, 1e-3));
+  state.fitvariables.Append(MakeVariable(FitKind::kDeltaM, 1, 3e-4));
+  state.fitvariables.Append(MakeVariable(FitKind::kBetaM, 1, 2e-4));
+  state.fitvariables.Append(MakeVariable(FitKind::kThickness, 2, 50));
   state.layers[2].Epsilon(0, 1) = 17;  // a tensor of its own, as tables with all nine elements leave it
   ApplyFitVariables(state);
   CLayer expected = state.layers[1];
@@ -179,7 +184,7 @@ TEST(FitVariables, WrittenOpticalConstantsReachTheTensor) {
 TEST(FitVariables, ConstantsOfAnotherDatasetLeaveTheTensor) {
   CState state = MakeState();
   state.layers[1].Epsilon(0, 1) = 17;
-  state.fitvariables.Append(MakeVariable(1, 1, 0.5));
+  state.fitvariables.Append(MakeVariable(FitKind::kDelta, 1, 0.5));
   state.fitvariables[0].fit_dataset1 = 2;
   ApplyFitVariables(state);
   EXPECT_EQ(state.layers[1].Epsilon(0, 1), 17.0);
@@ -191,7 +196,7 @@ TEST(FitVariables, MultiplicatorReachesTheActiveIndexAndAllActiveDatasets) {
   state.datasets[1].datasetactive = 1;
   state.datasets[2].datasetactive = 1;
   state.datasets.Append(CDataset());
-  state.fitvariables.Append(MakeVariable(7, -1, 2.5));
+  state.fitvariables.Append(MakeVariable(FitKind::kMultiplicator, -1, 2.5));
   ApplyFitVariables(state);
   EXPECT_EQ(state.datasets[0].datasetmultiplicator, 2.5);
   EXPECT_EQ(state.datasets[1].datasetmultiplicator, 2.5);
@@ -203,7 +208,7 @@ TEST(FitVariables, QzMovementReachesTheActiveIndexOnly) {
   CState state = MakeState();
   state.activedatasetindex = 2;
   state.datasets[1].datasetactive = 1;
-  state.fitvariables.Append(MakeVariable(8, -1, 1e-3));
+  state.fitvariables.Append(MakeVariable(FitKind::kQzMovement, -1, 1e-3));
   ApplyFitVariables(state);
   EXPECT_EQ(state.datasets[1].datasetqztranslation, 0.0);
   EXPECT_EQ(state.datasets[2].datasetqztranslation, 1e-3);
@@ -211,8 +216,8 @@ TEST(FitVariables, QzMovementReachesTheActiveIndexOnly) {
 
 TEST(FitVariables, LaterVariableOfTheSameFieldWins) {
   CState state = MakeState();
-  state.fitvariables.Append(MakeVariable(0, 1, 1));
-  state.fitvariables.Append(MakeVariable(0, 1, 2));
+  state.fitvariables.Append(MakeVariable(FitKind::kThickness, 1, 1));
+  state.fitvariables.Append(MakeVariable(FitKind::kThickness, 1, 2));
   ApplyFitVariables(state);
   EXPECT_EQ(state.layers[1].layer_d, 2);
 }
@@ -246,7 +251,7 @@ TEST(FitVariables, IndexesThatNameNothingChangeNothing) {
 
 TEST(FitVariables, NegativeSliceOfAnElementChangesNothing) {
   CState state = MakeState();
-  state.fitvariables.Append(MakeVariable(15, -1, 12, 0));
+  state.fitvariables.Append(MakeVariable(FitKind::kElementThickness, -1, 12, 0));
   const double before = Fingerprint(state);
   ApplyFitVariables(state);
   EXPECT_EQ(Fingerprint(state), before);
@@ -260,9 +265,10 @@ TEST(FitVariables, KramersKronigRowsAreSetInTransformForm) {
   state.kkoffset = 10;
   state.kktable = MakeTable({{100, 5, 50}, {200, 6, 60}, {400, 7, 70}});
   state.kktable.cursor = 1;
-  state.fitvariables.Append(MakeVariable(17, 0, 0.25));
-  state.fitvariables.Append(MakeVariable(17, 2, 0.5));  // the table is reset once: both rows survive
-  state.fitvariables.Append(MakeVariable(18, 1, 0.125));
+  state.fitvariables.Append(MakeVariable(FitKind::kBetaKK, 0, 0.25));
+  state.fitvariables.Append(
+      MakeVariable(FitKind::kBetaKK, 2, 0.5));  // the table is reset once: both rows survive
+  state.fitvariables.Append(MakeVariable(FitKind::kDeltaKK, 1, 0.125));
   ApplyFitVariables(state);
   const CColumnTable& table = state.opticaltables[1].db;
   ASSERT_EQ(table.count, 3u);
@@ -283,7 +289,7 @@ TEST(FitVariables, KramersKronigRowBehindTheTableStillConvertsIt) {
   CState state = MakeState();
   state.kktableindex = 0;
   state.kktable = MakeTable({{100, 5, 50}});
-  state.fitvariables.Append(MakeVariable(17, 9, 0.25));
+  state.fitvariables.Append(MakeVariable(FitKind::kBetaKK, 9, 0.25));
   ApplyFitVariables(state);
   ASSERT_EQ(state.opticaltables[0].db.count, 1u);
   EXPECT_DOUBLE_EQ(state.opticaltables[0].db.rows[0].values[1], 50.0 / 1e4);
@@ -293,8 +299,8 @@ TEST(FitVariables, KramersKronigIsReadPlainlyFromTheTableOfTheElementId) {
   CState state = MakeState();
   state.kktableindex = 0;
   state.opticaltables[1].db = MakeTable({{100, 1, 2}, {200, 3, 4}});
-  state.fitvariables.Append(MakeVariable(17, 1, 0, 1));
-  state.fitvariables.Append(MakeVariable(18, 1, 0, 1));
+  state.fitvariables.Append(MakeVariable(FitKind::kBetaKK, 1, 0, 1));
+  state.fitvariables.Append(MakeVariable(FitKind::kDeltaKK, 1, 0, 1));
   ReadFitVariables(state, false);
   EXPECT_EQ(state.fitvariables[0].fit_value, 4);
   EXPECT_EQ(state.fitvariables[1].fit_value, 3);

@@ -3,11 +3,11 @@
 
 #include <stdexcept>
 
-#include "model/fit_variable_names.h"
 #include "optics/column_table.h"
 #include "optics/kramers_kronig.h"
 
 namespace tolvik {
+
 CKKFit::CKKFit(double lowest, double highest, const CColumnTable& start, const CColumnTable& measured)
     : CChiSquareFit(0), starttable(start), measuredtable(measured), energymin(lowest), energymax(highest) {
   if (start.columns != 2 || measured.columns != 2)
@@ -19,10 +19,9 @@ void CKKFit::ApplyVariable(const CFitVariable& variable) {
   const std::int32_t index = variable.fit_additional_id;
   if (index < 0 || static_cast<std::uint32_t>(index) >= worktable.count) return;
   const CColumnRow& row = worktable.rows[index];
-  const auto kind = static_cast<FitKind>(variable.fit_id);
   const double scaled = row.energy * row.energy * variable.fit_value;
-  if (kind == FitKind::kBetaKK) delta_.Add(worktable, index, scaled);
-  if (kind == FitKind::kDeltaKK) delta_.Set(index, scaled);
+  if (variable.fit_id == FitKind::kBetaKK) delta_.Add(worktable, index, scaled);
+  if (variable.fit_id == FitKind::kDeltaKK) delta_.Set(index, scaled);
 }
 
 double CKKFit::CalcError(CArray<CFitVariable>& variables) {

@@ -37,7 +37,7 @@ CColumnTable Zeros() {
 
 TEST(CKKFit, AddsAHatForBeta) {
   CKKFit fit(800, 900, Zeros(), Zeros());
-  fit.fitvariables.Append(Variable(17, 2, 1e-3));
+  fit.fitvariables.Append(Variable(FitKind::kBetaKK, 2, 1e-3));
   fit.CalcError(fit.fitvariables);
 
   CColumnTable expected = Zeros();
@@ -51,7 +51,7 @@ TEST(CKKFit, AddsAHatForBeta) {
 
 TEST(CKKFit, SetsOneRowForDelta) {
   CKKFit fit(800, 900, Zeros(), Zeros());
-  fit.fitvariables.Append(Variable(18, 1, 2e-3));
+  fit.fitvariables.Append(Variable(FitKind::kDeltaKK, 1, 2e-3));
   fit.CalcError(fit.fitvariables);
   EXPECT_NEAR(fit.worktable.rows[1].values[0], 2e-3 + 1206.095 / 640000, 1e-17);
   EXPECT_NEAR(fit.worktable.rows[2].values[0], 1206.095 / (803.0 * 803.0), 1e-17);
@@ -60,7 +60,7 @@ TEST(CKKFit, SetsOneRowForDelta) {
 
 TEST(CKKFit, BeginsEachEvaluationAnew) {
   CKKFit fit(800, 900, Zeros(), Zeros());
-  fit.fitvariables.Append(Variable(17, 2, 1e-3));
+  fit.fitvariables.Append(Variable(FitKind::kBetaKK, 2, 1e-3));
   const double once = fit.CalcError(fit.fitvariables);
   EXPECT_EQ(fit.CalcError(fit.fitvariables), once);
   fit.fitvariables[0].fit_value = 2e-3;
@@ -82,9 +82,10 @@ TEST(CKKFit, PassesOverForeignVariables) {
   CKKFit fit(800, 900, Zeros(), Zeros());
   const double expected = fit.CalcError(fit.fitvariables);
   for (std::int32_t row : {-1, 0, 4, 5, INT32_MAX, INT32_MIN})
-    fit.fitvariables.Append(Variable(17, row, 0.05));
-  for (std::int32_t row : {-1, 5, INT32_MAX, INT32_MIN}) fit.fitvariables.Append(Variable(18, row, 0.05));
-  fit.fitvariables.Append(Variable(1, 2, 0.05));
+    fit.fitvariables.Append(Variable(FitKind::kBetaKK, row, 0.05));
+  for (std::int32_t row : {-1, 5, INT32_MAX, INT32_MIN})
+    fit.fitvariables.Append(Variable(FitKind::kDeltaKK, row, 0.05));
+  fit.fitvariables.Append(Variable(FitKind::kDelta, 2, 0.05));
   EXPECT_EQ(fit.CalcError(fit.fitvariables), expected);
   EXPECT_EQ(fit.worktable.rows[0].values[1], 0);  // the end rows carry no hat
   EXPECT_EQ(fit.worktable.rows[4].values[1], 0);
@@ -93,7 +94,7 @@ TEST(CKKFit, PassesOverForeignVariables) {
 TEST(CKKFit, TakesEmptyTablesAndNoVariables) {
   const CColumnTable none(2);
   CKKFit fit(800, 900, none, none);
-  fit.fitvariables.Append(Variable(17, 1, 0.05));
+  fit.fitvariables.Append(Variable(FitKind::kBetaKK, 1, 0.05));
   fit.RestartFit();
   EXPECT_EQ(fit.CalcError(fit.fitvariables), 0);
   CKKFit nothing_to_vary(800, 900, Zeros(), Zeros());
@@ -127,7 +128,7 @@ TEST(CKKFit, RecoversAnAbsorptionEdge) {
   for (std::int32_t i = 0; i < static_cast<std::int32_t>(background.count); ++i) {
     CColumnRow& row = background.rows[i];
     if (row.energy < 800 || row.energy > 900) continue;
-    variables.Append(Variable(17, i, 1.5e-3));  // a flat start
+    variables.Append(Variable(FitKind::kBetaKK, i, 1.5e-3));  // a flat start
     row.values[1] = 0;
   }
   ASSERT_EQ(variables.size, 41);
@@ -163,7 +164,7 @@ TEST(CKKFit, FindsDeltaAndBetaOfADampedOscillator) {
     if (w > 790 && w < 910) measured.Append(row);
     if (w < 800 || w > 900) continue;
     row.values[1] = 0;
-    variables.Append(Variable(17, static_cast<std::int32_t>(background.count) - 1, 0.02));
+    variables.Append(Variable(FitKind::kBetaKK, static_cast<std::int32_t>(background.count) - 1, 0.02));
   }
   ToTransformForm(background);
   KramersKronigAll(background);

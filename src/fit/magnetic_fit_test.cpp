@@ -31,8 +31,8 @@ CState MakeMagneticFilm(double z, double width, double amplitude) {
   film.layer_ddelta = 4e-4;
   film.layer_dbeta = 6e-4;
   film.layer_sigma = 4;
-  state.magnetizationmode = 2;
-  state.layersegmentationmode = 1;
+  state.magnetizationmode = MagnetizationMode::kGaussFunctions;
+  state.layersegmentationmode = LayerSegmentationMode::kSlices;
   state.minlayerthickness = 3;  // with a gradient scale of 0, the thickness of all slices
   CGaussFunction dip;
   dip.gauss_z = z;
@@ -61,7 +61,7 @@ TEST(MagneticFit, FindsTheDipOfAMagneticProfile) {
   CState state = MakeMagneticFilm(truth[0], truth[1], truth[2]);
   CDataset measured = MakeCircularGrid();
   state.datasets.Append(measured);
-  state.fitasymmetry = 1;
+  state.fitasymmetry = FitAsymmetry::kAsymmetry;
   {
     // The objective without a measurement calculates the curve under the conditions of the dataset.
     CMultiFit simulation(state);

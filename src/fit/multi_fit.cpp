@@ -6,7 +6,6 @@
 
 #include "fit/dataset_errors.h"
 #include "fit/fit_variables.h"
-#include "model/fit_variable_names.h"
 
 namespace tolvik {
 namespace {
@@ -68,7 +67,7 @@ double CMultiFit::NeighbourPenalty() const {
   const std::int32_t n = std::min(parameters.size, v.size);
   double penalty = 0;
   for (std::int32_t i = 0; i < n - 1; ++i) {
-    if (v[i].fit_id != static_cast<std::int32_t>(FitKind::kBetaKK)) continue;
+    if (v[i].fit_id != FitKind::kBetaKK) continue;
     if (!(std::abs(v[i].fit_value) >= kSmallestPenalised)) continue;
     const std::int32_t j = FindNextRow(v, v[i]);
     if (j < 0 || j >= n) continue;
@@ -82,11 +81,11 @@ double CMultiFit::NeighbourPenalty() const {
 
 void CMultiFit::Iterate() {
   switch (state.fitalgorithm) {
-    case 0:
+    case FitAlgorithm::kSimplex:
       return SimplexStep();
-    case 1:
+    case FitAlgorithm::kLevenbergMarquardt:
       return LevenbergStep();
-    case 2:
+    case FitAlgorithm::kAnnealing:
       return AnnealingStep();
     default:
       return;

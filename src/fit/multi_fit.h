@@ -24,8 +24,8 @@ class CMultiFit final : public CChiSquareFit {
   /// list the model stays as it is.
   double CalcError(CArray<CFitVariable>& variables) override;
 
-  /// One step of the fit by the fitalgorithm of the copy: 0 SimplexStep, 1 LevenbergStep, 2 AnnealingStep;
-  /// any other value does nothing.
+  /// One step of the fit by the fitalgorithm of the copy: SimplexStep, LevenbergStep or AnnealingStep; any
+  /// other value does nothing.
   void Iterate();
 
  private:

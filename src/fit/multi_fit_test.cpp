@@ -15,8 +15,8 @@ namespace {
 CState MakeMeasuredFilm() {
   CState state = testing::MakeFilm();
   testing::Measure(state, 40, 0, 1);
-  testing::Vary(state, 0, 1, 60, 5);
-  testing::Vary(state, 3, 1, 5, 1);
+  testing::Vary(state, FitKind::kThickness, 1, 60, 5);
+  testing::Vary(state, FitKind::kSigma, 1, 5, 1);
   return state;
 }
 
@@ -56,7 +56,7 @@ TEST(MultiFit, TakesItsSettingsFromTheState) {
 
 TEST(MultiFit, WorksOnACopy) {
   CState state = MakeMeasuredFilm();
-  state.fiterrorfunction = 2;
+  state.fiterrorfunction = FitErrorFunction::kScaledLog;
   state.datasets[0].datasetmultiplicator = 5;
   CMultiFit fit(state);
   fit.fitvariables[0].fit_value = 70;
@@ -106,7 +106,7 @@ TEST(MultiFit, ActiveIndexOfTheCallBeforeDecides) {
   testing::Measure(state, 10, 0, 1);
   testing::Measure(state, 10, 0, 1);
   state.activedatasetindex = 0;
-  testing::Vary(state, 8, -1, 1e-3, 1e-4);  // qz movement of the active dataset
+  testing::Vary(state, FitKind::kQzMovement, -1, 1e-3, 1e-4);  // of the active dataset
   CMultiFit fit(state);
   fit.CalcError(fit.fitvariables);
   EXPECT_EQ(fit.state.datasets[0].datasetqztranslation, 1e-3);
@@ -119,7 +119,7 @@ TEST(MultiFit, ActiveIndexOfTheCallBeforeDecides) {
 TEST(MultiFit, FittedResolutionIsWrittenButNotUsed) {
   CState state = testing::MakeFilm();
   testing::Measure(state, 10, 0, 1);
-  testing::Vary(state, 6, -1, 0.05, 1e-4);
+  testing::Vary(state, FitKind::kResolution, -1, 0.05, 1e-4);
   CMultiFit fit(state);
   EXPECT_EQ(fit.CalcError(fit.fitvariables), 0);
   EXPECT_EQ(fit.state.resolution, 0);
@@ -128,15 +128,15 @@ TEST(MultiFit, FittedResolutionIsWrittenButNotUsed) {
 TEST(MultiFit, FittedMultiplicatorScalesTheData) {
   CState state = testing::MakeFilm();
   testing::Measure(state, 10, 0, 1);
-  testing::Vary(state, 7, -1, 10, 1);
+  testing::Vary(state, FitKind::kMultiplicator, -1, 10, 1);
   CMultiFit fit(state);
   EXPECT_NEAR(fit.CalcError(fit.fitvariables), 1, 1e-12);
 }
 
 TEST(MultiFit, FitsReachTheTensorAlgorithm) {
   CState state = MakeMeasuredFilm();
-  state.algorithm = 1;
-  testing::Vary(state, 1, 1, 2.25e-5, 1e-6);
+  state.algorithm = Algorithm::kMatrixOne;
+  testing::Vary(state, FitKind::kDelta, 1, 2.25e-5, 1e-6);
   CMultiFit fit(state);
   const double before = fit.CalcError(fit.fitvariables);
   fit.fitvariables[2].fit_value = 3e-5;
@@ -238,7 +238,7 @@ TEST(MultiFit, AlgorithmSelectsTheStep) {
 
 TEST(MultiFit, RelativeErrorGivesLeastSquaresNothingToDo) {
   CState state = MakeMeasuredFilm();
-  state.fiterrorfunction = 1;
+  state.fiterrorfunction = FitErrorFunction::kRelativeLog;
   state.fitvariables[0].fit_value = 61;
   CMultiFit fit(state);
   fit.RestartFit();

@@ -104,16 +104,16 @@ TEST(CState, Defaults) {
   }
   EXPECT_EQ(state.datasets.size, 0);
   EXPECT_EQ(state.currentelement, -1);
-  EXPECT_EQ(state.precision, 1);
+  EXPECT_EQ(state.precision, Precision::kDouble);
   EXPECT_EQ(state.numberofpoints, 200);
   EXPECT_EQ(state.fitqzmax, 10);
-  EXPECT_EQ(state.segmentationmodel, 2);
+  EXPECT_EQ(state.segmentationmodel, SegmentationModel::kSteps);
   EXPECT_EQ(state.evo_population, 50);
   EXPECT_EQ(state.epsilon, 5e-05);
   EXPECT_EQ(state.kktableindex, -1);
   EXPECT_EQ(state.kktable.columns, 2);
-  EXPECT_EQ(state.maprange.id1, 0);
-  EXPECT_EQ(state.maprange.id2, 1);
+  EXPECT_EQ(state.maprange.id1, MapAxis::kEnergy);
+  EXPECT_EQ(state.maprange.id2, MapAxis::kQz);
   EXPECT_EQ(state.maprange.n1, 1);
   EXPECT_EQ(state.maprange.n2, 1);
   EXPECT_FALSE(state.fitresolution || state.fitmeasmult || state.fitdeltaqz || state.gausscoupling ||

@@ -10,15 +10,15 @@ struct Row {
 };
 
 constexpr Row kMessages[] = {
-    {kWrongDataPoints,
+    {ReturnCode::kWrongDataPoints,
      "Error: Wrong data points in measurement. Please remove all data points that fulfill the condition "
      "qz/2/k0 > 1."},
-    {kScriptCompilation, "Error: Script Compilation"},
-    {kScriptExecution, "Error: Script Execution"},
-    {kUnknownError, "Error: Unknown Error"},
+    {ReturnCode::kScriptCompilation, "Error: Script Compilation"},
+    {ReturnCode::kScriptExecution, "Error: Script Execution"},
+    {ReturnCode::kUnknownError, "Error: Unknown Error"},
     {0, nullptr},
     // Behind the end, so that it is never printed: the map command words missing tables itself.
-    {kTablesMissing, "Error: db-files for all layers are needed"},
+    {ReturnCode::kTablesMissing, "Error: db-files for all layers are needed"},
 };
 
 }  // namespace

@@ -12,7 +12,8 @@ namespace tolvik {
 namespace {
 
 bool SetElement(CState& state, CElementLayer& element, double energy) {
-  const std::int32_t found = FindOpticalTable(element.element.View(), state.opticaltables, kElementMaterial);
+  const std::int32_t found =
+      FindOpticalTable(element.element.View(), state.opticaltables, TableKind::kElement);
   if (found < 0) return false;
   COpticalTable& material = state.opticaltables[found];
   if (!IsEnergyInColumnTable(material.ff, energy)) return false;
@@ -22,7 +23,7 @@ bool SetElement(CState& state, CElementLayer& element, double energy) {
 }
 
 bool SetLayer(CState& state, CLayer& layer, double energy) {
-  const std::int32_t found = FindOpticalTable(layer.layer_db.View(), state.opticaltables, kLayerMaterial);
+  const std::int32_t found = FindOpticalTable(layer.layer_db.View(), state.opticaltables, TableKind::kLayer);
   if (found < 0) return false;
   COpticalTable& material = state.opticaltables[found];
   // only .db is asked: .m and .e tables hold their end values beyond their ranges
@@ -39,7 +40,7 @@ bool SetLayer(CState& state, CLayer& layer, double energy) {
 bool SetLayerConstantsForEnergy(CState& state) {
   const double energy = EnergyFromLambda(state.lambda);
   bool all = true;
-  if (state.mode == 1) {
+  if (state.mode == Mode::kElement) {
     for (CElementLayer& element : state.elementlayers) all &= SetElement(state, element, energy);
   } else {
     for (CLayer& layer : state.layers) all &= SetLayer(state, layer, energy);
@@ -49,7 +50,8 @@ bool SetLayerConstantsForEnergy(CState& state) {
 
 LayerConstantsStatus PrepareLayerConstants(CState& state) {
   if (state.opticaltables.IsEmpty() && !LoadOpticalTables(state)) return LayerConstantsStatus::kMissingTables;
-  if (state.magnetizationmode != 0 && !CheckMagnetoOpticalTables(state.opticaltables)) {
+  if (state.magnetizationmode != MagnetizationMode::kNone &&
+      !CheckMagnetoOpticalTables(state.opticaltables)) {
     return LayerConstantsStatus::kMissingMagneticTables;
   }
   if (!SetLayerConstantsForEnergy(state)) return LayerConstantsStatus::kEnergyOutOfRange;

@@ -28,7 +28,7 @@ class LayerConstants : public ::testing::Test {
 
   static CState InElementMode(const std::string& stem) {
     CState state;
-    state.mode = 1;
+    state.mode = Mode::kElement;
     CElementLayer element;
     element.element.Set(stem);
     element.el_f1 = -3;
@@ -71,14 +71,14 @@ TEST_F(LayerConstants, EnergiesThatAreNoEnergiesChangeNothing) {
 TEST_F(LayerConstants, TensorOfATableIgnoresTheMagnetisation) {
   folder_.Write("Co.e", "750 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18\n");
   CState state = TwoLayers();
-  state.magnetizationmode = 1;
+  state.magnetizationmode = MagnetizationMode::kLayers;
   state.maggamma = 90;
   state.magphi = 90;
   ASSERT_TRUE(LoadOpticalTables(state));
   EXPECT_TRUE(SetLayerConstantsForEnergy(state));
   EXPECT_EQ(state.layers[0].Epsilon(0, 2), std::complex<double>(5, 6));
   state.maggamma = 10;
-  state.magnetizationmode = 0;
+  state.magnetizationmode = MagnetizationMode::kNone;
   EXPECT_TRUE(SetLayerConstantsForEnergy(state));
   EXPECT_EQ(state.layers[0].Epsilon(0, 2), std::complex<double>(5, 6));
   EXPECT_EQ(state.layers[0].magnetic, 1);
@@ -104,7 +104,7 @@ TEST_F(LayerConstants, WithoutMagnetisationTheTensorIsDiagonal) {
 TEST_F(LayerConstants, PolarMagnetisationFillsOnlyXy) {
   folder_.Write("Co.m", "700 0.1 0.2\n");
   CState state = TwoLayers();
-  state.magnetizationmode = 1;
+  state.magnetizationmode = MagnetizationMode::kLayers;
   ASSERT_TRUE(LoadOpticalTables(state));
   EXPECT_TRUE(SetLayerConstantsForEnergy(state));
   const CLayer& layer = state.layers[0];
@@ -158,16 +158,16 @@ TEST_F(LayerConstants, EmptyListsSucceed) {
   CState state;
   state.layers.Clear();
   EXPECT_TRUE(SetLayerConstantsForEnergy(state));
-  state.mode = 1;
+  state.mode = Mode::kElement;
   EXPECT_TRUE(SetLayerConstantsForEnergy(state));
 }
 
 TEST_F(LayerConstants, PrepareTellsWhatIsMissing) {
   CState state = TwoLayers();
-  state.magnetizationmode = 1;
+  state.magnetizationmode = MagnetizationMode::kLayers;
   folder_.Write("Co.e", "750 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18\n");
   EXPECT_EQ(PrepareLayerConstants(state), LayerConstantsStatus::kMissingMagneticTables);  // .e does not count
-  state.magnetizationmode = 0;
+  state.magnetizationmode = MagnetizationMode::kNone;
   EXPECT_EQ(PrepareLayerConstants(state), LayerConstantsStatus::kReady);
   EXPECT_NEAR(state.layers[0].layer_delta, 0.002, 1e-15);
   state.lambda = 1;

@@ -37,7 +37,7 @@ void Narrow(EnergyRange& range, const CColumnTable& table) {
 bool LoadOpticalTable(COpticalTable& material, std::string_view name) {
   const std::string stem(name);  // name may be the record's own
   material.name.Set(stem);
-  if (material.kind == kElementMaterial) return ReadSorted(material.ff, stem + ".ff");
+  if (material.kind == TableKind::kElement) return ReadSorted(material.ff, stem + ".ff");
   ReadSorted(material.e, stem + ".e");
   ReadSorted(material.m, stem + ".m");
   return ReadSorted(material.db, stem + ".db");
@@ -54,11 +54,11 @@ std::int32_t FindOpticalTable(std::string_view name, const CArray<COpticalTable>
 
 bool LoadOpticalTables(CState& state) {
   bool all = true;
-  if (state.mode == 0) {
-    for (const CLayer& layer : state.layers) all &= LoadMissing(state, layer.layer_db, kLayerMaterial);
-  } else if (state.mode == 1) {
+  if (state.mode == Mode::kMaterial) {
+    for (const CLayer& layer : state.layers) all &= LoadMissing(state, layer.layer_db, TableKind::kLayer);
+  } else if (state.mode == Mode::kElement) {
     for (const CElementLayer& element : state.elementlayers) {
-      all &= LoadMissing(state, element.element, kElementMaterial);
+      all &= LoadMissing(state, element.element, TableKind::kElement);
     }
   }
   return all;
@@ -96,10 +96,11 @@ void InterpolateFormFactors(COpticalTable& material, double energy, double& f1, 
 EnergyRange GetOpticalEnergyRange(const CState& state) {
   EnergyRange range;
   for (const CLayer& layer : state.layers) {
-    const std::int32_t found = FindOpticalTable(layer.layer_db.View(), state.opticaltables, kLayerMaterial);
+    const std::int32_t found =
+        FindOpticalTable(layer.layer_db.View(), state.opticaltables, TableKind::kLayer);
     if (found < 0) continue;
     Narrow(range, state.opticaltables[found].db);
-    if (state.magnetizationmode != 0) Narrow(range, state.opticaltables[found].m);
+    if (state.magnetizationmode != MagnetizationMode::kNone) Narrow(range, state.opticaltables[found].m);
   }
   return range;
 }

@@ -12,9 +12,6 @@
 
 namespace tolvik {
 
-inline constexpr std::int32_t kLayerMaterial = 0;
-inline constexpr std::int32_t kElementMaterial = 1;
-
 /// An interval of photon energies, eV.
 struct EnergyRange {
   double lo = -1e100;
@@ -31,8 +28,9 @@ bool LoadOpticalTable(COpticalTable& material, std::string_view name);
 std::int32_t FindOpticalTable(std::string_view name, const CArray<COpticalTable>& materials,
                               std::int32_t kind);
 
-/// Loads what the layers (mode 0) or elements (mode 1) of the state name and its list lacks; each stem once.
-/// False when one failed; the others are in the list all the same. The list is never cleared here.
+/// Loads what the layers (Mode::kMaterial) or elements (Mode::kElement) of the state name and its list lacks;
+/// each stem once. False when one failed; the others are in the list all the same. The list is never cleared
+/// here.
 bool LoadOpticalTables(CState& state);
 
 /// True when the list is empty or every material has rows in its .m table. A .e table does not count.

@@ -50,11 +50,11 @@ TEST(LoadOpticalTable, ElementReadsItsFormFactorsAlone) {
   folder.Write("Fe.ff", "710 26 1\n700 25 2\n");
   folder.Write("Fe.db", "700 1 2\n");
   COpticalTable material;
-  material.kind = kElementMaterial;
+  material.kind = TableKind::kElement;
   EXPECT_TRUE(LoadOpticalTable(material, folder.Path("Fe")));
   EXPECT_EQ(material.ff.rows[0].energy, 700);
   EXPECT_EQ(material.db.count, 0u);
-  material.kind = kElementMaterial;
+  material.kind = TableKind::kElement;
   EXPECT_FALSE(LoadOpticalTable(material, folder.Path("Ni")));
   EXPECT_EQ(material.name, folder.Path("Ni"));
 }
@@ -74,14 +74,14 @@ TEST(FindOpticalTable, ComparesNameAndKindExactly) {
   for (const char* name : {"fe", "Fe", "Fe", "", "Fe2"}) {
     COpticalTable material;
     material.name = name;
-    material.kind = materials.size == 1 ? kElementMaterial : kLayerMaterial;
+    material.kind = materials.size == 1 ? TableKind::kElement : TableKind::kLayer;
     materials.Append(material);
   }
-  EXPECT_EQ(FindOpticalTable("Fe", materials, kLayerMaterial), 2);
-  EXPECT_EQ(FindOpticalTable("Fe", materials, kElementMaterial), 1);
-  EXPECT_EQ(FindOpticalTable("Fe2", materials, kElementMaterial), -1);
-  EXPECT_EQ(FindOpticalTable("FE", materials, kLayerMaterial), -1);
-  EXPECT_EQ(FindOpticalTable("", materials, kLayerMaterial), -1);
+  EXPECT_EQ(FindOpticalTable("Fe", materials, TableKind::kLayer), 2);
+  EXPECT_EQ(FindOpticalTable("Fe", materials, TableKind::kElement), 1);
+  EXPECT_EQ(FindOpticalTable("Fe2", materials, TableKind::kElement), -1);
+  EXPECT_EQ(FindOpticalTable("FE", materials, TableKind::kLayer), -1);
+  EXPECT_EQ(FindOpticalTable("", materials, TableKind::kLayer), -1);
 }
 
 TEST(LoadOpticalTables, LayersThatShareAStemShareOneMaterial) {
@@ -122,13 +122,13 @@ TEST(LoadOpticalTables, ElementsAreLoadedByTheirOwnKind) {
   folder.Write("Fe.db", "700 1e-3 2e-4\n");
   CState state = LayersNamed({folder.Path("Fe")});
   ASSERT_TRUE(LoadOpticalTables(state));
-  state.mode = 1;
+  state.mode = Mode::kElement;
   CElementLayer element;
   element.element.Set(folder.Path("Fe"));
   state.elementlayers.Append(element);
   EXPECT_TRUE(LoadOpticalTables(state));
   ASSERT_EQ(state.opticaltables.size, 2);
-  EXPECT_EQ(state.opticaltables[1].kind, kElementMaterial);
+  EXPECT_EQ(state.opticaltables[1].kind, TableKind::kElement);
   element.element.Set(folder.Path("Ni"));
   state.elementlayers.Append(element);
   EXPECT_FALSE(LoadOpticalTables(state));
@@ -199,7 +199,7 @@ TEST(GetOpticalEnergyRange, IsTheIntersectionOfTheTables) {
   state.layers.Append(CLayer());  // "vacuum" has no table and is passed over
   EXPECT_EQ(GetOpticalEnergyRange(state).lo, 750);
   EXPECT_EQ(GetOpticalEnergyRange(state).hi, 800);
-  state.magnetizationmode = 1;
+  state.magnetizationmode = MagnetizationMode::kLayers;
   EXPECT_EQ(GetOpticalEnergyRange(state).lo, 760);
   EXPECT_EQ(GetOpticalEnergyRange(state).hi, 770);
 }

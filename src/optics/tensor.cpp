@@ -17,7 +17,7 @@ void SetPair(CLayer& layer, int row, int column, double factor, double real, dou
 
 }  // namespace
 
-void BuildEpsilonTensor(CLayer& layer, double gamma, double phi, std::int32_t magnetic) {
+void BuildEpsilonTensor(CLayer& layer, double gamma, double phi, std::int32_t magnetizationmode) {
   for (auto& element : layer.epsilon) element = 0;
   layer.magnetic = 0;
   const double n = 1 - layer.layer_delta;
@@ -25,7 +25,7 @@ void BuildEpsilonTensor(CLayer& layer, double gamma, double phi, std::int32_t ma
   const double real = n * n - b * b;
   const double imag = 2 * n * b;
   for (int i : {kX, kY, kZ}) layer.Epsilon(i, i) = {real, imag};
-  if (magnetic == 0) return;
+  if (magnetizationmode == MagnetizationMode::kNone) return;
 
   layer.magnetic = 1;
   const double g = gamma * kRadiansPerDegree;

@@ -10,9 +10,9 @@
 namespace tolvik {
 
 /// Rebuilds layer.epsilon and layer.magnetic from the layer's four optical constants, to first order in the
-/// magnetic ones. gamma, phi: azimuth and polar angle of the magnetisation against z, degrees. magnetic 0
-/// leaves the diagonal only.
-void BuildEpsilonTensor(CLayer& layer, double gamma, double phi, std::int32_t magnetic);
+/// magnetic ones. gamma, phi: azimuth and polar angle of the magnetisation against z, degrees. Without a
+/// magnetisation only the diagonal is set.
+void BuildEpsilonTensor(CLayer& layer, double gamma, double phi, std::int32_t magnetizationmode);
 
 /// BuildEpsilonTensor on every layer with the state's maggamma, magphi and magnetizationmode.
 void BuildAllEpsilonTensors(CState& state);

@@ -92,7 +92,7 @@ TEST(EpsilonTensor, AllLayersTakeTheDirectionOfTheState) {
   state.layers[1].layer_delta = 1e-3;
   state.maggamma = 90;
   state.magphi = 90;
-  state.magnetizationmode = 2;
+  state.magnetizationmode = MagnetizationMode::kGaussFunctions;
   BuildAllEpsilonTensors(state);
   ExpectComplex(state.layers[0].Epsilon(0, 2), Strength(state.layers[0]), "xz");
   EXPECT_EQ(state.layers[1].magnetic, 1);

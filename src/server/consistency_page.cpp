@@ -57,7 +57,8 @@ bool RefreshConstants(std::ostream& out, CState& state) {
   const char* failure = nullptr;
   if (!LoadOpticalTables(state)) {
     failure = "Error: You need .db-files or .e-files for all layers";
-  } else if (state.magnetizationmode != 0 && !CheckMagnetoOpticalTables(state.opticaltables)) {
+  } else if (state.magnetizationmode != MagnetizationMode::kNone &&
+             !CheckMagnetoOpticalTables(state.opticaltables)) {
     failure = "Error: You need .m-files or .e files for all layers";
   } else if (!SetLayerConstantsForEnergy(state)) {
     failure = "Error: Check if you choosed the right energy!";
@@ -132,10 +133,11 @@ void WriteStack(std::ostream& out, CState& state, double qz) {
   const double s = qz / (2 * k0);
   const double c = std::cos(std::atan2(s, std::sqrt(1 - s * s)));
   engine::Profile<double> profile;
-  const std::int32_t mode = std::exchange(state.mode, 0);  // the page shows the layers in element mode too
+  const std::int32_t mode =
+      std::exchange(state.mode, Mode::kMaterial);  // the page shows the layers in element mode too
   engine::PrepareProfile<double>(state, profile);
   state.mode = mode;
-  const bool sliced = state.layersegmentationmode != 0;
+  const bool sliced = state.layersegmentationmode != LayerSegmentationMode::kRoughInterfaces;
   out << "<br/><br/>\n<table border=\"0\" frame=\"box\" style=\"border-spacing:0px\">\n";
   for (std::int32_t i = profile.size - 1; i >= 0; --i) {
     WriteRow(out, profile[i], i, sliced ? "0" : state.layers[i].layer_db.View(), c, state.epsilon);

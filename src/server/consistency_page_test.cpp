@@ -151,7 +151,7 @@ TEST(ConsistencyPage, TheScriptChangesTheTensorThatIsShown) {
 
 TEST(ConsistencyPage, NamesTheClassOfTheTensor) {
   CState state = Stack(2);
-  state.magnetizationmode = 1;
+  state.magnetizationmode = MagnetizationMode::kLayers;
   state.layers[0].layer_ddelta = 0.01;
   const std::string page = Page(state, 0.1);
   EXPECT_TRUE(Has(page, "<br/>ANISOTROPIC\n"));
@@ -169,7 +169,7 @@ TEST(ConsistencyPage, OutOfReachIsShownWithoutAWarning) {
 
 TEST(ConsistencyPage, SlicesAreNamedZero) {
   CState state = Stack(2);
-  state.layersegmentationmode = 1;
+  state.layersegmentationmode = LayerSegmentationMode::kSlices;
   state.minlayerthickness = 5;
   state.maxlayerthickness = 5;
   const std::string page = Page(state, 0.1);
@@ -179,9 +179,9 @@ TEST(ConsistencyPage, SlicesAreNamedZero) {
 
 TEST(ConsistencyPage, ThePageShowsLayersInElementModeToo) {
   CState state = Stack(2);
-  state.mode = 1;
+  state.mode = Mode::kElement;
   EXPECT_TRUE(Has(Page(state, 0.1), " vacuum<br/>"));
-  EXPECT_EQ(state.mode, 1);
+  EXPECT_EQ(state.mode, Mode::kElement);
 }
 
 class ConsistencyPageTables : public ::testing::Test {
@@ -201,7 +201,7 @@ TEST_F(ConsistencyPageTables, MissingTablesEndThePage) {
 
 TEST_F(ConsistencyPageTables, MissingMagneticTablesEndThePage) {
   folder_.Write("film.db", "700 0.001 0.0002\n900 0.001 0.0002\n");
-  state_.magnetizationmode = 1;
+  state_.magnetizationmode = MagnetizationMode::kLayers;
   EXPECT_EQ(Page(state_, 0.1),
             std::string(kForm) + "Error: You need .m-files or .e files for all layers<br></body></html>");
 }

@@ -70,7 +70,7 @@ CState WithMeasurement() {
   data.datasetactive = 1;
   state.datasets.Append(data);
   CFitVariable delta;
-  delta.fit_id = 1;
+  delta.fit_id = FitKind::kDelta;
   delta.fit_additional_id = 0;
   delta.fit_value = 9e-6;
   delta.fit_delta = 1e-6;
@@ -83,7 +83,7 @@ CState WithMeasurement() {
 TEST_F(Exports, ReflectivityIsThatOfFresnel) {
   CState state = Substrate();
   CSolution solution = Grid();
-  EXPECT_EQ(FIND(CalcReflectivityDLL)(&solution, &state), 1);
+  EXPECT_EQ(FIND(CalcReflectivityDLL)(&solution, &state), ReturnCode::kSuccess);
   for (int i = 0; i < 5; ++i)
     EXPECT_NEAR(solution.dataset_R0[i] / Fresnel(state, solution.dataset_qz[i]), 1, 1e-9);
 }
@@ -93,7 +93,7 @@ TEST_F(Exports, AsymmetryOfEqualRaysIsZero) {
   state.ray2sigmare = 1;
   state.ray2pire = 0;
   CSolution solution = Grid();
-  EXPECT_EQ(FIND(CalcAsymmetryDLL)(&solution, &state), 1);
+  EXPECT_EQ(FIND(CalcAsymmetryDLL)(&solution, &state), ReturnCode::kSuccess);
   for (int i = 0; i < 5; ++i) EXPECT_EQ(solution.dataset_A[i], 0);
 }
 
@@ -102,9 +102,9 @@ TEST_F(Exports, ScansWithoutTablesKeepTheirPoints) {
   CSolution solution = Grid();
   for (int i = 0; i < 5; ++i) solution.dataset_eng.Append(8000);
   solution.dataset_R0.Assign(5, 1.0);
-  EXPECT_EQ(FIND(CalcEScanDLL)(&solution, &state), 1);
-  EXPECT_EQ(FIND(CalcEScanParallelDLL)(&solution, &state), 1);
-  EXPECT_EQ(FIND(CalcDicEScanDLL)(&solution, &state), 1);
+  EXPECT_EQ(FIND(CalcEScanDLL)(&solution, &state), ReturnCode::kSuccess);
+  EXPECT_EQ(FIND(CalcEScanParallelDLL)(&solution, &state), ReturnCode::kSuccess);
+  EXPECT_EQ(FIND(CalcDicEScanDLL)(&solution, &state), ReturnCode::kSuccess);
   for (int i = 0; i < 5; ++i) EXPECT_EQ(solution.dataset_R0[i], 1.0);
 }
 
@@ -116,18 +116,18 @@ TEST_F(Exports, WithoutAFitOrAnEvolutionThereIsNothingToRead) {
   CSolution* curve = &other;
   CMultiFit* fit = reinterpret_cast<CMultiFit*>(&given);
   CEvolution* evolution = reinterpret_cast<CEvolution*>(&given);
-  EXPECT_EQ(FIND(FitIterateDLL)(), 0);
-  EXPECT_EQ(FIND(FitGetFitStateDLL)(&model), 0);
+  EXPECT_EQ(FIND(FitIterateDLL)(), ReturnCode::kDone);
+  EXPECT_EQ(FIND(FitGetFitStateDLL)(&model), ReturnCode::kDone);
   EXPECT_EQ(model, &given);  // left as it was
-  EXPECT_EQ(FIND(FitGetFitDataDLL)(&curve), 0);
+  EXPECT_EQ(FIND(FitGetFitDataDLL)(&curve), ReturnCode::kDone);
   EXPECT_EQ(curve, nullptr);
-  EXPECT_EQ(FIND(FitGetFitDLL)(&fit), 0);
+  EXPECT_EQ(FIND(FitGetFitDLL)(&fit), ReturnCode::kDone);
   EXPECT_EQ(fit, nullptr);
   EXPECT_TRUE(std::isnan(FIND(FitGetLastErrorDLL)()));
   ::testing::internal::CaptureStdout();
-  EXPECT_EQ(FIND(EvolutionIterateDLL)(), 1);
+  EXPECT_EQ(FIND(EvolutionIterateDLL)(), ReturnCode::kSuccess);
   EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
-  EXPECT_EQ(FIND(EvolutionGetEvolutionDLL)(&evolution), 1);
+  EXPECT_EQ(FIND(EvolutionGetEvolutionDLL)(&evolution), ReturnCode::kSuccess);
   EXPECT_EQ(evolution, nullptr);
 }
 
@@ -136,10 +136,10 @@ TEST_F(Exports, AFitFindsTheMeasuredSubstrate) {
   CState* model = nullptr;
   CSolution* curve = nullptr;
   CMultiFit* fit = nullptr;
-  EXPECT_EQ(FIND(FitNewDLL)(&given), 0);
-  for (int i = 0; i < 60; ++i) EXPECT_EQ(FIND(FitIterateDLL)(), 0);
+  EXPECT_EQ(FIND(FitNewDLL)(&given), ReturnCode::kDone);
+  for (int i = 0; i < 60; ++i) EXPECT_EQ(FIND(FitIterateDLL)(), ReturnCode::kDone);
   EXPECT_LT(FIND(FitGetLastErrorDLL)(), 1e-9);
-  EXPECT_EQ(FIND(FitGetFitStateDLL)(&model), 0);
+  EXPECT_EQ(FIND(FitGetFitStateDLL)(&model), ReturnCode::kDone);
   EXPECT_NEAR(model->layers[0].layer_delta, 7.6e-6, 1e-9);
   EXPECT_EQ(given.layers[0].layer_delta, 7.6e-6);  // the state given stays as it is
   FIND(FitGetFitDataDLL)(&curve);
@@ -159,11 +159,11 @@ TEST_F(Exports, AnEvolutionRunsGenerations) {
   given.evo_population = 4;
   given.evo_parents = 100;
   CEvolution* evolution = nullptr;
-  EXPECT_EQ(FIND(EvolutionNewDLL)(&given), 1);
+  EXPECT_EQ(FIND(EvolutionNewDLL)(&given), ReturnCode::kSuccess);
   ::testing::internal::CaptureStdout();
-  EXPECT_EQ(FIND(EvolutionIterateDLL)(), 1);
+  EXPECT_EQ(FIND(EvolutionIterateDLL)(), ReturnCode::kSuccess);
   EXPECT_EQ(::testing::internal::GetCapturedStdout(), "Calculate 0\nCalculate 1\nCalculate 2\nCalculate 3\n");
-  EXPECT_EQ(FIND(EvolutionGetEvolutionDLL)(&evolution), 1);
+  EXPECT_EQ(FIND(EvolutionGetEvolutionDLL)(&evolution), ReturnCode::kSuccess);
   EXPECT_NE(evolution, nullptr);
 }
 
@@ -171,24 +171,24 @@ TEST_F(Exports, TheScriptActsOnTheState) {
   CState state = Substrate();
   state.disablescript = 0;
   state.scriptlines.Append(CCharArray("energy = 700"));
-  EXPECT_EQ(FIND(StartScriptDLL)(&state), 1);
+  EXPECT_EQ(FIND(StartScriptDLL)(&state), ReturnCode::kSuccess);
   EXPECT_EQ(state.lambda, 12398.326 / 700);
   state.disablescript = 1;
   state.lambda = 2;
-  EXPECT_EQ(FIND(StartScriptDLL)(&state), 1);
+  EXPECT_EQ(FIND(StartScriptDLL)(&state), ReturnCode::kSuccess);
   EXPECT_EQ(state.lambda, 2);
 }
 
 TEST_F(Exports, ASecondStartHandsTheModelToTheSameServer) {
   CState state = Substrate();
   ::testing::internal::CaptureStdout();
-  EXPECT_EQ(FIND(StartWebserver)(&state), 0);
+  EXPECT_EQ(FIND(StartWebserver)(&state), ReturnCode::kDone);
   ::testing::internal::GetCapturedStdout();
   const std::string request = "GET / HTTP/1.0\r\n\r\n";
   EXPECT_NE(testing::Request(8080, request).find("value=\"8050.86\""), std::string::npos);
   state.lambda = 12398.326 / 700;
   ::testing::internal::CaptureStdout();
-  EXPECT_EQ(FIND(StartWebserver)(&state), 0);
+  EXPECT_EQ(FIND(StartWebserver)(&state), ReturnCode::kDone);
   const std::string printed = ::testing::internal::GetCapturedStdout();
   EXPECT_NE(printed.find("webserver not null\n"), std::string::npos);
   EXPECT_EQ(printed.find("Listening"), std::string::npos);

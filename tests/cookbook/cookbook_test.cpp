@@ -17,7 +17,7 @@ class Cookbook : public ::testing::Test {
   void Open(const std::string& name) {
     ASSERT_TRUE(LoadState(state_, std::string(TOLVIK_COOKBOOK "/").append(name).append(".state")));
     ASSERT_FALSE(state_.scriptlines.IsEmpty());
-    ASSERT_EQ(StartScriptDLL(&state_), 1);
+    ASSERT_EQ(StartScriptDLL(&state_), ReturnCode::kSuccess);
   }
 
   // A second run, as the commands make it, must not change anything more.

@@ -39,7 +39,7 @@ CArray<double> Curve(CState state, std::int32_t algorithm) {
   state.algorithm = algorithm;
   CSolution solution;
   for (int i = 1; i <= 40; ++i) solution.dataset_qz.Append(0.015 * i);
-  EXPECT_EQ(CalcReflectivityDLL(&solution, &state), 1);
+  EXPECT_EQ(CalcReflectivityDLL(&solution, &state), ReturnCode::kSuccess);
   return solution.dataset_R0;
 }
 
@@ -65,18 +65,18 @@ TEST(Algorithms, AgreeForPureRaysWithoutMagnetism) {
 TEST(Algorithms, AgreeInAllNumberTypes) {
   CState state = RoughFilms();
   const auto reference = Curve(state, 0);
-  for (std::int32_t precision : {1, 2, 3}) {
+  for (std::int32_t precision : {Precision::kDouble, Precision::kLongDouble, Precision::kMpfr}) {
     state.precision = precision;
     ExpectSame(Curve(state, 1), reference, 1e-9);
     ExpectSame(Curve(state, 2), reference, 1e-9);
   }
-  state.precision = 0;
+  state.precision = Precision::kFloat;
   ExpectSame(Curve(state, 2), Curve(state, 1), 1e-6);
 }
 
 TEST(Algorithms, AgreeOnSlices) {
   CState state = RoughFilms();
-  state.layersegmentationmode = 1;
+  state.layersegmentationmode = LayerSegmentationMode::kSlices;
   state.minlayerthickness = state.maxlayerthickness = 1;
   const auto parratt = Curve(state, 0);
   ExpectSame(Curve(state, 1), parratt, 1e-7);
@@ -86,7 +86,7 @@ TEST(Algorithms, AgreeOnSlices) {
 TEST(Algorithms, OneAndTwoAgreeForCircularLightOnWeakMagnetism) {
   // Without roughness: its factors know the magnetic part of the wavevectors in algorithm one only.
   CState state = MakeState({{0, 0.004, 0.002}, {60, 0.009, 0.004, 0, 2e-5, 1e-5}, {}});
-  state.magnetizationmode = 1;
+  state.magnetizationmode = MagnetizationMode::kLayers;
   state.maggamma = 90;
   state.magphi = 30;
   state.epsilon = 1e-9;
@@ -100,7 +100,7 @@ TEST(Algorithms, ParrattTakesLeftCircularLightAndMagnetisationAlongTheBeam) {
   state.epsilon = 1e-9;
   SetRay(state, std::sqrt(0.5), 0, std::sqrt(0.5));
   const auto plain = Curve(state, 0);
-  state.magnetizationmode = 1;
+  state.magnetizationmode = MagnetizationMode::kLayers;
   const auto scalar = Curve(state, 0), tensor = Curve(state, 1);
   for (std::int32_t i = 0; i < 20; ++i) {  // θ up to 0.5
     const double effect = tensor[i] / plain[i] - 1;
@@ -111,12 +111,12 @@ TEST(Algorithms, ParrattTakesLeftCircularLightAndMagnetisationAlongTheBeam) {
 
 TEST(Algorithms, WeakMagnetismBelowTheToleranceIsIsotropic) {
   CState state = MakeState({{0, 0.004, 0.002}, {60, 0.009, 0.004, 0, 2e-5, 1e-5}, {}});
-  state.magnetizationmode = 1;
+  state.magnetizationmode = MagnetizationMode::kLayers;
   SetRay(state, std::sqrt(0.5), 0, std::sqrt(0.5));
   const auto blind = Curve(state, 1);
   state.epsilon = 1e-9;
   const auto seeing = Curve(state, 1);
-  state.magnetizationmode = 0;
+  state.magnetizationmode = MagnetizationMode::kNone;
   const auto without = Curve(state, 1);
   ExpectSame(blind, without, 1e-9);
   EXPECT_GT(std::abs(seeing[20] / without[20] - 1), 1e-4);
@@ -124,8 +124,8 @@ TEST(Algorithms, WeakMagnetismBelowTheToleranceIsIsotropic) {
 
 TEST(Algorithms, GaussFunctionsReachTwoButNotOne) {
   CState state = MakeState({{0, 0.004, 0.002, 2}, {60, 0.009, 0.004, 3, 2e-3, 1e-3}, {}});
-  state.magnetizationmode = 2;
-  state.layersegmentationmode = 1;
+  state.magnetizationmode = MagnetizationMode::kGaussFunctions;
+  state.layersegmentationmode = LayerSegmentationMode::kSlices;
   state.minlayerthickness = state.maxlayerthickness = 1;
   SetRay(state, std::sqrt(0.5), 0, std::sqrt(0.5));
   CState modulated = state;

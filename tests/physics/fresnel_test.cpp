@@ -31,7 +31,7 @@ Index Fresnel(const Index& a, const Index& b, long double s, bool pi) {
 
 CArray<double> Curve(CState state, CSolution grid, int precision = 1) {
   state.precision = precision;
-  EXPECT_EQ(CalcReflectivityDLL(&grid, &state), 1);
+  EXPECT_EQ(CalcReflectivityDLL(&grid, &state), ReturnCode::kSuccess);
   return grid.dataset_R0;
 }
 
@@ -46,7 +46,7 @@ TEST_P(EachRay, SubstrateReflectsByFresnelsFormula) {
         MakeState({{.delta = static_cast<double>(1 - n.real()), .beta = static_cast<double>(n.imag())}, {}});
     testing::UsePi(state, GetParam());
     const CSolution grid = MakeGrid(0.001, 8.0, 400);
-    for (int precision : {1, 2, 3}) {
+    for (int precision : {Precision::kDouble, Precision::kLongDouble, Precision::kMpfr}) {
       const CArray<double> curve = Curve(state, grid, precision);
       for (int i = 0; i < grid.dataset_qz.size; ++i) {
         const long double s = SinTheta(grid.dataset_qz[i]);

@@ -37,7 +37,7 @@ CState Mirror(int periods) {
 }
 
 CArray<double> Curve(CState state, CSolution grid) {
-  EXPECT_EQ(CalcReflectivityDLL(&grid, &state), 1);
+  EXPECT_EQ(CalcReflectivityDLL(&grid, &state), ReturnCode::kSuccess);
   return grid.dataset_R0;
 }
 

@@ -94,7 +94,7 @@ TEST(Slices, ElementProfileOfOneInterfaceIsTheLayerWithThatDensity) {
   // One element, two densities: its profile is that of the two-layer stack of the same constants and
   // roughness.
   CState state;
-  state.mode = 1;
+  state.mode = Mode::kElement;
   state.lambda = 2 * M_PI / kWavevector;
   const double energy = 12398.326 / state.lambda;
   CElementLayer element;

@@ -52,7 +52,7 @@ struct Range {
 
 CArray<double> Curve(CState state, CSolution grid, int precision) {
   state.precision = precision;
-  EXPECT_EQ(CalcReflectivityDLL(&grid, &state), 1);
+  EXPECT_EQ(CalcReflectivityDLL(&grid, &state), ReturnCode::kSuccess);
   return grid.dataset_R0;
 }
 

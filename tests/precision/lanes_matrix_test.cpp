@@ -98,7 +98,7 @@ class ErrorRatios {
 // A single intensity may come out worse by chance, most may not.
 TEST(LanesMatrixErrors, AreOnTheWholeSmallerThanPlain) {
   for (const LaneSet set : LaneSetsHere()) {
-    for (const int algorithm : {1, 2}) {
+    for (const int algorithm : {Algorithm::kMatrixOne, Algorithm::kMatrixTwo}) {
       RandomCases random(15);
       ErrorRatios ratios;
       for (int number = 0; number < 300; ++number) {
@@ -131,7 +131,7 @@ TYPED_TEST(LanesMatrix, OverflowOfTheGrowingWavesStays) {
   for (int j : {0, 1}) test.layers[static_cast<std::size_t>(j)].layer_delta = 1e-5;
   test.layers[1].layer_beta = 1e-6;
   test.sines = {0.001, 0.003, 0.01, 0.1};
-  test.options.algorithm = 1;
+  test.options.algorithm = Algorithm::kMatrixOne;
   test.options.polarisation[0] = test.options.polarisation[6] = 1.0;
   int numbers = 0, others = 0;
   for (double thickness = 10; thickness < 1e7; thickness *= 1.3) {

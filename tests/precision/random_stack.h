@@ -47,7 +47,7 @@ class RandomCases {
 
   /// For the matrix algorithms: tensors that follow the scalar indices on some entries.
   void GiveTensors(RandomCase& test) {
-    test.options.algorithm = 1 + Below(2);
+    test.options.algorithm = Algorithm::kMatrixOne + Below(2);
     test.options.magnetic = false;
     test.options.tolerance = OneIn(4) ? Logarithmic(1e-12, 1e-2) : 5e-5;
     test.options.transmission = OneIn(10);
@@ -62,7 +62,7 @@ class RandomCases {
   /// For the matrix algorithms: magnetisations in any direction, general and diagonal tensors, entries
   /// without any, seen from above or through the stack.
   void Magnetise(RandomCase& test) {
-    test.options.algorithm = 1 + Below(2);
+    test.options.algorithm = Algorithm::kMatrixOne + Below(2);
     test.options.magnetic = !OneIn(8);
     test.options.maggamma = Uniform(-180, 180);
     test.options.magphi = OneIn(6) ? 90.0 * Below(3) : Uniform(0, 180);

@@ -43,8 +43,8 @@ inline CState FilmState(int points = 40) {
   state.datasets.Append(empty);
   state.datasets.Append(measured);
   state.activedatasetindex = 1;
-  state.fitvariables.Append(Vary(0, 1, 1.04 * kFilmThickness, 3));
-  state.fitvariables.Append(Vary(3, 1, 1.1 * kFilmRoughness, 0.6));
+  state.fitvariables.Append(Vary(FitKind::kThickness, 1, 1.04 * kFilmThickness, 3));
+  state.fitvariables.Append(Vary(FitKind::kSigma, 1, 1.1 * kFilmRoughness, 0.6));
   return state;
 }
 

@@ -28,8 +28,8 @@ inline CState MakeSearch(std::int32_t population) {
   state.evo_range = 10;
   state.evo_mixing = -1;  // never
   state.evo_probability = -1;
-  Vary(state, 0, 1, 0, 1, 1, 2);
-  Vary(state, 3, 1, 0, 1, 10, 20);
+  Vary(state, FitKind::kThickness, 1, 0, 1, 1, 2);
+  Vary(state, FitKind::kSigma, 1, 0, 1, 10, 20);
   return state;
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The numbers of the algorithms, and what they read of a state beside its profile.
+// The algorithms, and what they read of a state beside its profile.
 #pragma once
 
 #include <cstdint>
@@ -9,9 +9,7 @@
 
 namespace tolvik::engine {
 
-inline constexpr std::int32_t kParratt = 0;
-inline constexpr std::int32_t kMatrixOne = 1;
-inline constexpr std::int32_t kMatrixTwo = 2;
+using enum Algorithm::Value;
 
 /// Whether the number names an algorithm; with any other a curve stays as its frame left it.
 inline bool IsAlgorithm(std::int32_t algorithm) {

@@ -11,8 +11,8 @@ template <Number T>
 IntensityOptions<T> OptionsOfState(const CState& state) {
   IntensityOptions<T> options;
   options.algorithm = state.algorithm;
-  options.transmission = state.scattering != 0;
-  options.magnetic = state.magnetizationmode != 0;
+  options.transmission = state.scattering != Scattering::kReflection;
+  options.magnetic = state.magnetizationmode != MagnetizationMode::kNone;
   options.maggamma = T(state.maggamma);
   options.magphi = T(state.magphi);
   const double rays[8] = {state.ray1sigmare, state.ray1sigmaim, state.ray1pire, state.ray1piim,

@@ -66,11 +66,11 @@ std::int32_t CalcReflectivityCurve(CSolution& solution, CState& state) {
   const WalkEnd end = state.fastresolution ? curve_detail::WalkFast<T>(solution, setting)
                                            : curve_detail::WalkExact<T>(solution, state, setting);
   if (end.error && options.algorithm == kMatrixTwo) std::rethrow_exception(end.error);
-  if (end.error) return kSuccess;
-  if (end.out_of_reach) return state.fastresolution ? kWrongDataPoints : kSuccess;
+  if (end.error) return ReturnCode::kSuccess;
+  if (end.out_of_reach) return state.fastresolution ? ReturnCode::kWrongDataPoints : ReturnCode::kSuccess;
   if (state.fastresolution) curve_detail::FoldCurve<T>(solution, state.resolution);
   FinishSolution(solution, state.mulqz4, state.polcorrection, state.averaging);
-  return kSuccess;
+  return ReturnCode::kSuccess;
 }
 
 }  // namespace tolvik::engine

@@ -69,12 +69,12 @@ TEST(CurveException, EndsTheExactPathLikeAPointOutOfReach) {
   CSolution whole = testing::MakeGrid({0.1, 0.2, 0.3, -0.4, 0.5});
   Fuse::roots_left = 1000;
   state.mulqz4 = 0;
-  EXPECT_EQ(CalcReflectivityCurve<Fuse>(whole, state), 1);
+  EXPECT_EQ(CalcReflectivityCurve<Fuse>(whole, state), ReturnCode::kSuccess);
 
   state.mulqz4 = 1;  // no finishing step after the stop
   CSolution cut = testing::MakeGrid({0.1, 0.2, 0.3, -0.4, 0.5});
   Fuse::roots_left = 2 * kRootsPerSample + 1;
-  EXPECT_EQ(CalcReflectivityCurve<Fuse>(cut, state), 1);
+  EXPECT_EQ(CalcReflectivityCurve<Fuse>(cut, state), ReturnCode::kSuccess);
   EXPECT_EQ(cut.dataset_R0[0], whole.dataset_R0[0]);
   EXPECT_EQ(cut.dataset_R0[1], whole.dataset_R0[1]);
   EXPECT_EQ(cut.dataset_R0[2], 0.0);
@@ -88,12 +88,12 @@ TEST(CurveException, KeepsThePartialSumOfItsPoint) {
   Fuse::roots_left = 1000;
   CSolution first = testing::MakeGrid({0.11}), second = testing::MakeGrid({0.09});
   CState bare = Substrate();
-  EXPECT_EQ(CalcReflectivityCurve<Fuse>(first, bare), 1);
-  EXPECT_EQ(CalcReflectivityCurve<Fuse>(second, bare), 1);
+  EXPECT_EQ(CalcReflectivityCurve<Fuse>(first, bare), ReturnCode::kSuccess);
+  EXPECT_EQ(CalcReflectivityCurve<Fuse>(second, bare), ReturnCode::kSuccess);
 
   CSolution cut = testing::MakeGrid({0.1, 0.2});
   Fuse::roots_left = 2 * kRootsPerSample;  // the samples at 0.11 and 0.09
-  EXPECT_EQ(CalcReflectivityCurve<Fuse>(cut, state), 1);
+  EXPECT_EQ(CalcReflectivityCurve<Fuse>(cut, state), ReturnCode::kSuccess);
   EXPECT_DOUBLE_EQ(cut.dataset_R0[0], 0.027607 * first.dataset_R0[0] + 0.027607 * second.dataset_R0[0]);
   EXPECT_EQ(cut.dataset_R0[1], 1.0);
 }
@@ -103,14 +103,14 @@ TEST(CurveException, ComesBeforeALaterPointOutOfReach) {
   CState state = Substrate();
   CSolution cut = testing::MakeGrid({0.1, 0.2, 9.0});
   Fuse::roots_left = kRootsPerSample;
-  EXPECT_EQ(CalcReflectivityCurve<Fuse>(cut, state), 1);
+  EXPECT_EQ(CalcReflectivityCurve<Fuse>(cut, state), ReturnCode::kSuccess);
   EXPECT_EQ(cut.dataset_R0[1], 0.0);
   EXPECT_EQ(cut.dataset_R0[2], 1.0) << "never begun";
 
   state.fastresolution = true;
   CSolution fast = testing::MakeGrid({0.1, 0.2, 9.0});
   Fuse::roots_left = kRootsPerSample;
-  EXPECT_EQ(CalcReflectivityCurve<Fuse>(fast, state), 1) << "not code 2";
+  EXPECT_EQ(CalcReflectivityCurve<Fuse>(fast, state), ReturnCode::kSuccess) << "not code 2";
 }
 
 TEST(CurveException, EndsTheFastPathWithWhatWasDone) {
@@ -119,7 +119,7 @@ TEST(CurveException, EndsTheFastPathWithWhatWasDone) {
   state.mulqz4 = 1;
   CSolution cut = testing::MakeGrid({0.1, 0.2, 0.3});
   Fuse::roots_left = 2 * kRootsPerSample + 2;
-  EXPECT_EQ(CalcReflectivityCurve<Fuse>(cut, state), 1);
+  EXPECT_EQ(CalcReflectivityCurve<Fuse>(cut, state), ReturnCode::kSuccess);
   EXPECT_NE(cut.dataset_Rp[1], 1.0);
   EXPECT_EQ(cut.dataset_Rp[2], 1.0);
   EXPECT_EQ(cut.dataset_R0, testing::MakeGrid({1, 1, 1}).dataset_qz) << "neither folded nor finished";
@@ -128,12 +128,12 @@ TEST(CurveException, EndsTheFastPathWithWhatWasDone) {
 // Algorithm 2 keeps no guard of its own: the caller gets the exception, with the curve as it was then.
 TEST(CurveException, TravelsOutOfAlgorithmTwo) {
   CState state = Substrate();
-  for (int algorithm : {1, 2}) {
+  for (int algorithm : {Algorithm::kMatrixOne, Algorithm::kMatrixTwo}) {
     state.algorithm = algorithm;
     CSolution cut = testing::MakeGrid({0.1, 0.2});
     Fuse::roots_left = 0;
     if (algorithm == 1) {
-      EXPECT_EQ(CalcReflectivityCurve<Fuse>(cut, state), 1);
+      EXPECT_EQ(CalcReflectivityCurve<Fuse>(cut, state), ReturnCode::kSuccess);
     } else {
       EXPECT_THROW(CalcReflectivityCurve<Fuse>(cut, state), std::runtime_error);
     }
@@ -155,7 +155,7 @@ TEST(CurveException, EndsAScanWithCodeFive) {
   CState state = Tabulated();
   CSolution scan = testing::MakeScan({0.1, 0.2, 0.3}, {8000, 8000, 8000});
   Fuse::roots_left = kRootsPerSample + 1;
-  EXPECT_EQ(CalcEScanCurve<Fuse>(scan, state), 5);
+  EXPECT_EQ(CalcEScanCurve<Fuse>(scan, state), ReturnCode::kUnknownError);
   EXPECT_GT(scan.dataset_R0[0], 0.0);
   EXPECT_LT(scan.dataset_R0[0], 1.0);
   EXPECT_EQ(scan.dataset_R0[1], 0.0);
@@ -168,7 +168,8 @@ TEST(CurveException, EndsADichroicCurveWithCodeFive) {
     state.fastresolution = fast;
     CSolution curve = testing::MakeGrid({0.1, 0.2, 9.0});
     Fuse::roots_left = 2 * kRootsPerSample;  // one more root for the second ray, and the next angle fails
-    EXPECT_EQ(CalcAsymmetryCurve<Fuse>(curve, state), 5) << "before the point out of reach";
+    EXPECT_EQ(CalcAsymmetryCurve<Fuse>(curve, state), ReturnCode::kUnknownError)
+        << "before the point out of reach";
     EXPECT_LT(curve.dataset_Rp[0], 1.0);
     EXPECT_EQ(curve.dataset_Rp[1], 1.0);
     EXPECT_EQ(curve.dataset_Rm[1], 1.0);
@@ -176,7 +177,7 @@ TEST(CurveException, EndsADichroicCurveWithCodeFive) {
   CState state = Tabulated();
   CSolution scan = testing::MakeScan({0.1, 0.2}, {8000, 8000});
   Fuse::roots_left = 2 * kRootsPerSample;
-  EXPECT_EQ(CalcDicEScanCurve<Fuse>(scan, state), 5);
+  EXPECT_EQ(CalcDicEScanCurve<Fuse>(scan, state), ReturnCode::kUnknownError);
   EXPECT_LT(scan.dataset_Rm[0], 1.0);
   EXPECT_EQ(scan.dataset_Rm[1], 1.0);
 }

@@ -31,7 +31,7 @@ class Curve : public ::testing::Test {
     return CalcReflectivityDLL(&solution, &state);
   }
   static CArray<double> R0(CSolution solution, const CState& state) {
-    EXPECT_EQ(Calculate(solution, state), 1);
+    EXPECT_EQ(Calculate(solution, state), ReturnCode::kSuccess);
     return solution.dataset_R0;
   }
   /// The intensity at one q as a batch of its own: a sample does not depend on its neighbours.
@@ -54,7 +54,7 @@ TYPED_TEST(Curve, AnEmptyGridGivesAnEmptyCurve) {
     state.fastresolution = fast;
     CSolution solution;
     solution.dataset_R0.Append(3);
-    EXPECT_EQ(this->Calculate(solution, state), 1);
+    EXPECT_EQ(this->Calculate(solution, state), ReturnCode::kSuccess);
     EXPECT_EQ(solution.dataset_R0.size, 0);
     EXPECT_EQ(solution.dataset_Rp.size, 0);
   }
@@ -111,7 +111,7 @@ TYPED_TEST(Curve, AnUnknownAlgorithmCalculatesNothing) {
     EXPECT_EQ(this->R0(MakeGrid({0.1, 0.2}), state), this->R0(MakeGrid({-0.1, -0.2}), Film()));
     state.fastresolution = true;
     CSolution fast = MakeGrid({0.1, 0.2});
-    EXPECT_EQ(this->Calculate(fast, state), 1);
+    EXPECT_EQ(this->Calculate(fast, state), ReturnCode::kSuccess);
     for (double value : fast.dataset_Rp) EXPECT_EQ(value, 1.0);
   }
 }
@@ -119,23 +119,23 @@ TYPED_TEST(Curve, AnUnknownAlgorithmCalculatesNothing) {
 TYPED_TEST(Curve, NegativeQzAddsNothing) {
   CState state = Film();
   CSolution exact = MakeGrid({-0.1, 0.1});
-  EXPECT_EQ(this->Calculate(exact, state), 1);
+  EXPECT_EQ(this->Calculate(exact, state), ReturnCode::kSuccess);
   EXPECT_EQ(exact.dataset_R0[0], 0.0);
   EXPECT_GT(exact.dataset_R0[1], 0.0);
   state.fastresolution = true;
   CSolution fast = MakeGrid({-0.1, 0.1});
-  EXPECT_EQ(this->Calculate(fast, state), 1);
+  EXPECT_EQ(this->Calculate(fast, state), ReturnCode::kSuccess);
   EXPECT_EQ(fast.dataset_Rp[0], 1.0) << "stays as it was";
   EXPECT_NE(fast.dataset_Rp[1], 1.0);
 }
 
 TYPED_TEST(Curve, TheExactPathLeavesRpAlone) {
   CSolution solution = MakeGrid({0.1, 0.2});
-  EXPECT_EQ(this->Calculate(solution, Film()), 1);
+  EXPECT_EQ(this->Calculate(solution, Film()), ReturnCode::kSuccess);
   for (double value : solution.dataset_Rp) EXPECT_EQ(value, 1.0);
   EXPECT_EQ(solution.dataset_Rp.size, 2);
   solution.dataset_Rp[1] = 7;  // the right size: kept
-  EXPECT_EQ(this->Calculate(solution, Film()), 1);
+  EXPECT_EQ(this->Calculate(solution, Film()), ReturnCode::kSuccess);
   EXPECT_EQ(solution.dataset_Rp[1], 7.0);
   EXPECT_EQ(solution.dataset_Rm.size, 0);
 }
@@ -144,7 +144,7 @@ TYPED_TEST(Curve, APointOutOfReachEndsTheExactPathSilently) {
   CState state = Film();
   state.mulqz4 = 1;  // the finishing step does not run any more
   CSolution solution = MakeGrid({0.1, 9.0, 0.2});
-  EXPECT_EQ(this->Calculate(solution, state), 1);
+  EXPECT_EQ(this->Calculate(solution, state), ReturnCode::kSuccess);
   EXPECT_EQ(solution.dataset_R0[0], this->Direct(state, 0.1));
   EXPECT_EQ(solution.dataset_R0[1], 0.0);
   EXPECT_EQ(solution.dataset_R0[2], 1.0) << "the value of a fresh curve";
@@ -156,7 +156,7 @@ TYPED_TEST(Curve, AnySampleOutOfReachStopsTheCurve) {
   state.resolution = 0.05;
   const double reach = 2 * 2 * M_PI / 1.54;
   CSolution solution = MakeGrid({0.1, reach - 0.04, 0.2});
-  EXPECT_EQ(this->Calculate(solution, state), 1);
+  EXPECT_EQ(this->Calculate(solution, state), ReturnCode::kSuccess);
   EXPECT_GT(solution.dataset_R0[0], 0.0);
   EXPECT_EQ(solution.dataset_R0[1], 0.0);
   EXPECT_EQ(solution.dataset_R0[2], 1.0);
@@ -169,7 +169,7 @@ TYPED_TEST(Curve, ASampleBelowMinusTwoK0StopsExceptInMpfr) {
   CState state = Film();
   state.resolution = 9.0;
   CSolution solution = MakeGrid({-4.0, 0.1});  // samples at 5, -13, ...
-  EXPECT_EQ(this->Calculate(solution, state), 1);
+  EXPECT_EQ(this->Calculate(solution, state), ReturnCode::kSuccess);
   if (NumberTraits<T>::angle_by_asin) {
     // -13 has no angle and adds nothing; samples at 5, 2.75 and 0.5 count. Point 1 stops at 9.1.
     const double sum = 0.027607 * this->Direct(state, 5.0) + 0.066462 * this->Direct(state, 2.75) +
@@ -186,12 +186,12 @@ TYPED_TEST(Curve, ASampleBelowMinusTwoK0StopsExceptInMpfr) {
 TYPED_TEST(Curve, NotANumberInTheGridStopsTheExactPathOnly) {
   CState state = Film();
   CSolution exact = MakeGrid({0.1, kNan, 0.2});
-  EXPECT_EQ(this->Calculate(exact, state), 1);
+  EXPECT_EQ(this->Calculate(exact, state), ReturnCode::kSuccess);
   EXPECT_EQ(exact.dataset_R0[1], 0.0);
   EXPECT_EQ(exact.dataset_R0[2], 1.0);
   state.fastresolution = true;
   CSolution fast = MakeGrid({0.1, kNan, 0.2});
-  EXPECT_EQ(this->Calculate(fast, state), 1);
+  EXPECT_EQ(this->Calculate(fast, state), ReturnCode::kSuccess);
   EXPECT_EQ(fast.dataset_Rp[1], 1.0);
   EXPECT_EQ(fast.dataset_Rp[2], this->Direct(state, 0.2));
 }
@@ -199,7 +199,7 @@ TYPED_TEST(Curve, NotANumberInTheGridStopsTheExactPathOnly) {
 TYPED_TEST(Curve, AStopFarIntoTheCurveKeepsAllBeforeIt) {
   CSolution solution = MakeGrid(0.01, 0.6, 300);
   solution.dataset_qz[200] = 20;
-  EXPECT_EQ(this->Calculate(solution, Film()), 1);
+  EXPECT_EQ(this->Calculate(solution, Film()), ReturnCode::kSuccess);
   for (int i = 0; i < 200; ++i) {
     EXPECT_EQ(solution.dataset_R0[i], this->Direct(Film(), solution.dataset_qz[i]));
   }
@@ -212,15 +212,15 @@ TYPED_TEST(Curve, APointOutOfReachOnTheFastPathIsCodeTwo) {
   state.fastresolution = true;
   state.mulqz4 = 1;
   CSolution solution = MakeGrid({0.1, 0.2, 9.0, 0.3});
-  EXPECT_EQ(this->Calculate(solution, state), 2);
+  EXPECT_EQ(this->Calculate(solution, state), ReturnCode::kWrongDataPoints);
   EXPECT_EQ(solution.dataset_Rp[0], this->Direct(state, 0.1));
   EXPECT_EQ(solution.dataset_Rp[1], this->Direct(state, 0.2));
   EXPECT_EQ(solution.dataset_Rp[2], 1.0);
   EXPECT_EQ(solution.dataset_R0, MakeGrid({1, 1, 1, 1}).dataset_qz) << "what it held";
   CSolution first = MakeGrid({9.0});
-  EXPECT_EQ(this->Calculate(first, state), 2);
+  EXPECT_EQ(this->Calculate(first, state), ReturnCode::kWrongDataPoints);
   state.fastresolution = false;
-  EXPECT_EQ(this->Calculate(solution, state), 1) << "the same grid without the fast path";
+  EXPECT_EQ(this->Calculate(solution, state), ReturnCode::kSuccess) << "the same grid without the fast path";
 }
 
 TYPED_TEST(Curve, TheFastPathFoldsTheBareCurve) {
@@ -228,7 +228,7 @@ TYPED_TEST(Curve, TheFastPathFoldsTheBareCurve) {
   CState state = Film();
   state.fastresolution = true;
   CSolution solution = MakeGrid(0.01, 0.6, 300);
-  EXPECT_EQ(this->Calculate(solution, state), 1);
+  EXPECT_EQ(this->Calculate(solution, state), ReturnCode::kSuccess);
   for (int i = 0; i < 300; ++i) {
     const double bare = this->Direct(state, solution.dataset_qz[i]);
     EXPECT_EQ(solution.dataset_Rp[i], bare);
@@ -237,7 +237,7 @@ TYPED_TEST(Curve, TheFastPathFoldsTheBareCurve) {
     EXPECT_NEAR(solution.dataset_R0[i], 0.999999 * bare, 8 * Epsilon<T>() * scale);
   }
   state.resolution = 0.02;
-  EXPECT_EQ(this->Calculate(solution, state), 1);
+  EXPECT_EQ(this->Calculate(solution, state), ReturnCode::kSuccess);
   const ResolutionRule<T> rule = FullRule<T>(0.02);
   for (int i : {0, 1, 150, 299}) {
     EXPECT_EQ(solution.dataset_R0[i], static_cast<double>(FoldResolution(solution, i, rule).Rp));
@@ -252,7 +252,7 @@ TYPED_TEST(Curve, MagnetisationShiftsTheIndexOnlyWhenItIsOn) {
   state.layers[1].layer_ddelta = 0.04;
   state.layers[1].layer_dbeta = 0.02;
   EXPECT_EQ(this->R0(MakeGrid({3.0}), state), this->R0(MakeGrid({3.0}), plain));
-  state.magnetizationmode = 1;
+  state.magnetizationmode = MagnetizationMode::kLayers;
   const double magnetic = this->R0(MakeGrid({3.0}), state)[0];
   EXPECT_EQ(magnetic, this->Direct(state, 3.0));
   const double c = std::cos(std::asin(3.0 * 1.54 / (4 * M_PI)));
@@ -264,7 +264,7 @@ TYPED_TEST(Curve, MagnetisationShiftsTheIndexOnlyWhenItIsOn) {
 
 TYPED_TEST(Curve, ScatteringIsNoMatterToThisAlgorithm) {
   CState state = Film();
-  state.scattering = 1;
+  state.scattering = Scattering::kTransmission;
   EXPECT_EQ(this->R0(MakeGrid({0.05, 0.1}), state), this->R0(MakeGrid({0.05, 0.1}), Film()));
 }
 
@@ -295,8 +295,8 @@ TYPED_TEST(Curve, AgreesWithTheBestPrecision) {
   using T = TypeParam;
   CState best = Film();
   CSolution solution = MakeGrid({0.1, 0.3});
-  best.precision = 3;
-  EXPECT_EQ(CalcReflectivityDLL(&solution, &best), 1);
+  best.precision = Precision::kMpfr;
+  EXPECT_EQ(CalcReflectivityDLL(&solution, &best), ReturnCode::kSuccess);
   const CArray<double> mine = this->R0(MakeGrid({0.1, 0.3}), Film());
   for (int i = 0; i < 2; ++i) {
     // n² - cos²θ loses 1/sin²θ, here up to 1e4 roundings.
@@ -310,8 +310,8 @@ TEST(CurveDispatch, AnUnknownPrecisionIsDouble) {
     odd.precision = precision;
     CState state = Film();
     CSolution a = MakeGrid(0.01, 0.5, 20), b = a;
-    EXPECT_EQ(CalcReflectivityDLL(&a, &odd), 1);
-    EXPECT_EQ(CalcReflectivityDLL(&b, &state), 1);
+    EXPECT_EQ(CalcReflectivityDLL(&a, &odd), ReturnCode::kSuccess);
+    EXPECT_EQ(CalcReflectivityDLL(&b, &state), ReturnCode::kSuccess);
     EXPECT_EQ(a.dataset_R0, b.dataset_R0);
   }
 }
@@ -323,7 +323,7 @@ TEST(CurveDispatch, EachPrecisionHasItsOwnNumberType) {
     CState state = Film();
     state.precision = precision;
     curves[precision] = MakeGrid(0.01, 0.5, 200);
-    EXPECT_EQ(CalcReflectivityDLL(&curves[precision], &state), 1);
+    EXPECT_EQ(CalcReflectivityDLL(&curves[precision], &state), ReturnCode::kSuccess);
     for (int other = 0; other < precision; ++other) {
       EXPECT_FALSE(curves[precision].dataset_R0 == curves[other].dataset_R0) << precision << " " << other;
     }
@@ -333,12 +333,12 @@ TEST(CurveDispatch, EachPrecisionHasItsOwnNumberType) {
 // A contrast below the rounding of 1 vanishes in float: 1 - 1e-9 is 1.
 TEST(CurveDispatch, FloatRoundsEveryStoredValue) {
   CState state = MakeState({{.delta = 1e-9}, {}});
-  state.precision = 0;
+  state.precision = Precision::kFloat;
   CSolution solution = MakeGrid({0.1});
-  EXPECT_EQ(CalcReflectivityDLL(&solution, &state), 1);
+  EXPECT_EQ(CalcReflectivityDLL(&solution, &state), ReturnCode::kSuccess);
   EXPECT_EQ(solution.dataset_R0[0], 0.0);
-  state.precision = 1;
-  EXPECT_EQ(CalcReflectivityDLL(&solution, &state), 1);
+  state.precision = Precision::kDouble;
+  EXPECT_EQ(CalcReflectivityDLL(&solution, &state), ReturnCode::kSuccess);
   EXPECT_GT(solution.dataset_R0[0], 0.0);
 }
 

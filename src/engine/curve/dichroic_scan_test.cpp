@@ -13,7 +13,7 @@ using testing::MakeScan;
 CState Sample() {
   CState state = testing::MakeState({{}, {.thickness = 60, .ddelta = 1e-3, .dbeta = 5e-4}, {}});
   state.lambda = LambdaFromEnergy(650);
-  state.magnetizationmode = 1;
+  state.magnetizationmode = MagnetizationMode::kLayers;
   state.layers[0].layer_db = "substrate";
   state.layers[1].layer_db = "film";
   testing::AddTable(state, "substrate", {{500, 1e-3, 1e-4}, {900, 3e-3, 5e-4}});
@@ -36,7 +36,7 @@ class DicEScan : public ::testing::Test {
     state.lambda = LambdaFromEnergy(energy);
     state.ocautomatic = 1;
     CSolution solution = MakeGrid({qz});
-    EXPECT_EQ(CalcAsymmetryDLL(&solution, &state), 1);
+    EXPECT_EQ(CalcAsymmetryDLL(&solution, &state), ReturnCode::kSuccess);
     return solution;
   }
 };
@@ -45,7 +45,7 @@ TYPED_TEST_SUITE(DicEScan, testing::Precisions, testing::PrecisionNames);
 TYPED_TEST(DicEScan, EachPointHasItsOwnEnergyAndConstants) {
   CState state = Sample();
   CSolution scan = MakeScan({0.1, 0.2}, {650, 750});
-  EXPECT_EQ(this->Scan(scan, state), 1);
+  EXPECT_EQ(this->Scan(scan, state), ReturnCode::kSuccess);
   for (int i = 0; i < 2; ++i) {
     const CSolution point = this->Point(scan.dataset_qz[i], scan.dataset_eng[i]);
     EXPECT_EQ(scan.dataset_Rp[i], point.dataset_Rp[0]);
@@ -60,7 +60,7 @@ TYPED_TEST(DicEScan, EachPointHasItsOwnEnergyAndConstants) {
 TYPED_TEST(DicEScan, APointBeyondATableKeepsItsValues) {
   CState state = Sample();
   CSolution scan = MakeScan({0.1, 0.1, 0.1}, {1000, 700, 5});
-  EXPECT_EQ(this->Scan(scan, state), 1);
+  EXPECT_EQ(this->Scan(scan, state), ReturnCode::kSuccess);
   EXPECT_EQ(scan.dataset_Rp[0], 1.0);
   EXPECT_EQ(scan.dataset_Rm[0], 1.0);
   EXPECT_EQ(scan.dataset_A[0], 0.0);
@@ -71,7 +71,7 @@ TYPED_TEST(DicEScan, APointOutOfReachEndsTheScanWithCodeTwo) {
   CState state = Sample();
   state.averaging = 1;
   CSolution scan = MakeScan({0.1, 0.8, 0.1}, {650, 700, 750});
-  EXPECT_EQ(this->Scan(scan, state), 2);
+  EXPECT_EQ(this->Scan(scan, state), ReturnCode::kWrongDataPoints);
   EXPECT_EQ(scan.dataset_Rp[0], this->Point(0.1, 650).dataset_Rp[0]) << "not averaged";
   EXPECT_EQ(scan.dataset_Rp[1], 1.0);
   EXPECT_EQ(scan.dataset_Rm[2], 1.0);
@@ -82,7 +82,7 @@ TYPED_TEST(DicEScan, KeepLambdaIsNotRead) {
   CState state = Sample();
   state.maprange.keeplambda = 1;
   CSolution scan = MakeScan({0.1}, {750});
-  EXPECT_EQ(this->Scan(scan, state), 1);
+  EXPECT_EQ(this->Scan(scan, state), ReturnCode::kSuccess);
   EXPECT_EQ(scan.dataset_Rp[0], this->Point(0.1, 750).dataset_Rp[0]);
 }
 
@@ -91,16 +91,16 @@ TYPED_TEST(DicEScan, TheScriptRunsForTheScanAndForEachPoint) {
   state.scriptlines.Append("par[0] = par[0] + 1");
   state.scriptparameters.Append(0);
   CSolution scan = MakeScan({0.1, 0.1, 0.1}, {650, 1000, 750});
-  EXPECT_EQ(this->Scan(scan, state), 1);
+  EXPECT_EQ(this->Scan(scan, state), ReturnCode::kSuccess);
   EXPECT_EQ(state.scriptparameters[0], 3);
 }
 
 TYPED_TEST(DicEScan, PointsWithoutEnergyAndEmptyScansAreHarmless) {
   CState state = Sample();
   CSolution scan = MakeScan({0.1, 0.2}, {700}), empty;
-  EXPECT_EQ(this->Scan(scan, state), 1);
+  EXPECT_EQ(this->Scan(scan, state), ReturnCode::kSuccess);
   EXPECT_EQ(scan.dataset_Rp[1], 1.0);
-  EXPECT_EQ(this->Scan(empty, state), 1);
+  EXPECT_EQ(this->Scan(empty, state), ReturnCode::kSuccess);
   EXPECT_EQ(empty.dataset_A.size, 0);
 }
 

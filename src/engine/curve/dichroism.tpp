@@ -99,10 +99,10 @@ std::int32_t CalcAsymmetryCurve(CSolution& solution, CState& state) {
       state.fastresolution ? dichroism_detail::CalcOnce<T>(solution, setting)
                            : dichroism_detail::CalcPoints<T>(solution, 0, solution.dataset_qz.size,
                                                              RuleOfResolution<T>(state.resolution), setting);
-  if (code != kSuccess) return code;
+  if (code != ReturnCode::kSuccess) return code;
   if (state.fastresolution) dichroism_detail::FoldCurves<T>(solution, state.resolution);
   FinishSolution(solution, state.mulqz4, state.polcorrection, state.averaging);
-  return kSuccess;
+  return ReturnCode::kSuccess;
 }
 
 template <class T>
@@ -116,7 +116,7 @@ std::int32_t CalcDicEScanCurve(CSolution& solution, CState& state) {
     return CalcDichroicPoint<T>(state, profile, i, WavevectorFromLambda(T(lambda)), solution);
   };
   const std::int32_t code = ScanEnergies(solution, state, script, point);
-  if (code == kSuccess) {
+  if (code == ReturnCode::kSuccess) {
     FinishSolution(solution, state.mulqz4, state.polcorrection, state.averaging);
   }
   return code;

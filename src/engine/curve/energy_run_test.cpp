@@ -63,7 +63,7 @@ CArray<double> OneByOne(const CState& sample, const CSolution& map) {
 CArray<double> Parallel(const CState& sample, CSolution map, int threads) {
   ForceProcessorCount(threads);
   CState state = sample;
-  EXPECT_EQ(CalcEScanParallelDLL(&map, &state), 1);
+  EXPECT_EQ(CalcEScanParallelDLL(&map, &state), ReturnCode::kSuccess);
   ForceProcessorCount(0);
   return map.dataset_R0;
 }
@@ -111,7 +111,7 @@ TEST(EnergyRun, ResolutionAndDisplayAreThoseOfEachPoint) {
 
 TEST(EnergyRun, ElementProfilesServeAllPointsOfTheirEnergy) {
   CState state = Sample();
-  state.mode = 1;
+  state.mode = Mode::kElement;
   CElementLayer iron;
   iron.element = "Fe";
   for (double d : {0.0, 40.0, 0.0}) {
@@ -123,7 +123,7 @@ TEST(EnergyRun, ElementProfilesServeAllPointsOfTheirEnergy) {
   }
   state.elementlayers.Append(iron);
   testing::AddTable(state, "Fe", {});
-  state.opticaltables.Last().kind = 1;
+  state.opticaltables.Last().kind = TableKind::kElement;
   for (double energy : {600.0, 620.0, 700.0}) {
     CColumnRow row;
     row.energy = energy;

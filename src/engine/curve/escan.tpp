@@ -16,16 +16,16 @@
 namespace tolvik::engine {
 
 inline std::int32_t CodeOf(const WalkEnd& end) {
-  if (end.error) return kUnknownError;
-  return end.out_of_reach ? kWrongDataPoints : kSuccess;
+  if (end.error) return ReturnCode::kUnknownError;
+  return end.out_of_reach ? ReturnCode::kWrongDataPoints : ReturnCode::kSuccess;
 }
 
 /// The walks of a scan over its points: point(i) calculates point i and returns its code. Optical constants,
 /// script and wavelength are brought to the point's energy before. The code of the last point called.
 template <class Point>
 std::int32_t ScanEnergies(const CSolution& solution, CState& state, ScriptSession& script, Point point) {
-  std::int32_t code = kSuccess;
-  for (std::int32_t i = 0; i < solution.dataset_qz.size && code <= kSuccess; ++i) {
+  std::int32_t code = ReturnCode::kSuccess;
+  for (std::int32_t i = 0; i < solution.dataset_qz.size && code <= ReturnCode::kSuccess; ++i) {
     if (i >= solution.dataset_eng.size) break;
     state.lambda = LambdaFromEnergy(solution.dataset_eng[i]);
     const double point_lambda = state.lambda;  // a script that changes the energy does not move k0
@@ -56,7 +56,7 @@ std::int32_t CalcEScanCurve(CSolution& solution, CState& state) {
                                  RuleOfResolution<T>(state.resolution), IsOutOfReach<T>, store));
   };
   const std::int32_t code = ScanEnergies(solution, state, script, point);
-  if (code == kSuccess) {
+  if (code == ReturnCode::kSuccess) {
     FinishSolution(solution, state.mulqz4, state.polcorrection, state.averaging);
   }
   return code;

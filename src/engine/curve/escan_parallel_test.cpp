@@ -46,7 +46,7 @@ class EScanParallel : public ::testing::Test {
   static CArray<double> Scan(const CState& sample, CSolution scan, int threads) {
     ForceProcessorCount(threads);
     CState state = sample;
-    EXPECT_EQ(CalcEScanParallelDLL(&scan, &state), 1);
+    EXPECT_EQ(CalcEScanParallelDLL(&scan, &state), ReturnCode::kSuccess);
     return scan.dataset_R0;
   }
 };
@@ -86,7 +86,7 @@ TEST_F(EScanParallel, LongScansReachEveryPointOnce) {
   }
   CSolution plain = scan;
   CState state = Sample();
-  EXPECT_EQ(CalcEScanDLL(&plain, &state), 1);
+  EXPECT_EQ(CalcEScanDLL(&plain, &state), ReturnCode::kSuccess);
   for (int threads : {1, 3}) EXPECT_EQ(Scan(Sample(), scan, threads), plain.dataset_R0) << threads;
 }
 
@@ -107,7 +107,7 @@ TEST_F(EScanParallel, TheCallersStateStaysAsItIs) {
   CSolution scan = MakeScan({0.1, 0.2}, {650, 700});
   scan.dataset_R0 = scan.dataset_qz;
   ForceProcessorCount(2);
-  EXPECT_EQ(CalcEScanParallelDLL(&scan, &state), 1);
+  EXPECT_EQ(CalcEScanParallelDLL(&scan, &state), ReturnCode::kSuccess);
   EXPECT_EQ(state.lambda, Sample().lambda);
   EXPECT_EQ(state.layers[1].layer_d, 60);
   EXPECT_EQ(state.layers[1].layer_delta, 0);
@@ -133,7 +133,7 @@ TEST_F(EScanParallel, OnlyR0IsWrittenBack) {
   }
   CState state = Sample();
   state.mulqz4 = 1;
-  EXPECT_EQ(CalcEScanParallelDLL(&scan, &state), 1);
+  EXPECT_EQ(CalcEScanParallelDLL(&scan, &state), ReturnCode::kSuccess);
   EXPECT_NE(scan.dataset_R0[0], 3);
   EXPECT_EQ(scan.dataset_Rp[0], 3);
   EXPECT_EQ(scan.dataset_Rm[0], 3);
@@ -191,14 +191,14 @@ TEST_F(EScanParallel, FewerThreadsDoWhereMoreAreNotToBeHad) {
 // An element of 1e12 Å makes a profile that fits into no memory; the exception stays inside its thread.
 TEST_F(EScanParallel, AnExceptionInAThreadLeavesTheProcessAlive) {
   CState state = Sample();
-  state.mode = 1;
+  state.mode = Mode::kElement;
   CElementLayer iron;
   iron.element = "Fe";
   for (int i = 0; i < 3; ++i) iron.slices.Append(CElementSlice());
   iron.slices[1].el_d = 1e12;
   state.elementlayers.Append(iron);
   testing::AddTable(state, "Fe", {});
-  state.opticaltables.Last().kind = 1;
+  state.opticaltables.Last().kind = TableKind::kElement;
   for (double energy : {100.0, 900.0}) {
     CColumnRow row;
     row.energy = energy;

@@ -51,7 +51,7 @@ class EScan : public ::testing::Test {
   static double Reflectivity(double qz, CState state) {
     state.precision = testing::PrecisionOf<T>();
     CSolution solution = MakeGrid({qz});
-    EXPECT_EQ(CalcReflectivityDLL(&solution, &state), 1);
+    EXPECT_EQ(CalcReflectivityDLL(&solution, &state), ReturnCode::kSuccess);
     return solution.dataset_R0[0];
   }
   // Interpolated constants may differ in the last digit, which float turns into more.
@@ -64,7 +64,7 @@ TYPED_TEST_SUITE(EScan, testing::Precisions, testing::PrecisionNames);
 TYPED_TEST(EScan, EachPointHasItsOwnEnergyAndConstants) {
   CState state = Sample();
   CSolution scan = MakeScan({0.1, 0.2, 0.1}, {650, 700, 780});
-  EXPECT_EQ(this->Scan(scan, state), 1);
+  EXPECT_EQ(this->Scan(scan, state), ReturnCode::kSuccess);
   this->ExpectClose(scan.dataset_R0[0], this->Reflectivity(0.1, SampleAt(650)));
   this->ExpectClose(scan.dataset_R0[1], this->Reflectivity(0.2, SampleAt(700)));
   this->ExpectClose(scan.dataset_R0[2], this->Reflectivity(0.1, SampleAt(780)));
@@ -77,7 +77,7 @@ TYPED_TEST(EScan, TheResolutionIsTheExactOne) {
   state.resolution = 0.01;
   state.fastresolution = true;  // no matter to a scan
   CSolution scan = MakeScan({0.1}, {700});
-  EXPECT_EQ(this->Scan(scan, state), 1);
+  EXPECT_EQ(this->Scan(scan, state), ReturnCode::kSuccess);
   CState at = SampleAt(700);
   at.resolution = 0.01;
   this->ExpectClose(scan.dataset_R0[0], this->Reflectivity(0.1, at));
@@ -87,7 +87,7 @@ TYPED_TEST(EScan, ASmallResolutionMovesTheSingleSample) {
   CState state = Sample();
   state.resolution = -0.02;
   CSolution scan = MakeScan({0.1}, {700});
-  EXPECT_EQ(this->Scan(scan, state), 1);
+  EXPECT_EQ(this->Scan(scan, state), ReturnCode::kSuccess);
   this->ExpectClose(scan.dataset_R0[0], this->Reflectivity(0.08, SampleAt(700)));
 }
 
@@ -95,7 +95,7 @@ TYPED_TEST(EScan, APointBeyondATableKeepsItsValue) {
   CState state = Sample();
   CSolution scan = MakeScan({0.1, 0.1, 0.1}, {650, 1000, 700});
   for (double value : {5.0, 6.0, 7.0}) scan.dataset_R0.Append(value);
-  EXPECT_EQ(this->Scan(scan, state), 1);
+  EXPECT_EQ(this->Scan(scan, state), ReturnCode::kSuccess);
   EXPECT_EQ(scan.dataset_R0[1], 6.0);
   this->ExpectClose(scan.dataset_R0[2], this->Reflectivity(0.1, SampleAt(700)));
 }
@@ -104,7 +104,7 @@ TYPED_TEST(EScan, APointOutOfReachEndsTheScanWithCodeTwo) {
   CState state = Sample();
   state.mulqz4 = 1;                                             // the finishing step does not run
   CSolution scan = MakeScan({0.1, 0.8, 0.1}, {650, 700, 750});  // 2 k0 is 0.71 at 700 eV
-  EXPECT_EQ(this->Scan(scan, state), 2);
+  EXPECT_EQ(this->Scan(scan, state), ReturnCode::kWrongDataPoints);
   this->ExpectClose(scan.dataset_R0[0], this->Reflectivity(0.1, SampleAt(650)));
   EXPECT_EQ(scan.dataset_R0[1], 0.0);
   EXPECT_EQ(scan.dataset_R0[2], 1.0);
@@ -114,7 +114,7 @@ TYPED_TEST(EScan, APointOutOfReachEndsTheScanWithCodeTwo) {
 TYPED_TEST(EScan, NegativeAndUndefinedQzAddNothing) {
   CState state = Sample();
   CSolution scan = MakeScan({-0.1, std::nan(""), 0.1}, {650, 700, 750});
-  EXPECT_EQ(this->Scan(scan, state), 1);
+  EXPECT_EQ(this->Scan(scan, state), ReturnCode::kSuccess);
   EXPECT_EQ(scan.dataset_R0[0], 0.0);
   EXPECT_EQ(scan.dataset_R0[1], 0.0);
   EXPECT_GT(scan.dataset_R0[2], 0.0);
@@ -124,7 +124,7 @@ TYPED_TEST(EScan, KeptWavelengthServesTheProfileNotTheTables) {
   CState state = Sample();
   state.maprange.keeplambda = 1;
   CSolution scan = MakeScan({0.1}, {780});
-  EXPECT_EQ(this->Scan(scan, state), 1);
+  EXPECT_EQ(this->Scan(scan, state), ReturnCode::kSuccess);
   CState expected = SampleAt(780);
   expected.lambda = LambdaFromEnergy(650);
   this->ExpectClose(scan.dataset_R0[0], this->Reflectivity(0.1, expected));
@@ -138,7 +138,7 @@ TYPED_TEST(EScan, TheScriptRunsOnceForTheScanAndOnceForEachPoint) {
   state.scriptlines.Append("par[0] = calls; par[calls] = seen");
   for (int i = 0; i < 8; ++i) state.scriptparameters.Append(-1);
   CSolution scan = MakeScan({0.1, 0.1, 0.1}, {700, 1000, 750});
-  EXPECT_EQ(this->Scan(scan, state), 1);
+  EXPECT_EQ(this->Scan(scan, state), ReturnCode::kSuccess);
   EXPECT_EQ(state.scriptparameters[0], 3) << "globals live through the scan; no run where the tables fail";
   EXPECT_NEAR(state.scriptparameters[1], 650, 1e-9);
   EXPECT_NEAR(state.scriptparameters[2], 700, 1e-9);
@@ -149,7 +149,7 @@ TYPED_TEST(EScan, AScriptChangesTheCallersState) {
   CState state = Sample();
   state.scriptlines.Append("thickness[1] = 80");
   CSolution scan = MakeScan({0.1}, {700});
-  EXPECT_EQ(this->Scan(scan, state), 1);
+  EXPECT_EQ(this->Scan(scan, state), ReturnCode::kSuccess);
   EXPECT_EQ(state.layers[1].layer_d, 80);
   CState expected = SampleAt(700);
   expected.layers[1].layer_d = 80;
@@ -161,7 +161,7 @@ TYPED_TEST(EScan, AScriptThatSetsTheEnergyDoesNotMoveTheWavevector) {
   CState state = Sample();
   state.scriptlines.Append("energy = 400");
   CSolution scan = MakeScan({0.1}, {700});
-  EXPECT_EQ(this->Scan(scan, state), 1);
+  EXPECT_EQ(this->Scan(scan, state), ReturnCode::kSuccess);
   this->ExpectClose(scan.dataset_R0[0], this->Reflectivity(0.1, SampleAt(700)));
 }
 
@@ -170,7 +170,7 @@ TYPED_TEST(EScan, ADisabledScriptDoesNotRun) {
   state.scriptlines.Append("thickness[1] = 80");
   state.disablescript = 1;
   CSolution scan = MakeScan({0.1}, {700});
-  EXPECT_EQ(this->Scan(scan, state), 1);
+  EXPECT_EQ(this->Scan(scan, state), ReturnCode::kSuccess);
   EXPECT_EQ(state.layers[1].layer_d, 60);
 }
 
@@ -178,7 +178,7 @@ TYPED_TEST(EScan, AnEmptyScanIsASuccess) {
   CState state = Sample();
   CSolution scan;
   scan.dataset_R0.Append(4);
-  EXPECT_EQ(this->Scan(scan, state), 1);
+  EXPECT_EQ(this->Scan(scan, state), ReturnCode::kSuccess);
   EXPECT_EQ(scan.dataset_R0.size, 0);
   EXPECT_EQ(state.lambda, Sample().lambda);
 }
@@ -187,7 +187,7 @@ TYPED_TEST(EScan, AnEmptyScanIsASuccess) {
 TYPED_TEST(EScan, PointsWithoutEnergyKeepTheirValues) {
   CState state = Sample();
   CSolution scan = MakeScan({0.1, 0.2, 0.3}, {700});
-  EXPECT_EQ(this->Scan(scan, state), 1);
+  EXPECT_EQ(this->Scan(scan, state), ReturnCode::kSuccess);
   EXPECT_NE(scan.dataset_R0[0], 1.0);
   EXPECT_EQ(scan.dataset_R0[1], 1.0);
   EXPECT_EQ(scan.dataset_R0[2], 1.0);
@@ -198,8 +198,8 @@ TYPED_TEST(EScan, TheFinishingStepTakesTheWholeScan) {
   averaged.averaging = 1;
   averaged.mulqz4 = state.mulqz4 = 1;
   CSolution bare = MakeScan({0.1, 0.1}, {650, 750}), smooth = bare;
-  EXPECT_EQ(this->Scan(bare, state), 1);
-  EXPECT_EQ(this->Scan(smooth, averaged), 1);
+  EXPECT_EQ(this->Scan(bare, state), ReturnCode::kSuccess);
+  EXPECT_EQ(this->Scan(smooth, averaged), ReturnCode::kSuccess);
   EXPECT_DOUBLE_EQ(smooth.dataset_R0[0], (bare.dataset_R0[0] + bare.dataset_R0[1]) / 2);
   this->ExpectClose(bare.dataset_R0[0], 1e-4 * this->Reflectivity(0.1, SampleAt(650)));
 }
@@ -208,7 +208,7 @@ TYPED_TEST(EScan, AnUnknownAlgorithmGivesZeros) {
   CState state = Sample();
   state.algorithm = 9;
   CSolution scan = MakeScan({0.1}, {700});
-  EXPECT_EQ(this->Scan(scan, state), 1);
+  EXPECT_EQ(this->Scan(scan, state), ReturnCode::kSuccess);
   EXPECT_EQ(scan.dataset_R0[0], 0.0);
 }
 

@@ -24,8 +24,8 @@ class Intensity : public ::testing::Test {
   /// Every option has a value of its own.
   static CState AllOptions() {
     CState state;
-    state.scattering = 1;
-    state.magnetizationmode = 2;
+    state.scattering = Scattering::kTransmission;
+    state.magnetizationmode = MagnetizationMode::kGaussFunctions;
     state.maggamma = 30;
     state.magphi = 60;
     state.epsilon = 1e-9;
@@ -47,7 +47,7 @@ TYPED_TEST(Intensity, HandsTheOptionsOfTheStateToTheMatrixAlgorithms) {
   using T = TypeParam;
   const double rays[8] = {0.1, 0.2, 0.3, 0.4, 0.5, 0.6, 0.7, 0.8};
   const T k0 = T(this->kK0), s = T(0.4);
-  for (int algorithm : {1, 2}) {
+  for (int algorithm : {Algorithm::kMatrixOne, Algorithm::kMatrixTwo}) {
     CState state = this->AllOptions();
     state.algorithm = algorithm;
     Profile<T> profile = this->MagneticProfile();
@@ -75,7 +75,7 @@ TYPED_TEST(Intensity, ASampleDoesNotDependOnItsNeighbours) {
   const T k0 = T(this->kK0);
   std::vector<T> s;
   for (int i = 0; i < 37; ++i) s.push_back(T(0.02 + 0.026 * i));
-  for (int algorithm : {0, 1, 2}) {
+  for (int algorithm : {Algorithm::kParratt, Algorithm::kMatrixOne, Algorithm::kMatrixTwo}) {
     CState state = this->AllOptions();
     state.algorithm = algorithm;
     const IntensityOptions<T> options = OptionsOfState<T>(state);
@@ -142,7 +142,8 @@ TYPED_TEST(Intensity, BothSensesAreStacksOfTheirOwn) {
 
 TYPED_TEST(Intensity, KnowsItsAlgorithms) {
   using T = TypeParam;
-  for (int algorithm : {0, 1, 2}) EXPECT_TRUE(IsAlgorithm(algorithm));
+  for (int algorithm : {Algorithm::kParratt, Algorithm::kMatrixOne, Algorithm::kMatrixTwo})
+    EXPECT_TRUE(IsAlgorithm(algorithm));
   for (int algorithm : {-1, 3, 1000}) EXPECT_FALSE(IsAlgorithm(algorithm));
   CState state = this->AllOptions();
   state.algorithm = 3;

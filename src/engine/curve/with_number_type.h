@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "engine/number/number.h"
+#include "tolvik/choices.h"
 
 namespace tolvik::engine {
 
@@ -13,11 +14,11 @@ namespace tolvik::engine {
 template <class Call>
 auto WithNumberType(std::int32_t precision, Call call) {
   switch (precision) {
-    case 0:
+    case Precision::kFloat:
       return call.template operator()<float>();
-    case 2:
+    case Precision::kLongDouble:
       return call.template operator()<long double>();
-    case 3:
+    case Precision::kMpfr:
       return call.template operator()<CNumber>();
     default:
       return call.template operator()<double>();

@@ -33,7 +33,7 @@ CElementLayer Element(double f1, double f2, std::initializer_list<Slice> slices)
 
 CState ElementState(std::initializer_list<CElementLayer> elements) {
   CState state;
-  state.mode = 1;
+  state.mode = Mode::kElement;
   state.lambda = 12398.326 / 700;
   for (const CElementLayer& element : elements) state.elementlayers.Append(element);
   return state;

@@ -41,7 +41,8 @@ Profile<double> Sliced(std::initializer_list<CGaussFunction> functions, std::int
   CArray<CGaussFunction> list;
   for (const CGaussFunction& function : functions) list.Append(function);
   auto profile = Stack();
-  SegmentProfile(profile, list, 1, magnetizationmode, 2, {0.5, 0.5, 0});
+  SegmentProfile(profile, list, LayerSegmentationMode::kSlices, magnetizationmode, SegmentationModel::kSteps,
+                 {0.5, 0.5, 0});
   return profile;
 }
 

@@ -32,8 +32,7 @@ void ConvertLayer(const tolvik::CLayer& layer, CLayer<T>& entry) {
 
 template <Number T>
 void PrepareProfile(const CState& state, Profile<T>& profile) {
-  constexpr std::int32_t kElementMode = 1;
-  if (state.mode == kElementMode) return CalcElementProfile(state, profile);
+  if (state.mode == Mode::kElement) return CalcElementProfile(state, profile);
   if (profile.size != state.layers.size) profile.Assign(state.layers.size, CLayer<T>());
   for (std::int32_t i = 0; i < profile.size; ++i) {
     profile_detail::ConvertLayer<T>(state.layers[i], profile[i]);

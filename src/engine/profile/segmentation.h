@@ -17,10 +17,11 @@ struct SliceRule {
 };
 
 /// Replaces the profile by slices of the stack and lets the gauss functions act on them, unless
-/// layersegmentationmode is 0. The gauss functions are read with magnetizationmode 2 only. segmentationmodel
-/// as in ProfileSampler. A stack whose range ends below its begin leaves an empty profile; a single entry
-/// stays as it is. Does not return when the slices don't advance: with minlayerthickness and gradientscale
-/// both 0. Throws std::bad_alloc when the slices need more than 2 GiB.
+/// layersegmentationmode is kRoughInterfaces. The gauss functions are read with magnetizationmode
+/// kGaussFunctions only. segmentationmodel as in ProfileSampler. A stack whose range ends below its begin
+/// leaves an empty profile; a single entry stays as it is. Does not return when the slices don't advance:
+/// with minlayerthickness and gradientscale both 0. Throws std::bad_alloc when the slices need more than 2
+/// GiB.
 template <class T>
 void SegmentProfile(Profile<T>& profile, const CArray<CGaussFunction>& gaussfunctions,
                     std::int32_t layersegmentationmode, std::int32_t magnetizationmode,

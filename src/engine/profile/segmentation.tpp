@@ -99,15 +99,15 @@ template <class T>
 void SegmentProfile(Profile<T>& profile, const CArray<CGaussFunction>& gaussfunctions,
                     std::int32_t layersegmentationmode, std::int32_t magnetizationmode,
                     std::int32_t segmentationmodel, const SliceRule& rule) {
-  constexpr std::int32_t kGaussFunctions = 2;
-  if (layersegmentationmode == 0 || profile.size < 2) return;
+  if (layersegmentationmode == LayerSegmentationMode::kRoughInterfaces || profile.size < 2) return;
   StackHeights(profile);
   Profile<T> slices;
   CalcSliceGrid<T>(profile, segmentationmodel, T(rule.minlayerthickness), T(rule.maxlayerthickness),
                    T(rule.gradientscale), slices);
   for (std::int32_t i = 1; i < slices.size; ++i)
     slices[i].layer_d = slices[i].layer_z - slices[i - 1].layer_z;
-  if (magnetizationmode == kGaussFunctions) ApplyGaussFunctions(profile, gaussfunctions, slices);
+  if (magnetizationmode == MagnetizationMode::kGaussFunctions)
+    ApplyGaussFunctions(profile, gaussfunctions, slices);
   profile.Swap(slices);
 }
 

@@ -8,12 +8,9 @@
 
 #include "engine/profile/layer.h"
 #include "tolvik/array.h"
+#include "tolvik/choices.h"
 
 namespace tolvik::engine {
-
-/// How the constants at a height come from those of the entries; any other number is the sum of steps.
-inline constexpr std::int32_t kProductOfInterfaces = 0;
-inline constexpr std::int32_t kLayerWeights = 1;
 
 /// Fraction of entry index at height z, Å: the product of its lower and its upper interface; 0 <= index <
 /// size. The lowest entry reaches down and the highest up to 1e10 Å.
@@ -22,11 +19,13 @@ T LayerWeight(const Profile<T>& profile, std::int32_t index, const T& z);
 
 /// Evaluates a stack at many heights. The profile must outlive it; nothing is allocated after construction.
 ///
-///   model 0      weights of the entries: products over all interfaces of the side on which the entry lies
-///   model 1      weights of the entries by LayerWeight
-///   any other    the ambient plus an error-function step at each interface, not normalised
+/// By the SegmentationModel, any other number being kSteps:
+///   kProductOfInterfaces    weights of the entries: products over all interfaces of the side on which the
+///                           entry lies
+///   kLayerWeights           weights of the entries by LayerWeight
+///   kSteps                  the ambient plus an error-function step at each interface, not normalised
 ///
-/// Models 0 and 1 divide by the sum of the weights; where that is exactly 0 all constants are 0.
+/// The weights are divided by their sum; where that is exactly 0 all constants are 0.
 template <class T>
 class ProfileSampler {
  public:

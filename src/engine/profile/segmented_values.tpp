@@ -74,7 +74,7 @@ ProfileSampler<T>::ProfileSampler(const Profile<T>& profile, std::int32_t model)
   for (std::int32_t i = 0; i < n; ++i) segmented::ToRow<T>(profile[i], rows_.data + i * kFields);
   skip_zeros_ = true;
   for (const T& value : rows_) skip_zeros_ = skip_zeros_ && isfinite(value);
-  if (model == kProductOfInterfaces || model == kLayerWeights) return;
+  if (model == SegmentationModel::kProductOfInterfaces || model == SegmentationModel::kLayerWeights) return;
   for (std::int32_t k = 0; k < (n - 1) * kFields; ++k) rows_[k] = T(0.5) * (rows_[k] - rows_[k + kFields]);
 }
 
@@ -142,14 +142,15 @@ template <class T>
 void ProfileSampler<T>::CalcTerms(const T& z) {
   count_ = 0;
   total_ = T(0.0);
-  if (model_ == kProductOfInterfaces) return CalcProductWeights(z);
-  if (model_ == kLayerWeights) return CalcLayerWeights(z);
+  if (model_ == SegmentationModel::kProductOfInterfaces) return CalcProductWeights(z);
+  if (model_ == SegmentationModel::kLayerWeights) return CalcLayerWeights(z);
   CalcStepTerms(z);
 }
 
 template <class T>
 void ProfileSampler<T>::Sum(int fields, T* values) const {
-  const bool steps = model_ != kProductOfInterfaces && model_ != kLayerWeights;
+  const bool steps =
+      model_ != SegmentationModel::kProductOfInterfaces && model_ != SegmentationModel::kLayerWeights;
   const T* ambient = rows_.data + (rows_.size - kFields);
   for (int f = 0; f < fields; ++f) values[f] = steps && rows_.size > 0 ? ambient[f] : T(0.0);
   for (std::int32_t k = 0; k < count_; ++k) {

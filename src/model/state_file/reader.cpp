@@ -129,7 +129,7 @@ void Finish(StateReading& reading) {
     state.datasets[0].datasetenergy = EnergyFromLambda(state.lambda);
     state.datasets[0].datasetresolution = state.resolution;
   }
-  if (state.mode == 1) state.currentelement = 0;
+  if (state.mode == Mode::kElement) state.currentelement = 0;
   BuildAllEpsilonTensors(state);
   CompleteHeights(state.layers, reading.layerversion > 3 || reading.thicknesses_given);
 }

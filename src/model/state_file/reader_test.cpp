@@ -92,9 +92,9 @@ TEST(StateReader, EverySingleSettingReachesItsMember) {
       "magphi=15\nevo_random=4000000000\nevo_population=16\nevo_elite=17\nevo_parents=18\nevo_range=19\n"
       "evo_mixing=20\nevo_probability=21\nevo_takeeliteasparents=1\nevo_evorestrictfitparameters=1\n"
       "ocautomatic=22\nactivedatasetindex=23\nscriptparameters=1.5\nscriptparameters=2.5\n");
-  EXPECT_EQ(s.mode, 1);
+  EXPECT_EQ(s.mode, Mode::kElement);
   EXPECT_EQ(s.currentelement, 0) << "element mode";
-  EXPECT_EQ(s.precision, 3);
+  EXPECT_EQ(s.precision, Precision::kMpfr);
   EXPECT_EQ(s.disablescript, 1);
   EXPECT_EQ(s.resolution, 0.001);
   EXPECT_EQ(s.qzmax, 0.5);
@@ -109,7 +109,7 @@ TEST(StateReader, EverySingleSettingReachesItsMember) {
   EXPECT_EQ(s.showangle, 2);
   EXPECT_EQ(s.fitalgorithm, 3);
   EXPECT_EQ(s.fiterrorfunction, 4);
-  EXPECT_EQ(s.fitasymmetry, 5);
+  EXPECT_EQ(s.fitasymmetry, FitAsymmetry::kAsymmetryOverEnergy);
   EXPECT_EQ(s.layersegmentationmode, 6);
   EXPECT_EQ(s.algorithm, 7);
   EXPECT_EQ(s.scattering, 8);
@@ -164,12 +164,12 @@ TEST(StateReader, BadNumbersGiveWhatTheStreamGives) {
 TEST(StateReader, OldModesSetNewSettings) {
   CState state = Read("calcmode=2");
   EXPECT_EQ(state.layersegmentationmode, 2);
-  EXPECT_EQ(state.magnetizationmode, 2);
+  EXPECT_EQ(state.magnetizationmode, MagnetizationMode::kGaussFunctions);
   state = Read("magnetizationmode=1\ncalcmode=1");
-  EXPECT_EQ(state.layersegmentationmode, 1);
-  EXPECT_EQ(state.magnetizationmode, 1);
-  EXPECT_EQ(Read("fitmz=5").magnetizationmode, 2);
-  EXPECT_EQ(Read("magnetizationmode=1\nfitmz=0").magnetizationmode, 0);
+  EXPECT_EQ(state.layersegmentationmode, LayerSegmentationMode::kSlices);
+  EXPECT_EQ(state.magnetizationmode, MagnetizationMode::kLayers);
+  EXPECT_EQ(Read("fitmz=5").magnetizationmode, MagnetizationMode::kGaussFunctions);
+  EXPECT_EQ(Read("magnetizationmode=1\nfitmz=0").magnetizationmode, MagnetizationMode::kNone);
 }
 
 TEST(StateReader, PiRatioSetsBothRays) {

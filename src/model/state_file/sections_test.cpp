@@ -140,7 +140,7 @@ TEST(FitSection, VariablesHaveTheDefaultsOfTheReader) {
   EXPECT_EQ(fresh.fit_additional_id, -1);
   EXPECT_EQ(fresh.fit_element_id, -1);
   const CFitVariable& variable = state.fitvariables[1];
-  EXPECT_EQ(variable.fit_id, 3);
+  EXPECT_EQ(variable.fit_id, FitKind::kSigma);
   EXPECT_EQ(variable.fit_additional_id, 4);
   EXPECT_EQ(variable.fit_element_id, 5);
   EXPECT_EQ(variable.fit_value, 6);

@@ -39,13 +39,17 @@ void ReadPiRatio(StateReading& reading, const SettingLine& line) {
 
 // One number once held slicing and magnetisation together.
 void ReadCalcMode(StateReading& reading, const SettingLine& line) {
+  constexpr std::int32_t kSlicesWithGaussFunctions = 2;
   ReadValue(line.value, reading.state.layersegmentationmode);
-  if (reading.state.layersegmentationmode == 2) reading.state.magnetizationmode = 2;
+  if (reading.state.layersegmentationmode == kSlicesWithGaussFunctions) {
+    reading.state.magnetizationmode = MagnetizationMode::kGaussFunctions;
+  }
 }
 
 void ReadFitMz(StateReading& reading, const SettingLine& line) {
   if (line.value.empty()) return;
-  reading.state.magnetizationmode = Parse<std::int32_t>(line.value) != 0 ? 2 : 0;
+  const bool fits = Parse<std::int32_t>(line.value) != 0;
+  reading.state.magnetizationmode = fits ? MagnetizationMode::kGaussFunctions : MagnetizationMode::kNone;
 }
 
 void ReadDatasetLambda(StateReading& reading, const SettingLine& line) {

@@ -209,12 +209,12 @@ TEST(StateWriter, ElementsGaussFunctionsAndFitVariables) {
   state.gaussfunctions.Append(CGaussFunction());
 
   CFitVariable variable;
-  variable.fit_id = 7;
+  variable.fit_id = FitKind::kMultiplicator;
   variable.fit_additional_id = 3;
   variable.fit_value = 1.5;
   variable.fit_delta = 0.1;
   state.fitvariables.Append(variable);
-  variable.fit_id = 14;  // an element variable: no name above it
+  variable.fit_id = FitKind::kElementDensity;  // an element variable: no name above it
   variable.fit_element_id = 1;
   variable.fit_lower_boundary = 0;
   variable.fit_upper_boundary = 100;

@@ -29,13 +29,13 @@ double Fresnel(const tolvik::CState& state, double qz) {
 void CheckCurve(tolvik::CState& state) {
   tolvik::CSolution curve;
   curve.dataset_qz.Append(0.05);
-  Check(CalcReflectivityDLL(&curve, &state) == 1, "a curve");
+  Check(CalcReflectivityDLL(&curve, &state) == tolvik::ReturnCode::kSuccess, "a curve");
   const double expected = Fresnel(state, 0.05);
   Check(std::abs(curve.dataset_R0[0] - expected) < 1e-9 * expected, "its value is that of Fresnel");
 }
 
 void CheckFit(tolvik::CState& state) {
-  Check(FitNewDLL(&state) == 0, "a fit");
+  Check(FitNewDLL(&state) == tolvik::ReturnCode::kDone, "a fit");
   FitIterateDLL();
   const double first = FitGetLastErrorDLL();
   for (int i = 0; i < 60; ++i) FitIterateDLL();
@@ -54,6 +54,8 @@ int main(int argc, char** argv) {
   tolvik::CDataset& data = state.datasets[1];
   for (int i = 0; i < data.dataset_qz.size; ++i) data.dataset_R0[i] = Fresnel(state, data.dataset_qz[i]);
   CheckFit(state);
-  Check(EvolutionNewDLL(&state) == 1 && EvolutionIterateDLL() == 1, "an evolution");
+  Check(EvolutionNewDLL(&state) == tolvik::ReturnCode::kSuccess &&
+            EvolutionIterateDLL() == tolvik::ReturnCode::kSuccess,
+        "an evolution");
   return faults == 0 ? 0 : 1;
 }
