@@ -13,9 +13,9 @@ namespace tolvik::engine {
 namespace dual_gradient_detail {
 
 // Directions first .. first + W - 1 of a task: the parameters, and one past them the sine.
-template <int W>
+template <int W, class S>
 class Directions {
-  using T = Dual<W>;
+  using T = Dual<W, S>;
 
  public:
   Directions(const GradientTask& task, int first) : task_(task), first_(first) {
@@ -26,7 +26,7 @@ class Directions {
     }
   }
 
-  Dual<W> Intensity(double sine, int ray) {
+  T Intensity(double sine, int ray) {
     T s(sine);
     const int direction = task_.chain.parameters - first_;
     if (direction >= 0 && direction < W) s.tangent[direction] = 1;
@@ -66,7 +66,7 @@ class Directions {
       case ProfileField::kRoughnessSquared:
         // A sigma whose square leaves the factor at 1 exactly, while its derivative by the square is seen.
         if (!IsRough(entry)) entry.layer_sigma.value = kNearlySmooth;
-        entry.layer_sigma.tangent[direction] += term.factor / (2 * entry.layer_sigma.value);
+        entry.layer_sigma.tangent[direction] += S(term.factor) / (2 * entry.layer_sigma.value);
         return;
       case ProfileField::kMagneticDelta:
         entry.layer_ddelta.tangent[direction] += term.factor;
@@ -77,7 +77,7 @@ class Directions {
     }
   }
 
-  static constexpr double kNearlySmooth = 0x1p-200;  // Å
+  static constexpr S kNearlySmooth = 0x1p-200;  // Å
   static bool IsRough(const CLayer<T>& entry) {
     return entry.layer_sigma.value != 0 && entry.layer_sigma.value != kNearlySmooth;
   }
@@ -90,16 +90,17 @@ class Directions {
 
 }  // namespace dual_gradient_detail
 
-/// As CalcDualRows, W directions at a time.
-template <int W>
+/// As CalcDualRows, W directions at a time, in the number type S.
+template <int W, class S>
 void CalcDualRowsBy(const GradientTask& task, int ray, std::span<const std::int32_t> nodes, double* rows) {
   const int directions = task.chain.parameters + 1;
   for (int first = 0; first < directions; first += W) {
-    dual_gradient_detail::Directions<W> some(task, first);
+    dual_gradient_detail::Directions<W, S> some(task, first);
     double* row = rows + first;
     for (const std::int32_t node : nodes) {
-      const Dual<W> intensity = some.Intensity(task.nodes.sine[node], ray);
-      for (int i = 0; i < W && first + i < directions; ++i) row[i] = intensity.tangent[i];
+      const Dual<W, S> intensity = some.Intensity(task.nodes.sine[node], ray);
+      for (int i = 0; i < W && first + i < directions; ++i)
+        row[i] = static_cast<double>(intensity.tangent[i]);
       row += directions;
     }
   }

@@ -2,7 +2,8 @@
 // A real number with its derivatives in W directions at once: forward differentiation of the templates.
 //
 // A function of duals gives its value, the same bits as without derivatives, and the derivatives by the chain
-// rule. W. K. Clifford, Proc. London Math. Soc. 4, 381 (1873); R. E. Wengert, Commun. ACM 7, 463 (1964).
+// rule. S is a built-in number type. W. K. Clifford, Proc. London Math. Soc. 4, 381 (1873); R. E. Wengert,
+// Commun. ACM 7, 463 (1964).
 #pragma once
 
 #include <array>
@@ -15,26 +16,26 @@ namespace tolvik::engine {
 ///
 /// Order compares values alone. Equality also compares the derivatives: a test for zero holds for a zero that
 /// stays one, so that what it replaces has no derivative to lose.
-template <int W>
+template <int W, std::floating_point S = double>
 struct Dual {
-  using Tangent = std::array<double, W>;
+  using Tangent = std::array<S, W>;
 
-  double value = 0;
+  S value = 0;
   Tangent tangent{};
 
   Dual() = default;
-  explicit Dual(double x) : value(x) {}
-  Dual(double x, const Tangent& t) : value(x), tangent(t) {}
-  explicit operator double() const { return value; }
+  explicit Dual(S x) : value(x) {}
+  Dual(S x, const Tangent& t) : value(x), tangent(t) {}
+  explicit operator double() const { return static_cast<double>(value); }
 
   /// f(x) with the derivative slope = f'(x).
-  static Dual Of(double f, double slope, const Dual& x) {
+  static Dual Of(S f, S slope, const Dual& x) {
     Dual result(f);
     for (int i = 0; i < W; ++i) result.tangent[i] = slope * x.tangent[i];
     return result;
   }
   /// f(x, y) with both its slopes.
-  static Dual Of(double f, double slope_x, const Dual& x, double slope_y, const Dual& y) {
+  static Dual Of(S f, S slope_x, const Dual& x, S slope_y, const Dual& y) {
     Dual result(f);
     for (int i = 0; i < W; ++i) result.tangent[i] = slope_x * x.tangent[i] + slope_y * y.tangent[i];
     return result;
@@ -46,7 +47,7 @@ struct Dual {
     return Of(a.value * b.value, b.value, a, a.value, b);
   }
   friend Dual operator/(const Dual& a, const Dual& b) {
-    const double quotient = a.value / b.value;
+    const S quotient = a.value / b.value;
     return Of(quotient, 1 / b.value, a, -quotient / b.value, b);
   }
   friend Dual operator-(const Dual& a) { return Of(-a.value, -1, a); }
@@ -65,13 +66,13 @@ struct Dual {
   friend bool operator>=(const Dual& a, const Dual& b) { return a.value >= b.value; }
 
   friend Dual sqrt(const Dual& x) {
-    const double root = std::sqrt(x.value);
-    return Of(root, 0.5 / root, x);
+    const S root = std::sqrt(x.value);
+    return Of(root, S(0.5) / root, x);
   }
   friend Dual sin(const Dual& x) { return Of(std::sin(x.value), std::cos(x.value), x); }
   friend Dual cos(const Dual& x) { return Of(std::cos(x.value), -std::sin(x.value), x); }
   friend Dual exp(const Dual& x) {
-    const double e = std::exp(x.value);
+    const S e = std::exp(x.value);
     return Of(e, e, x);
   }
   friend Dual log(const Dual& x) { return Of(std::log(x.value), 1 / x.value, x); }
@@ -82,17 +83,17 @@ struct Dual {
   }
   /// Of a base above 0, or with an exponent that has no derivative.
   friend Dual pow(const Dual& x, const Dual& y) {
-    const double power = std::pow(x.value, y.value);
-    const double slope = y.value * std::pow(x.value, y.value - 1);
+    const S power = std::pow(x.value, y.value);
+    const S slope = y.value * std::pow(x.value, y.value - 1);
     const bool constant = y.tangent == Tangent{};
-    return Of(power, slope, x, constant ? 0.0 : power * std::log(x.value), y);
+    return Of(power, slope, x, constant ? S(0) : power * std::log(x.value), y);
   }
   friend Dual atan2(const Dual& y, const Dual& x) {
-    const double r2 = x.value * x.value + y.value * y.value;
+    const S r2 = x.value * x.value + y.value * y.value;
     return Of(std::atan2(y.value, x.value), x.value / r2, y, -y.value / r2, x);
   }
   friend Dual hypot(const Dual& x, const Dual& y) {
-    const double r = std::hypot(x.value, y.value);
+    const S r = std::hypot(x.value, y.value);
     return Of(r, x.value / r, x, y.value / r, y);
   }
   friend Dual copysign(const Dual& x, const Dual& sign) {
@@ -105,7 +106,7 @@ struct Dual {
   friend bool signbit(const Dual& x) { return std::signbit(x.value); }
 };
 
-template <int W>
-struct NumberTraits<Dual<W>> : NumberTraits<double> {};
+template <int W, class S>
+struct NumberTraits<Dual<W, S>> : NumberTraits<S> {};
 
 }  // namespace tolvik::engine

@@ -8,11 +8,11 @@
 namespace tolvik::engine {
 
 /// A complex number with its derivatives by W real parameters; the values have the bits of std::complex.
-template <int W>
+template <int W, std::floating_point S = double>
 class DualComplex {
  public:
-  using Z = std::complex<double>;
-  using Real = Dual<W>;
+  using Z = std::complex<S>;
+  using Real = Dual<W, S>;
   using value_type = Real;
 
   DualComplex() = default;
@@ -31,47 +31,47 @@ class DualComplex {
   DualComplex& operator/=(const DualComplex& b) { return *this = *this / b; }
 
   friend DualComplex operator+(const DualComplex& a) { return a; }
-  friend DualComplex operator-(const DualComplex& a) { return Of(-a.value_, -1.0, a); }
+  friend DualComplex operator-(const DualComplex& a) { return Of(-a.value_, S(-1), a); }
   friend DualComplex operator+(const DualComplex& a, const DualComplex& b) {
-    return Of(a.value_ + b.value_, 1.0, a, 1.0, b);
+    return Of(a.value_ + b.value_, S(1), a, S(1), b);
   }
   friend DualComplex operator-(const DualComplex& a, const DualComplex& b) {
-    return Of(a.value_ - b.value_, 1.0, a, -1.0, b);
+    return Of(a.value_ - b.value_, S(1), a, S(-1), b);
   }
   friend DualComplex operator*(const DualComplex& a, const DualComplex& b) {
     return Of(a.value_ * b.value_, b.value_, a, a.value_, b);
   }
   friend DualComplex operator/(const DualComplex& a, const DualComplex& b) {
     const Z quotient = a.value_ / b.value_;
-    return Of(quotient, 1.0 / b.value_, a, -quotient / b.value_, b);
+    return Of(quotient, S(1) / b.value_, a, -quotient / b.value_, b);
   }
 
   // A real operand leaves the other part of the value alone, as in std::complex.
   friend DualComplex operator+(const DualComplex& a, const Real& b) {
-    return Of(a.value_ + b.value, 1.0, a, 1.0, b);
+    return Of(a.value_ + b.value, S(1), a, S(1), b);
   }
   friend DualComplex operator-(const DualComplex& a, const Real& b) {
-    return Of(a.value_ - b.value, 1.0, a, -1.0, b);
+    return Of(a.value_ - b.value, S(1), a, S(-1), b);
   }
   friend DualComplex operator*(const DualComplex& a, const Real& b) {
     return Of(a.value_ * b.value, b.value, a, a.value_, b);
   }
   friend DualComplex operator/(const DualComplex& a, const Real& b) {
     const Z quotient = a.value_ / b.value;
-    return Of(quotient, 1.0 / b.value, a, -quotient / b.value, b);
+    return Of(quotient, S(1) / b.value, a, -quotient / b.value, b);
   }
   friend DualComplex operator+(const Real& a, const DualComplex& b) {
-    return Of(a.value + b.value_, 1.0, a, 1.0, b);
+    return Of(a.value + b.value_, S(1), a, S(1), b);
   }
   friend DualComplex operator-(const Real& a, const DualComplex& b) {
-    return Of(a.value - b.value_, 1.0, a, -1.0, b);
+    return Of(a.value - b.value_, S(1), a, S(-1), b);
   }
   friend DualComplex operator*(const Real& a, const DualComplex& b) {
     return Of(a.value * b.value_, b.value_, a, a.value, b);
   }
   friend DualComplex operator/(const Real& a, const DualComplex& b) {
     const Z quotient = a.value / b.value_;
-    return Of(quotient, 1.0 / b.value_, a, -quotient / b.value_, b);
+    return Of(quotient, S(1) / b.value_, a, -quotient / b.value_, b);
   }
 
   friend bool operator==(const DualComplex& a, const DualComplex& b) {
@@ -84,7 +84,7 @@ class DualComplex {
   friend DualComplex conj(const DualComplex& z) { return {z.real(), -z.imag()}; }
   friend Real norm(const DualComplex& z) {
     Real result(std::norm(z.value_));
-    const double x = 2 * z.value_.real(), y = 2 * z.value_.imag();
+    const S x = 2 * z.value_.real(), y = 2 * z.value_.imag();
     for (int i = 0; i < W; ++i) result.tangent[i] = x * z.real_[i] + y * z.imag_[i];
     return result;
   }
@@ -92,31 +92,31 @@ class DualComplex {
   friend Real arg(const DualComplex& z) { return atan2(z.imag(), z.real()); }
   friend DualComplex sqrt(const DualComplex& z) {
     const Z root = std::sqrt(z.value_);
-    if (root == 0.0 && z.IsConstant()) return DualComplex(root);  // not infinity times 0
-    return Of(root, 0.5 / root, z);
+    if (root == S(0) && z.IsConstant()) return DualComplex(root);  // not infinity times 0
+    return Of(root, S(0.5) / root, z);
   }
   friend DualComplex exp(const DualComplex& z) {
     const Z e = std::exp(z.value_);
     return Of(e, e, z);
   }
-  friend DualComplex log(const DualComplex& z) { return Of(std::log(z.value_), 1.0 / z.value_, z); }
+  friend DualComplex log(const DualComplex& z) { return Of(std::log(z.value_), S(1) / z.value_, z); }
 
  private:
   // Adds slope times the derivatives of x.
-  void Add(double slope, const DualComplex& x) {
+  void Add(S slope, const DualComplex& x) {
     for (int i = 0; i < W; ++i) {
       real_[i] += slope * x.real_[i];
       imag_[i] += slope * x.imag_[i];
     }
   }
   void Add(const Z& slope, const DualComplex& x) {
-    const double a = slope.real(), b = slope.imag();
+    const S a = slope.real(), b = slope.imag();
     for (int i = 0; i < W; ++i) {
       real_[i] += a * x.real_[i] - b * x.imag_[i];
       imag_[i] += a * x.imag_[i] + b * x.real_[i];
     }
   }
-  void Add(double slope, const Real& x) {
+  void Add(S slope, const Real& x) {
     for (int i = 0; i < W; ++i) real_[i] += slope * x.tangent[i];
   }
   void Add(const Z& slope, const Real& x) {
@@ -146,9 +146,9 @@ class DualComplex {
   typename Real::Tangent real_{}, imag_{};  // of the derivatives
 };
 
-template <int W>
-struct ComplexOf<Dual<W>> {
-  using type = DualComplex<W>;
+template <int W, class S>
+struct ComplexOf<Dual<W, S>> {
+  using type = DualComplex<W, S>;
 };
 
 }  // namespace tolvik::engine
