@@ -59,6 +59,10 @@ add_custom_target(tolvik_python ALL DEPENDS tolvik_core
                           -P ${PROJECT_SOURCE_DIR}/cmake/link_folder.cmake
                   COMMENT "Linking the Python package")
 
+if(NOT TOLVIK_INSTALL)
+  return()
+endif()
+
 # Where the interpreter looks below the prefix: Debian knows three places.
 set(scheme_of_prefix "import sys, sysconfig
 p = sys.argv[1]

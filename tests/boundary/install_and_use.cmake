@@ -2,14 +2,7 @@
 #
 # Installs into a scratch prefix, moves that to another place (an installed tree must not know where it was made),
 # and there: the consumer is built and run through the CMake package, and once more through pkg-config.
-function(run)
-  execute_process(COMMAND ${ARGV} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
-  list(JOIN ARGV " " command)
-  message("${command}\n${output}")
-  if(result)
-    message(FATAL_ERROR "exit value ${result}: ${command}")
-  endif()
-endfunction()
+include(${CMAKE_CURRENT_LIST_DIR}/run.cmake)
 
 file(REMOVE_RECURSE ${WORK})
 run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${WORK}/first)

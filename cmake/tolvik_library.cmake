@@ -1,4 +1,4 @@
-# build/libtolvik.so, the same code as the program, loadable by a front end; and what `cmake --install` puts where.
+# build/libtolvik.so, the same code as the program, loadable by a front end.
 #
 # Every room goes in whole: a front end calls functions that nothing in the library calls.
 set(rooms tolvik_app tolvik_server tolvik_fit tolvik_engine tolvik_script tolvik_model tolvik_optics)
@@ -33,31 +33,11 @@ endif()
 set_property(TARGET tolvik APPEND PROPERTY LINK_DEPENDS ${version_script})
 set_target_properties(tolvik PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
                       LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
-target_include_directories(tolvik INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
-                           $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+target_include_directories(tolvik INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
 target_compile_features(tolvik INTERFACE cxx_std_20)
 
 # tolvik::model: the state file for front ends in C++, which hold the records and need a reader and a writer for them.
 add_library(tolvik::model ALIAS tolvik_model)
-set_target_properties(tolvik_model PROPERTIES EXPORT_NAME model)
-set_target_properties(tolvik_optics PROPERTIES EXPORT_NAME optics)
-target_include_directories(tolvik_optics INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
-target_compile_features(tolvik_optics INTERFACE cxx_std_20)
-
-include(CMakePackageConfigHelpers)
-install(TARGETS Tolvik tolvik tolvik_model tolvik_optics EXPORT tolvik)
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/tolvik DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(FILES ${PROJECT_SOURCE_DIR}/man/Tolvik.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR})
-set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/tolvik)
-install(EXPORT tolvik NAMESPACE tolvik:: FILE tolvikTargets.cmake DESTINATION ${package_folder})
-configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/tolvikConfig.cmake.in
-                              ${PROJECT_BINARY_DIR}/tolvikConfig.cmake INSTALL_DESTINATION ${package_folder})
-write_basic_package_version_file(${PROJECT_BINARY_DIR}/tolvikConfigVersion.cmake COMPATIBILITY SameMinorVersion)
-install(FILES ${PROJECT_BINARY_DIR}/tolvikConfig.cmake ${PROJECT_BINARY_DIR}/tolvikConfigVersion.cmake
-        DESTINATION ${package_folder})
-
-# Relative to its own place, so that the installed tree can be moved.
-file(RELATIVE_PATH pc_to_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
-configure_file(${PROJECT_SOURCE_DIR}/cmake/tolvik.pc.in ${PROJECT_BINARY_DIR}/tolvik.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/tolvik.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+if(TARGET tolvik_analysis)  # Fits from C++: measurements, parameters, objectives.
+  add_library(tolvik::analysis ALIAS tolvik_analysis)
+endif()

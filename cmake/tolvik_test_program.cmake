@@ -19,7 +19,7 @@ target_compile_options(tolvik_test_support PRIVATE ${tolvik_test_options} -fPIE)
 
 # tolvik_test_program(TARGET LIBRARY...): makes a program of GoogleTest tests of it.
 function(tolvik_test_program target)
-  target_link_libraries(${target} PRIVATE ${ARGN} tolvik_test_support GTest::gtest_main)
+  target_link_libraries(${target} PRIVATE tolvik_flags ${ARGN} tolvik_test_support GTest::gtest_main)
   target_compile_options(${target} PRIVATE ${tolvik_test_options})
   target_precompile_headers(${target} REUSE_FROM tolvik_test_support)
 endfunction()
