@@ -4,7 +4,7 @@
 #include <benchmark/benchmark.h>
 
 #include "bench/energy_map.h"
-#include "engine/curve/processors.h"
+#include "engine/threads/processors.h"
 #include "tolvik/tolvik.h"
 
 namespace tolvik {

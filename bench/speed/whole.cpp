@@ -10,7 +10,7 @@
 #include "bench/film_fit.h"
 #include "bench/run_program.h"
 #include "bench/speed/turns.h"
-#include "engine/curve/processors.h"
+#include "engine/threads/processors.h"
 #include "tolvik/tolvik.h"
 
 namespace {

@@ -44,8 +44,8 @@ class CEvolution {
   /// Fills errors and remakes solutions, in order; prints "Calculate %i" with the index on the standard
   /// output before each individual.
   void EvaluatePopulation();
-  /// Fills errors on all processors, without a word; solutions stay as they are. An exception of an
-  /// individual is thrown when all have ended.
+  /// Fills errors on all processors and prints nothing; solutions stay as they are. When all have ended the
+  /// exception of the first individual that failed is thrown; the others have their errors.
   void EvaluatePopulationParallel();
 
   /// Fills ranking by errors with a bubble sort: ties keep their order.

@@ -8,7 +8,7 @@
 #include <limits>
 #include <set>
 
-#include "engine/curve/processors.h"
+#include "engine/threads/processors.h"
 #include "optics/energy.h"
 #include "support/states.h"
 #include "tolvik/tolvik.h"

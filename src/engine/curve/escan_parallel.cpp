@@ -1,32 +1,18 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "engine/curve/escan_parallel.h"
 
-#include <mpfr.h>
-
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <span>
-#include <vector>
 
 #include "engine/curve/energy_run.h"
 #include "engine/curve/escan.h"
-#include "engine/curve/processors.h"
 #include "engine/curve/with_number_type.h"
+#include "engine/threads/processors.h"
 
 namespace tolvik::engine {
 namespace {
-
-/// The one lock of all scans of the process. It guards the counters of the next point, and is held for an
-/// increment only.
-class ScanLock {
- public:
-  ScanLock() { pthread_spin_init(&lock_, PTHREAD_PROCESS_SHARED); }
-  void Lock() { pthread_spin_lock(&lock_); }
-  void Unlock() { pthread_spin_unlock(&lock_); }
-
- private:
-  pthread_spinlock_t lock_;
-};
 
 // Points that a thread takes at once. In a long scan it is a cache line of results: threads that write next
 // to each other, and a lock taken every few microseconds, cost a twentieth of the speed.
@@ -35,15 +21,6 @@ constexpr std::int32_t kLongScan = 1024;
 
 std::int32_t PointsPerTurn(std::int32_t points) {
   return points < kLongScan ? 1 : kPointsPerTurn;
-}
-
-std::int32_t TakePoints(std::int32_t& next, std::int32_t count) {
-  static ScanLock lock;
-  lock.Lock();
-  const std::int32_t first = next;
-  next += std::min(count, INT32_MAX - next);
-  lock.Unlock();
-  return first;
 }
 
 void AppendElement(CArray<double>& to, const CArray<double>& from, std::int32_t i) {
@@ -87,75 +64,28 @@ void CalcRun(CSolution& solution, std::span<const std::int32_t> indices, CState&
   for (std::int32_t k = 0; const std::int32_t i : indices) solution.dataset_R0[i] = points.dataset_R0[k++];
 }
 
-/// Body of a thread that takes runs of points.
-void* EnergyRunThread(void* context) {
-  auto& scan = *static_cast<RunContext*>(context);
+/// Takes runs of points until none is left.
+void CalcRuns(RunContext& scan) {
   const auto count = static_cast<std::int32_t>(scan.runs->runs.size());
   for (;;) {
-    const std::int32_t next = TakePoints(*scan.nextindex, 1);
+    const std::int32_t next = TakeIndices(*scan.nextindex);
     if (next >= count) break;
     const EnergyRun run = scan.runs->runs[static_cast<std::size_t>(next)];
     try {
       CalcRun(*scan.solution, {scan.runs->points.data() + run.begin, scan.runs->points.data() + run.end},
               scan.state);
-    } catch (...) {  // want of memory: the points keep their values, the process goes on
+    } catch (...) {  // out of memory: the points keep their values, the process continues
     }
   }
-  mpfr_free_cache2(MPFR_FREE_LOCAL_CACHE);
-  return nullptr;
 }
 
-void* RunScan(RunContext& context) {
-  return context.runs != nullptr ? EnergyRunThread(&context) : EScanThread(&context);
+/// Collects the runs of a scan, where it has some.
+const EnergyRuns* FindRuns(const CSolution& solution, const CState& state, std::int32_t processors,
+                           EnergyRuns& runs) {
+  if (!MayReorderPoints(state)) return nullptr;
+  const std::int32_t longest = LongestRun(solution.dataset_qz.size, processors);
+  return CollectEnergyRuns(solution, longest, runs) ? &runs : nullptr;
 }
-
-// Scans leave the foreground to others. Policies without priorities refuse this, and the thread runs as any.
-void LowerPriority(pthread_attr_t& attributes) {
-  sched_param parameters;
-  if (pthread_attr_getschedparam(&attributes, &parameters) != 0) return;
-  parameters.sched_priority -= 2;
-  pthread_attr_setschedparam(&attributes, &parameters);
-}
-
-bool StartThread(ThreadStarter start, pthread_t& handle, RunContext& context) {
-  pthread_attr_t attributes;
-  if (pthread_attr_init(&attributes) != 0) return false;
-  LowerPriority(attributes);
-  const auto body = [](void* each) { return RunScan(*static_cast<RunContext*>(each)); };
-  const bool started = start(&handle, &attributes, body, &context) == 0;
-  pthread_attr_destroy(&attributes);
-  return started;
-}
-
-/// The threads of one scan, joined at the end whatever happens.
-class ScanThreads {
- public:
-  ScanThreads(std::size_t count, ThreadStarter start) : start_(start), contexts_(count) {
-    handles_.reserve(count);
-  }
-  ~ScanThreads() {
-    for (const pthread_t handle : handles_) pthread_join(handle, nullptr);
-  }
-  ScanThreads(const ScanThreads&) = delete;
-  ScanThreads& operator=(const ScanThreads&) = delete;
-
-  /// False when no more threads are to be had.
-  bool Start(const RunContext& shared, const CState& state) {
-    auto context = std::make_unique<RunContext>(shared);
-    context->state = state;
-    pthread_t handle;
-    if (!StartThread(start_, handle, *context)) return false;
-    contexts_[handles_.size()] = std::move(context);
-    handles_.push_back(handle);
-    return true;
-  }
-  bool IsEmpty() const { return handles_.empty(); }
-
- private:
-  ThreadStarter start_;
-  std::vector<std::unique_ptr<RunContext>> contexts_;
-  std::vector<pthread_t> handles_;
-};
 
 }  // namespace
 
@@ -163,47 +93,40 @@ void* EScanThread(void* context) {
   auto& scan = *static_cast<CEScanContext*>(context);
   const std::int32_t turn = PointsPerTurn(scan.pointcount);
   for (;;) {
-    const std::int32_t first = TakePoints(*scan.nextindex, turn);
+    const std::int32_t first = TakeIndices(*scan.nextindex, turn);
     if (first >= scan.pointcount) break;
     const std::int32_t end = first + std::min(turn, scan.pointcount - first);
     for (std::int32_t i = first; i < end; ++i) {
       try {
         CalcPoint(*scan.solution, i, scan.state);
-      } catch (...) {  // want of memory: the point keeps its value, the process goes on
+      } catch (...) {  // out of memory: the point keeps its value, the process continues
       }
     }
   }
-  mpfr_free_cache2(MPFR_FREE_LOCAL_CACHE);  // constants that MPFR keeps for each thread
   return nullptr;
 }
 
 void ScanInThreads(CSolution& solution, const CState& state, ThreadStarter start) noexcept {
   std::int32_t next = 0;
   EnergyRuns runs;
-  RunContext shared;
-  shared.pointcount = solution.dataset_qz.size;
-  shared.nextindex = &next;
-  shared.solution = &solution;
+  const EnergyRuns* found = nullptr;
+  SystemInfo info;
+  GetSystemInfo(info);
   try {
-    SystemInfo info;
-    GetSystemInfo(info);
-    if (MayReorderPoints(state) &&
-        CollectEnergyRuns(solution, LongestRun(shared.pointcount, info.processors), runs)) {
-      shared.runs = &runs;
-    }
-    ScanThreads threads(static_cast<std::size_t>(info.processors), start);
-    for (std::int32_t t = 0; t < info.processors; ++t) {
-      if (!threads.Start(shared, state)) break;
-    }
-    if (!threads.IsEmpty()) return;
-  } catch (...) {  // want of memory for one more copy: the threads there are did the work
-    if (next > 0 || shared.pointcount == 0) return;
+    found = FindRuns(solution, state, info.processors, runs);
+  } catch (...) {  // out of memory: point by point then
   }
-  try {
-    shared.state = state;
-    RunScan(shared);
-  } catch (...) {  // not even one copy: all points keep their values
-  }
+  const auto make = [&](std::int32_t) -> WorkerBody {
+    const auto context = std::make_shared<RunContext>();
+    context->pointcount = solution.dataset_qz.size;
+    context->nextindex = &next;
+    context->solution = &solution;
+    context->state = state;
+    context->runs = found;
+    return [context] { context->runs != nullptr ? CalcRuns(*context) : void(EScanThread(context.get())); };
+  };
+  RunWorkers(info.processors, std::ref(make),
+             start);  // without memory for one copy all points keep their values
 }
 
 }  // namespace tolvik::engine

@@ -2,10 +2,9 @@
 // An energy scan on all processors.
 #pragma once
 
-#include <pthread.h>
-
 #include <cstdint>
 
+#include "engine/threads/worker_pool.h"
 #include "tolvik/dataset.h"
 #include "tolvik/state.h"
 
@@ -14,7 +13,7 @@ namespace tolvik::engine {
 /// What one thread of a scan works on.
 struct CEScanContext {
   std::int32_t pointcount = 0;        ///< points of the scan
-  std::int32_t* nextindex = nullptr;  ///< next point to be taken by any thread; under the lock of all scans
+  std::int32_t* nextindex = nullptr;  ///< next point that any thread takes; by TakeIndices
   CSolution* solution = nullptr;      ///< the whole scan; a thread writes dataset_R0 of its own points only
   CState state;                       ///< a copy of its own
 };
@@ -23,9 +22,6 @@ struct CEScanContext {
 /// each by CalcEScanDLL as a scan of one point and writes its dataset_R0 back, whatever the code was. Takes a
 /// CEScanContext and returns null. Nothing is thrown; a point that fails otherwise keeps its value.
 void* EScanThread(void* context);
-
-/// How a thread is started; as pthread_create.
-using ThreadStarter = int (*)(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
 
 /// Calculates a scan by EScanThread in one thread for each processor, with a copy of the state each, and
 /// waits for all. Where energies repeat and the order of points does not matter (energy_run.h), the threads

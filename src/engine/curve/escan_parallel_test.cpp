@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <new>
 
-#include "engine/curve/processors.h"
+#include "engine/threads/processors.h"
 #include "optics/energy.h"
 #include "support/states.h"
 #include "tolvik/tolvik.h"
@@ -209,17 +209,6 @@ TEST_F(EScanParallel, AnExceptionInAThreadLeavesTheProcessAlive) {
   scan.dataset_R0 = scan.dataset_qz;
   EXPECT_EQ(Scan(state, scan, 2), scan.dataset_qz) << "the points keep their values";
   EXPECT_THROW(CalcEScanDLL(&scan, &state), std::bad_alloc) << "in the caller's thread it travels";
-}
-
-TEST(Processors, AreAtLeastOneAndCanBeForced) {
-  SystemInfo info;
-  info.processors = 0;
-  GetSystemInfo(info);
-  EXPECT_GE(info.processors, 1);
-  ForceProcessorCount(17);
-  GetSystemInfo(info);
-  EXPECT_EQ(info.processors, 17);
-  ForceProcessorCount(0);
 }
 
 }  // namespace

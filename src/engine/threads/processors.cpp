@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "engine/curve/processors.h"
+#include "engine/threads/processors.h"
 
 #include <sched.h>
 

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// How many processors there are.
+// The number of processors.
 #pragma once
 
 #include <cstdint>
 
 namespace tolvik::engine {
 
-/// What the platform says of itself.
+/// Facts about the machine.
 struct SystemInfo {
   std::int32_t processors = 1;  ///< that this process may run on, at least 1
 };
