@@ -3,7 +3,7 @@
 """The textbook calculation of the examples that are sliced, magnetic or given by elements.
 
 Shares nothing with the program: even slices of error-function interfaces, the index shift of a magnetic layer, and the
-recursion of Parratt for sigma and pi. Lengths in angstrom, energies in eV.
+Parratt recursion for sigma and pi with the Nevot-Croce factor. Lengths in angstrom, energies in eV.
 
     textbook_slices.py STATE      qz and R on the state's grid
 """
@@ -107,6 +107,7 @@ def reflectivity(entries, numbers, qz):
         for j in range(len(entries) - 1):
             total_u = u[j + 1] + u[j]
             fresnel = (u[j + 1] - u[j]) / total_u if total_u != 0 else 0
+            fresnel *= cmath.exp(-2 * kz[j + 1] * kz[j] * entries[j].get("sigma", 0.0) ** 2)
             phase = cmath.exp(2j * kz[j] * entries[j]["d"]) if j > 0 else 0
             r = (fresnel + r * phase) / (1 + fresnel * r * phase)
         total += share * abs(r) ** 2
@@ -118,6 +119,8 @@ def curve(path):
     numbers, layers, functions, elements = read_state(path)
     if numbers.get("mode"):
         entries = from_elements(elements, numbers["energy"])
+    elif not numbers.get("layersegmentationmode"):
+        entries = layers
     else:
         active = functions if numbers.get("magnetizationmode") == 2 else []
         entries = sliced(layers, active, numbers["minlayerthickness"])

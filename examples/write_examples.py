@@ -104,29 +104,53 @@ def slice_lines(step):
             f"minlayerthickness = {step:g}", f"maxlayerthickness = {step:g}", "gradientscale = 0"]
 
 
-def magnetic_lines():
-    """A film with a dead layer at its top. The constants are made up; only their size is that of a 3d metal."""
-    # thickness, delta, beta, deltam, betam, roughness
-    stack = [(0, 0.0012, 0.0004, 0, 0, 3), (80, 0.0025, 0.0021, 0.0006, -0.0008, 4), (20, 0.0016, 0.0006, 0, 0, 3),
-             (0, 0, 0, 0, 0, 0)]
+def circular_light():
+    """Both rays of circular light, left and right."""
     half = 0.7071067811865475
-    lines = ["# A magnetic film of 80 A under a cap of 20 A, for circular light, with a dead layer at the top of the film", "#",
-             "# All optical constants are made up for illustration; their size is that of a 3d metal near its L3 edge.",
-             "# Algorithm 0 takes the magnetisation along the beam as a shift of the index: ray 1 is left circular light.",
-             "", "fileversion = 1", "energy = 707", "resolution = 0", "qzmax = 0.5", "numberofpoints = 251", "algorithm = 0",
-             "", "# left and right circular: sigma and pi part, real and imaginary",
-             f"ray1sigmare = {half}", "ray1sigmaim = 0", "ray1pire = 0", f"ray1piim = {half}",
-             f"ray2sigmare = {half}", "ray2sigmaim = 0", "ray2pire = 0", f"ray2piim = {-half}",
-             "", "# layers from the substrate to the ambient", "layerversion = 3"]
-    for index, (d, delta, beta, deltam, betam, sigma) in enumerate(stack):
-        lines += [f" layer = {index}", f"  layer_d = {d:g}", "  layer_db = vacuum", f"  layer_delta = {delta:g}",
+    return ["", "# left and right circular: sigma and pi part, real and imaginary",
+            f"ray1sigmare = {half}", "ray1sigmaim = 0", "ray1pire = 0", f"ray1piim = {half}",
+            f"ray2sigmare = {half}", "ray2sigmaim = 0", "ray2pire = 0", f"ray2piim = {-half}"]
+
+
+def magnetic_layers(stack):
+    """stack: (name, thickness, delta, beta, deltam, betam, roughness), from the substrate up."""
+    lines = ["", "# layers from the substrate to the ambient", "layerversion = 3"]
+    for index, (name, d, delta, beta, deltam, betam, sigma) in enumerate(stack):
+        lines += [f" layer = {index}", f"  layer_d = {d:g}", f"  layer_db = {name}", f"  layer_delta = {delta:g}",
                   f"  layer_beta = {beta:g}", f"  layer_ddelta = {deltam:g}", f"  layer_dbeta = {betam:g}",
                   f"  layer_sigma = {sigma:g}"]
-    lines += slice_lines(1)
-    return lines + ["", "# 2: the gauss functions act; the magnetisation points along the beam", "magnetizationmode = 2",
-                    "maggamma = 90", "magphi = 90", "", "# nine tenths of the moment are gone at 78 A, 37 % at 8 A from there",
-                    "magneticversion = 4", " gauss_function = 1", " gauss_delta = -0.9", " gauss_beta = -0.9",
-                    " gauss_variance = 6", " gauss_z = 78", " gauss_bindtolayer = -1"]
+    return lines
+
+
+def magnetic_head(title, points):
+    return [f"# {title}", "#",
+            "# All optical constants are made up for illustration; their size is that of a 3d metal near its L3 edge.",
+            "# Algorithm 0 takes the magnetisation along the beam as a shift of the index: ray 1 is left circular light.",
+            "", "fileversion = 1", "energy = 707", "resolution = 0", "qzmax = 0.5", f"numberofpoints = {points}",
+            "algorithm = 0"] + circular_light()
+
+
+def magnetic_lines():
+    """A film with a dead layer at its top. The constants are made up; only their size is that of a 3d metal."""
+    stack = [("vacuum", 0, 0.0012, 0.0004, 0, 0, 3), ("vacuum", 80, 0.0025, 0.0021, 0.0006, -0.0008, 4),
+             ("vacuum", 20, 0.0016, 0.0006, 0, 0, 3), ("vacuum", 0, 0, 0, 0, 0, 0)]
+    lines = magnetic_head("A magnetic film of 80 A under a cap of 20 A, for circular light, with a dead layer at the top "
+                          "of the film", 251)
+    return lines + magnetic_layers(stack) + slice_lines(1) + [
+        "", "# 2: the gauss functions act; the magnetisation points along the beam", "magnetizationmode = 2",
+        "maggamma = 90", "magphi = 90", "", "# nine tenths of the moment are gone at 78 A, 37 % at 8 A from there",
+        "magneticversion = 4", " gauss_function = 1", " gauss_delta = -0.9", " gauss_beta = -0.9",
+        " gauss_variance = 6", " gauss_z = 78", " gauss_bindtolayer = -1"]
+
+
+def trilayer_lines():
+    """A few atomic planes of a magnet between two thin layers: small enough for one screen of the page."""
+    stack = [("substrate", 0, 0.0012, 0.0004, 0, 0, 2), ("seed", 8, 0.0016, 0.0006, 0, 0, 2),
+             ("film", 6, 0.0025, 0.0021, 0.0006, -0.0008, 2), ("cap", 8, 0.0016, 0.0006, 0, 0, 2),
+             ("vacuum", 0, 0, 0, 0, 0, 0)]
+    return magnetic_head("A magnetic film of 6 A between two layers of 8 A, for circular light", 251) + \
+        magnetic_layers(stack) + ["", "# the magnetisation points along the beam", "magnetizationmode = 1",
+                                  "maggamma = 90", "magphi = 90"]
 
 
 def element_lines(film, substrate, thickness):
@@ -160,6 +184,7 @@ def examples():
     yield "rough_superlattice", head("A Mo/Si superlattice whose roughness is near half of its layers, sliced", superlattice,
                                      0.6, 601) + slice_lines(0.5)
     yield "magnetic_film", magnetic_lines()
+    yield "magnetic_trilayer", trilayer_lines()
     yield "nickel_elements", element_lines("Ni", "Si", 120)
 
 

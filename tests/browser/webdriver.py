@@ -18,7 +18,7 @@ class Browser:
         self._url = f"http://127.0.0.1:{driver_port}"
         arguments = ["--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
                      "--disable-background-networking", "--disable-component-update", "--disable-sync",
-                     "--window-size=1350,1000", f"--user-data-dir={profile_folder}"]
+                     "--window-size=1500,1000", f"--user-data-dir={profile_folder}"]
         wanted = {"capabilities": {"alwaysMatch": {"goog:chromeOptions": {"args": arguments}}}}
         deadline = time.monotonic() + 30
         while True:

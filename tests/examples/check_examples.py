@@ -30,7 +30,7 @@ def expected_curve(path):
     import textbook_slices
 
     numbers = textbook_slices.read_state(path)[0]
-    if numbers.get("mode") or numbers.get("layersegmentationmode"):
+    if any(numbers.get(key) for key in ("mode", "layersegmentationmode", "magnetizationmode")):
         return textbook_slices.curve(path), RELATIVE_SLICES
     layers, numbers = textbook.read_state(path)
     return [(qz, textbook.reflectivity(layers, numbers["energy"], qz)) for qz in textbook.grid(numbers)], RELATIVE
