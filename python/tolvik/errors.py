@@ -2,8 +2,9 @@
 """The exceptions of the package, and the table from faults of the C++ side to them."""
 from __future__ import annotations
 
-__all__ = ["CalculationError", "OutOfMemoryError", "OutOfReachError", "ScriptError", "StateFileError",
-           "TableRangeWarning", "TablesError", "TolvikError"]
+__all__ = ["CalculationError", "DataError", "DataFileError", "DataWarning", "MaterialError", "MaterialWarning",
+           "OutOfMemoryError", "OutOfReachError", "ScriptError", "StateFileError", "TableRangeWarning", "TablesError",
+           "TolvikError"]
 
 
 class TolvikError(Exception):
@@ -48,6 +49,26 @@ class StateFileError(TolvikError, OSError):
 
 class OutOfMemoryError(TolvikError, MemoryError):
     """A calculation or a state that does not fit into memory."""
+
+
+class DataError(TolvikError, ValueError):
+    """Measured data, a width or a polarisation that cannot be used; of a file, the message begins with FILE:LINE."""
+
+
+class DataFileError(TolvikError, OSError):
+    """A file of data or tables that cannot be opened, read or written."""
+
+
+class MaterialError(TolvikError, ValueError):
+    """A formula, density, energy or table of constants that cannot be used."""
+
+
+class DataWarning(UserWarning):
+    """Data that are used other than the file might mean: masked points, a doubtful column."""
+
+
+class MaterialWarning(UserWarning):
+    """Constants of tables that are doubtful: near an edge, or beyond a table."""
 
 
 class TableRangeWarning(UserWarning):
