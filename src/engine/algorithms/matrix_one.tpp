@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// matrix_one.tpp is included by precision/*.cpp and tests only.
 #pragma once
 
 #include "engine/algorithms/amplitudes.tpp"

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// element_profile.tpp is included by precision/*.cpp and tests only.
 #pragma once
 
 #include "engine/profile/element_profile.h"

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// segmented_values.tpp is included by precision/*.cpp and tests only.
 #pragma once
 
 #include "engine/profile/segmented_values.h"
