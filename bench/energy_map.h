@@ -42,8 +42,8 @@ inline CState MakeMapState() {
   return state;
 }
 
-/// The points, energy running fastest as in the command; from kQzWithoutAngle on each of them ends before its
-/// kernel.
+/// The points, energy running fastest as in the command. In a map that starts at kQzWithoutAngle each of them
+/// ends before its kernel.
 inline CSolution MakeMapPoints(double first_qz = 0.001) {
   CSolution solution;
   for (int q = 0; q < kQz; ++q) {

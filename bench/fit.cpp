@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// How fast do fits step, and how much of an evaluation is not the reflectivity kernel? A film of three layers
-// with 200 points with nine resolution samples each.
+// How fast do fits step, and how much of an evaluation is not the reflectivity kernel? The film has three
+// layers and 200 points with nine resolution samples each.
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
@@ -65,7 +65,7 @@ void LevenbergRun(benchmark::State& run) {
 }
 BENCHMARK(LevenbergRun)->Unit(benchmark::kMillisecond);
 
-// Its lines go nowhere, so that they do not mix with the figures.
+// Discards its output, so that it does not mix with the figures.
 void GenerationOfFifty(benchmark::State& run) {
   CEvolution evolution(MakeState());
   std::fflush(stdout);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The MPFR number that one writes first: 200 bits, the limbs in a heap block of their own, mpfr_init2 and
-// mpfr_clear around every temporary, the functions those of MPFR. The measure of engine/number/cnumber.h,
-// whose results it gives bit for bit.
+// The straightforward MPFR number: 200 bits, the limbs in a heap block, mpfr_init2 and mpfr_clear around
+// every temporary, the functions of MPFR. The reference of engine/number/cnumber.h, whose results it gives
+// bit for bit.
 #pragma once
 
 #include <mpfr.h>

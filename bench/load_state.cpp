@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// How fast does a state file of 10 MB load and save, and what memory does it take? Beside it the plain way:
-// lines by std::getline, numbers by a stream for each line.
+// How fast does a state file of 10 MB load and save, and how much memory does it take? Compared with the
+// plain way: lines by std::getline, numbers by a stream for each line.
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 #include <sys/wait.h>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Does a map run on all processors? 200 energies × 500 qz on a stack of ten layers with tables, by the scan
-// in threads, on one and on two of them.
+// Does a map run on all processors? 200 energies × 500 qz on a stack of ten layers with tables, by the
+// parallel scan, in one thread and in two.
 #include <benchmark/benchmark.h>
 
 #include "bench/energy_map.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// What does an angle and an interface cost in the Parratt recursion, in each precision? Curves of 1000 angles
-// at λ 1.54 Å, qz 0.001 to 0.6 Å⁻¹, both polarisations, beside the textbook loop.
+// How long does an angle and an interface take in the Parratt recursion, in each precision? Curves of 1000
+// angles at λ 1.54 Å, qz 0.001 to 0.6 Å⁻¹, both polarisations, compared with the textbook loop.
 #include <benchmark/benchmark.h>
 
 #include "bench/textbook.h"

@@ -12,8 +12,8 @@
 
 namespace tolvik::bench {
 
-/// Starts a program in our environment with its output thrown away and waits for its end; the exit value, or
-/// -1 where it did not come to one.
+/// Starts a program in our environment, discards its output and waits for its end. Returns the exit value, or
+/// -1 when it did not exit by itself.
 inline int RunProgram(std::vector<std::string> words) {
   std::vector<char*> argv;
   for (std::string& word : words) argv.push_back(word.data());

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// What does the script add to one curve? One iteration opens a host, runs it once and closes it, as a curve
-// does.
+// How much time does the script add to one curve? One iteration opens a host, runs it once and closes it, as
+// a curve does.
 #include <benchmark/benchmark.h>
 
 #include <lua.hpp>
@@ -49,7 +49,7 @@ void OneLineScript(benchmark::State& run) {
 }
 BENCHMARK(OneLineScript);
 
-// A script that names a way to files or finalizers has its Lua closed in full.
+// The Lua state of a script that names a way to files or finalizers is closed in full.
 void OneLineScriptClosed(benchmark::State& run) {
   CState state = MakeState("thickness[1] = 2 * thickness[0]; io = nil");
   for (auto _ : run) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// What does a slice cost? 50 layers of 20 Å sliced at 0.5 Å, by each model; beside it the plain sum over all
-// interfaces with the error function of the C++ library, five evaluations a slice as the adaptive grid takes
-// them.
+// How long does a slice take? 50 layers of 20 Å sliced at 0.5 Å, by each model, compared with the plain sum
+// over all interfaces with the error function of the C++ library, five evaluations per slice as in the
+// adaptive grid.
 #include <benchmark/benchmark.h>
 
 #include <cmath>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// What do the 4×4 algorithms cost per angle and interface in a curve? 100 layers × 200 angles of soft x rays,
-// where the contrasts are large; beside each the plain textbook loop.
+// How long do the 4×4 algorithms take per angle and interface in a curve? 100 layers × 200 angles of soft x
+// rays, where the contrasts are large, each compared with the plain textbook loop.
 #include <benchmark/benchmark.h>
 
 #include <cmath>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// How long does the program take from its start to its exit? Beside it the same for /bin/true, which is what
-// the system itself needs to start and reap a process.
+// How long does the program take from its start to its exit? Compared with /bin/true, the time that the
+// system itself needs to start and reap a process.
 #include <benchmark/benchmark.h>
 
 #include <string>

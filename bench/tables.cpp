@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// How fast is a column file read, sorted and queried? Beside each stands the plain form of the same work.
+// How fast is a column file read, sorted and queried? Each is compared with the plain form of the same work.
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 

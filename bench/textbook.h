@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The recursion of Parratt as a textbook has it: std::complex<double>, one angle after the other, both
-// polarisations. The measure of all benchmarks of curves.
+// The Parratt recursion as in a textbook: std::complex<double>, one angle after the other, both
+// polarisations. The reference of all benchmarks of curves.
 #pragma once
 
 #include <cmath>

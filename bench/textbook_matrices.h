@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The two 4×4 algorithms as one writes them from the papers: the four modes of each slab, whole matrices, a
 // general inverse, one roughness factor for each element, one angle after the other. With row vectors of
-// amplitudes a, continuity at an interface reads a_up D_up = a_lo D_lo. The measure of all benchmarks of the
-// matrix algorithms.
+// amplitudes a, continuity at an interface reads a_up D_up = a_lo D_lo. The reference of all benchmarks of
+// the matrix algorithms.
 //
 // J. Zak, E. R. Moog, C. Liu and S. D. Bader, J. Magn. Magn. Mater. 89, 107 (1990), and Phys. Rev. B 43, 6423
 // (1991); reflection from the matrix of a stack: P. Yeh, Surf. Sci. 96, 41 (1980).
@@ -18,7 +18,7 @@ struct TextbookSlab {
   Value n = 1;
   double d = 0;
   double sigma = 0;       ///< of the interface above
-  bool magnetic = false;  ///< the tensor counts in place of n
+  bool magnetic = false;  ///< the tensor replaces n
   std::array<std::array<Value, 3>, 3> eps{};
   Value Q = 0;  ///< magnetic strength of the first-order algorithm
 };

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// What a textbook loop of 4×4 matrices stands on: std::complex<double>, the product as a triple loop, the
+// The tools of a textbook loop of 4×4 matrices: std::complex<double>, the product as a triple loop, the
 // inverse by elimination with row pivots (Gauss and Jordan), the quartic in closed form.
 #pragma once
 
@@ -52,9 +52,8 @@ inline Matrix Invert(Matrix a) {
   return inverse;
 }
 
-/// The roots of a4 z⁴ + a3 z³ + a2 z² + a1 z + a0 by the method of Ferrari, each improved by ten rounds of
-/// Newton steps, of which those that increase the modulus of the polynomial are not taken. Sorted by falling
-/// real part.
+/// The roots of a4 z⁴ + a3 z³ + a2 z² + a1 z + a0 by the method of Ferrari, each improved by up to ten Newton
+/// steps; steps that increase the modulus of the polynomial are not taken. Sorted by falling real part.
 inline Roots SolveQuartic(const Value& a4, const Value& a3, const Value& a2, const Value& a1,
                           const Value& a0) {
   const Value A = a3 / a4, B = a2 / a4, C = a1 / a4, E = a0 / a4;

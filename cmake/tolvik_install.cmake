@@ -1,6 +1,6 @@
-# What `cmake --install` puts where, and the package that find_package(tolvik) finds.
+# The files and places of `cmake --install`, and the package that find_package(tolvik) finds.
 #
-# A room that others may link is installed as a static library, tolvik::ROOM. Its public headers stand in
+# A room that others may link is installed as a static library, tolvik::ROOM. Its public headers are in
 # include/tolvik/, where programs and other rooms find them under one name, installed or not: <tolvik/state_file.h>.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
@@ -16,7 +16,7 @@ function(tolvik_install_rooms set)
           INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 endfunction()
 
-# The set Targets needs nothing but Tolvik. Those who ask for the component analysis need what the rooms below it link.
+# The set Targets needs nothing but Tolvik. The component analysis also needs the libraries that the rooms below it link.
 install(TARGETS Tolvik tolvik EXPORT tolvikTargets INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 tolvik_install_rooms(Targets model optics)
 set(sets Targets)

@@ -1,7 +1,7 @@
 # tolvik::levmar, the Levenberg-Marquardt library of M. Lourakis (box constraints, no LAPACK needed).
 #
-# In this order: the folder named by -DLEVMAR_SOURCE_DIR=, an installed library, the source that scripts/setup has
-# put into the user's cache folder. A source folder is built as a static library of the double routines.
+# Looked for in this order: the folder named by -DLEVMAR_SOURCE_DIR=, an installed library, the source that scripts/setup
+# has put into the user's cache folder. A source folder is built as a static library of the double routines.
 # fit/levmar_call.cpp gets TOLVIK_LEVMAR_HEADER, the header to include, and TOLVIK_LEVMAR_SCALED where dlevmar_bc_dif has the
 # scaling argument of levmar 2.6.
 include(CheckCXXSourceCompiles)
@@ -21,7 +21,7 @@ function(tolvik_levmar_accepts result header arguments)
   set(${result} ${${result}} PARENT_SCOPE)
 endfunction()
 
-# Finds out which form of the call holds; tolvik_levmar_form becomes "plain", "scaled" or empty.
+# Finds out which form of the call compiles; tolvik_levmar_form becomes "plain", "scaled" or empty.
 function(tolvik_levmar_find_form header key)
   tolvik_levmar_accepts(TOLVIK_LEVMAR_PLAIN_${key} ${header} "f, v, v, 0, 0, v, v, 0, v, v, v, v, nullptr")
   tolvik_levmar_accepts(TOLVIK_LEVMAR_SCALED_${key} ${header} "f, v, v, 0, 0, v, v, v, 0, v, v, v, v, nullptr")
@@ -41,7 +41,7 @@ function(tolvik_levmar_describe header)
   endif()
 endfunction()
 
-# An installed one: header and library, and a call of it links.
+# An installed levmar: header and library are there, and a call of it links.
 function(tolvik_levmar_use_installed)
   find_path(TOLVIK_LEVMAR_INCLUDE_DIR NAMES levmar.h lm.h PATH_SUFFIXES levmar)
   find_library(TOLVIK_LEVMAR_LIBRARY NAMES levmar)
@@ -72,8 +72,8 @@ function(tolvik_levmar_use_installed)
   endif()
 endfunction()
 
-# A source folder. Third-party code: no warnings, no sanitizing of undefined behaviour, but the same promise about
-# the order of operations; -fexceptions because a callback may throw.
+# A source folder. Third-party code: no warnings, no sanitizing of undefined behaviour, but the same order of
+# operations; -fexceptions because a callback may throw.
 function(tolvik_levmar_use_source folder)
   file(STRINGS ${folder}/lm.h without_lapack REGEX "^ *#undef HAVE_LAPACK")
   if(NOT without_lapack)

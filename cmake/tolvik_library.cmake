@@ -1,6 +1,6 @@
 # build/libtolvik.so, the same code as the program, loadable by a front end.
 #
-# Every room goes in whole: a front end calls functions that nothing in the library calls.
+# Every room is included whole: a front end calls functions that the library itself does not call.
 set(rooms tolvik_app tolvik_server tolvik_fit tolvik_engine tolvik_script tolvik_model tolvik_optics)
 list(JOIN rooms "," rooms_whole)
 function(tolvik_link_rooms target)
@@ -8,8 +8,8 @@ function(tolvik_link_rooms target)
   set_target_properties(${target} PROPERTIES LINK_LIBRARY_OVERRIDE "WHOLE_ARCHIVE,${rooms_whole}")
 endfunction()
 
-# The exported names are those that tolvik.h marks, and no others: hidden visibility alone would let the weak symbols
-# of the standard library's templates out, and a front end could pick up ours for its own.
+# The exported names are exactly those that tolvik.h marks: hidden visibility alone would export the weak symbols of the
+# standard library's templates, and a front end could link ours instead of its own.
 set(header ${PROJECT_SOURCE_DIR}/include/tolvik/tolvik.h)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${header})
 file(STRINGS ${header} marked REGEX "^TOLVIK_EXPORT .*[(]")

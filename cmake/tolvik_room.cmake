@@ -1,6 +1,6 @@
 # tolvik_room(NAME [LOWER room] [LIBRARIES lib...])
 #
-# One folder of src/ as one static library tolvik_NAME, and its tests (the *_test.cpp beside the code) as one
+# Makes one folder of src/ one static library tolvik_NAME, and its tests (the *_test.cpp beside the code) one
 # program tolvik_NAME_tests. A test program links its own room and the rooms below only, so that a call of a
 # higher room fails to link. src/app/main.cpp belongs to the program, not to the room.
 function(tolvik_room name)
@@ -21,7 +21,7 @@ function(tolvik_room name)
   if(ROOM_LOWER)
     target_link_libraries(tolvik_${name} PUBLIC tolvik_${ROOM_LOWER})
   endif()
-  # Shared headers of the system, in clang's sanitizer builds only: a file that forgets an include must fail somewhere.
+  # System headers are precompiled in clang's sanitizer builds only: a file that lacks an include must fail in some build.
   if(NOT TOLVIK_SANITIZE OR NOT CMAKE_CXX_COMPILER_ID MATCHES Clang)
   elseif(ROOM_LOWER)
     target_precompile_headers(tolvik_${name} REUSE_FROM tolvik_optics)

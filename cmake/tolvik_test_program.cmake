@@ -1,6 +1,6 @@
-# tolvik_test_support: what the tests of all rooms share, a precompiled header among it. It holds headers of the system
-# only, so that a change of ours compiles no more than it would without; and for g++ only the one that every test
-# includes anyway, so that a file that forgets an include fails somewhere.
+# tolvik_test_support: common code of the tests of all rooms, and a precompiled header. It holds system headers only, so
+# that a change of our headers compiles no more than without it; for g++ it holds only the one that every test includes,
+# so that a file that lacks an include fails in some build.
 add_library(tolvik_test_support STATIC ${PROJECT_SOURCE_DIR}/tests/support/http_client.cpp)
 target_include_directories(tolvik_test_support PUBLIC ${PROJECT_SOURCE_DIR}/tests)
 target_link_libraries(tolvik_test_support PRIVATE tolvik_flags GTest::gtest)
@@ -13,7 +13,7 @@ endif()
 # Tests are compiled far more often than they run: only the libraries are optimised. Besides, g++ 12 warns of
 # out-of-bounds copies inside std::string, which do not happen, where it optimises what a precompiled header holds.
 set(tolvik_test_options -O0)
-# A precompiled header wants the same code generation as its users, which are programs: -fPIE, not -fPIC.
+# A precompiled header needs the same code generation as its users, which are programs: -fPIE, not -fPIC.
 set_target_properties(tolvik_test_support PROPERTIES POSITION_INDEPENDENT_CODE OFF)
 target_compile_options(tolvik_test_support PRIVATE ${tolvik_test_options} -fPIE)
 

@@ -4,10 +4,9 @@
 
     fit_film.py [PROGRAM [FOLDER]]      default: build/Tolvik and build/fit_film
 
--fit never ends by itself: each run is stopped here when a step that saves has come by, as a user would with Ctrl-C.
-The data were made for 212 A, delta 2.4318e-05, roughness 5.5 A on the film and 3 A below. What comes out is a lesson:
-the simplex walks into a local minimum with a wrong roughness; Levenberg-Marquardt and annealing find the truth.
-The picture needs gnuplot.
+-fit never ends by itself: each run is stopped here after a step that saves, as a user would with Ctrl-C.
+The data were made for 212 A, delta 2.4318e-05, roughness 5.5 A on the film and 3 A below. The simplex ends in a local
+minimum with a wrong roughness; Levenberg-Marquardt and annealing find the truth. The picture needs gnuplot.
 """
 import pathlib
 import subprocess
@@ -21,7 +20,7 @@ FITS = [("simplex", ["fitalgorithm = 0"], 600),
 
 
 def fit(program, state, last_step):
-    """Runs -fit until the state of that step is saved. Gives the last error printed."""
+    """Runs -fit until the state of that step is saved. Returns the last error printed."""
     error = None
     with subprocess.Popen([program, "-fit", state], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True) as run:
         for line in run.stdout:

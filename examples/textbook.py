@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The textbook calculation beside the examples: a plain Parratt recursion for sigma polarisation.
+"""The textbook calculation of the examples: a plain Parratt recursion for sigma polarisation.
 
-It shares nothing with the program: it makes the measured points of the nickel example, and the tests hold every
-example's curve against it. Parratt, Phys. Rev. 95, 359 (1954); roughness factor exp(-2 k_a k_b s^2) of Nevot and
+It shares no code with the program: it makes the measured points of the nickel example, and the tests compare the curve
+of every example with it. Parratt, Phys. Rev. 95, 359 (1954); roughness factor exp(-2 k_a k_b s^2) of Nevot and
 Croce, Rev. Phys. Appl. 15, 761 (1980). Lengths in angstrom, qz in 1/angstrom, energy in eV.
 
     textbook.py curve STATE      qz and R on the state's grid
@@ -17,7 +17,7 @@ ENERGY_TIMES_LAMBDA = 12398.326  # eV angstrom
 
 
 def read_state(path):
-    """Layers (substrate first; dicts of d, delta, beta, sigma), energy and the grid. Enough for these examples."""
+    """Returns layers (substrate first; dicts of d, delta, beta, sigma) and numbers: the keys that these examples use."""
     layers, numbers = [], {}
     with open(path, encoding="utf-8") as file:
         for line in file:

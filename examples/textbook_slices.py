@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """The textbook calculation of the examples that are sliced, magnetic or given by elements.
 
-Shares nothing with the program: even slices of error-function interfaces, the index shift of a magnetic layer, and the
+It shares no code with the program: even slices of error-function interfaces, the index shift of a magnetic layer, and the
 Parratt recursion for sigma and pi with the Nevot-Croce factor. Lengths in angstrom, energies in eV.
 
     textbook_slices.py STATE      qz and R on the state's grid

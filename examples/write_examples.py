@@ -154,7 +154,7 @@ def trilayer_lines():
 
 
 def element_lines(film, substrate, thickness):
-    """One element a block: its density in mol/cm^3 in the substrate, the film and the ambient."""
+    """One block per element: its density in mol/cm^3 in the substrate, the film and the ambient."""
     lines = [f"# {film} film of {thickness:g} A on {substrate}, by chemical elements", "#",
              "# f1 = Z + f' and f2 = f'' at 8048 eV from International Tables for Crystallography, Vol. C (1992),",
              "# table 4.2.6.8 (Cu K-alpha); densities in mol/cm^3 are mass density over atomic weight:"]

@@ -13,7 +13,7 @@ namespace tolvik::bench {
 
 namespace {
 
-// The indices are rounded to T: beside 1 a float holds two or three digits of a decrement.
+// The indices are rounded to T: near 1 a float keeps two or three digits of a decrement.
 template <class T>
 Work TextbookParrattOf(const Stack& stack, int angles) {
   auto layers = std::make_shared<std::vector<TextbookLayer>>();
@@ -98,7 +98,7 @@ Row MatrixRow(const char* name, const char* title, std::int32_t algorithm, Magne
           ? TextbookMatricesOf(stack, kAngles, TextbookTensor{kK0}, magnetism)
           : TextbookMatricesOf(stack, kAngles,
                                TextbookFirstOrder{kK0, kMagGamma * kRadians, kMagPhi * kRadians}, magnetism);
-  // Near qz 0.045 the growing waves of 2000 Å cost either side eight digits of the first-order matrices.
+  // Near qz 0.045 the growing waves of 2000 Å cost both sides eight digits of the first-order matrices.
   const double tolerance = magnetism == Magnetism::kFirstOrder ? 1e-7 : 1e-8;
   return {name,      title,   kAngles * static_cast<double>(stack.size() - 1),
           tolerance, measure, EngineOf<double>(stack, kAngles, algorithm, magnetism)};

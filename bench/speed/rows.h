@@ -15,14 +15,14 @@ struct Row {
   const char* name;
   const char* title;
   double steps;      ///< angles times interfaces
-  double tolerance;  ///< largest relative difference of the two, as far as rounding explains it
+  double tolerance;  ///< largest relative difference of the two that rounding explains
   Work measure;      ///< the textbook loop
   Work work;         ///< the engine with the lanes in use
 };
 
 std::vector<Row> AllRows();
 
-/// The row of the recursion in MPFR, whose measure is the same recursion over a number on the heap.
+/// The row of the recursion in MPFR, compared with the same recursion over a number on the heap.
 Row MpfrRow();
 
 }  // namespace tolvik::bench

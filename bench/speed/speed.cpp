@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// How fast are the lanes? For each kind of work and each instruction set of this processor the time for one
-// angle and one interface, and how many times less that is than the textbook loop takes for the same work in
-// the same run.
+// How fast are the lanes? Prints for each kind of work and each instruction set of this processor the time
+// for one angle and one interface, and the ratio of the time of the textbook loop for the same work in the
+// same run to it.
 //
 //   speed            a table
 //   speed --tsv      one line for each row and set: name, set, ns, ratio, separated by tabs
-//   speed --check    no times: whether all contestants of a row calculate the same, with the largest
-//   differences
+//   speed --check    no times: checks that all contestants of a row calculate the same; prints the largest
+//                    differences
 //
-// A row whose contestants disagree gets no figures but fails the run.
+// A row whose contestants disagree gets no figures, and the run fails.
 #include <cmath>
 #include <cstdio>
 #include <limits>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Times that compare: each is the shortest of many runs, and the contestants take turns, so that a busy
-// machine disturbs all of them alike.
+// Comparable times: each is the shortest of many runs, and the contestants take turns, so that a busy machine
+// disturbs all of them alike.
 #pragma once
 
 #include <time.h>
@@ -21,9 +21,9 @@ inline double SecondsOfClock(clockid_t clock) {
 }
 
 /// The shortest time of each contestant, s, over at least seven rounds and as many more as fit into two
-/// seconds. Each turn is a few runs, of which the first finds caches full of another's data and a processor
-/// that takes some microseconds to change the width of its registers. clock: processor time of all threads,
-/// or CLOCK_MONOTONIC.
+/// seconds. Each turn is a few runs: in the first the caches hold the data of another contestant, and the
+/// processor needs some microseconds to change the width of its registers. clock: processor time of all
+/// threads, or CLOCK_MONOTONIC.
 inline std::vector<double> ShortestTimes(const std::vector<std::function<void()>>& contestants,
                                          clockid_t clock = CLOCK_PROCESS_CPUTIME_ID) {
   constexpr double kSeconds = 2.0;

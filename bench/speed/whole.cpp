@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// What do whole calculations take, and how much of that is not the reflectivity kernel? The curve, the fit,
-// the map and the program itself, for each instruction set of this processor.
+// How long do whole calculations take, and how much of that is not the reflectivity kernel? The curve, the
+// fit, the map and the program itself, for each instruction set of this processor.
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -83,7 +83,7 @@ void PrintCurves() {
       [&] { CalcAsymmetryDLL(&curve, &magnet); });
 }
 
-// One figure is what remains when the work ends before its kernel, the other the whole.
+// Two figures: the time when the work ends before its kernel, and the whole time.
 void PrintShare(const char* title, double calls, const std::function<void()>& whole,
                 const std::function<void()>& around) {
   std::vector<std::function<void()>> contestants;

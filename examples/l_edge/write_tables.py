@@ -5,13 +5,13 @@
     write_tables.py            writes them beside this script
     write_tables.py FOLDER     writes them into FOLDER (the test compares)
 
-These are not measured constants. They are Lorentz oscillators, so delta and beta belong together (Kramers-Kronig),
-with positions and strengths of the size known for cobalt:
+These are not measured constants. They are Lorentz oscillators, so delta and beta obey the Kramers-Kronig relation; their
+positions and strengths are near those of cobalt:
 
     -delta + i beta = 1/2 sum_j A_j / (E_j^2 - E^2 - i G_j E) + background
 
 The magnetic constants deltam and betam are the same sum with the strengths B_j, of opposite sign at the two edges, as
-spin and orbit demand; a helicity sees delta +- deltam and beta +- betam. The background of all materials is
+spin and orbit demand; the two helicities have delta +- deltam and beta +- betam. The background of all materials is
 delta = delta_0 (E_0/E)^2, beta = beta_0 (E_0/E)^3 at E_0 = 778.1 eV, the usual fall far from edges.
 """
 import pathlib
