@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The growable array and the text of all records that cross the boundary to a front end.
+// The growable array and the text type of all records that cross the boundary to a front end.
 #pragma once
 
 #include <algorithm>
@@ -60,7 +60,7 @@ class CArray {
   void Append(const T& value) { Emplace(value); }
   void Append(T&& value) { Emplace(std::move(value)); }
 
-  /// Makes the array count elements long, each a copy of value; what it held is dropped.
+  /// Makes the array count elements long, each a copy of value; the old elements are dropped.
   void Assign(std::int32_t count, const T& value) {
     CArray fresh;
     if (count > 0) {
@@ -194,7 +194,7 @@ class CCharArray : public CArray<char> {
   std::string_view View() const {
     return size > 1 ? std::string_view(data, static_cast<std::size_t>(size) - 1) : std::string_view();
   }
-  /// The text as C knows it; never null.
+  /// The text as a C string; never null.
   const char* CStr() const { return size > 0 ? data : ""; }
 
   /// Compares the bytes; empty and cleared texts are equal.

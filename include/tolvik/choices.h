@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Names for the numbers that the records hold where a setting is a choice.
+// Names for the numbers of settings that are a choice.
 //
-// Each struct bears the name of its member in CamelCase: state.algorithm = Algorithm::kMatrixTwo. The members
-// stay std::int32_t, because a state file or a front end may put any number there; a member's comment says
-// which of its numbers without a name have a meaning.
+// Each struct has the name of its member in CamelCase: state.algorithm = Algorithm::kMatrixTwo. The members
+// stay std::int32_t, since a state file or a front end may put any number there; the comment of a struct
+// gives the meaning of numbers without a name.
 #pragma once
 
 #include <cstdint>
@@ -37,7 +37,7 @@ struct Algorithm {
   };
 };
 
-/// CState::scattering: the intensity that the matrix algorithms give; non-zero is transmission.
+/// CState::scattering: the intensity that the matrix algorithms return; non-zero is transmission.
 struct Scattering {
   enum Value : std::int32_t {
     kReflection = 0,
@@ -62,8 +62,8 @@ struct LayerSegmentationMode {
   };
 };
 
-/// CState::segmentationmodel: how the constants at a depth come from those of the layers; any other number is
-/// kSteps.
+/// CState::segmentationmodel: how the constants at a depth follow from those of the layers; any other number
+/// is kSteps.
 struct SegmentationModel {
   enum Value : std::int32_t {
     kProductOfInterfaces = 0,  ///< weights of the layers: products over all interfaces, normalised
@@ -102,7 +102,7 @@ struct FitAlgorithm {
   };
 };
 
-/// COpticalTable::kind: who names the files.
+/// COpticalTable::kind: the record that names the files.
 struct TableKind {
   enum Value : std::int32_t {
     kLayer = 0,    ///< layer_db of a layer: .db, .m and .e
@@ -110,7 +110,7 @@ struct TableKind {
   };
 };
 
-/// CMapRange::id1 and id2: what an axis of a map is.
+/// CMapRange::id1 and id2: the quantity on an axis of a map.
 struct MapAxis {
   enum Value : std::int32_t {
     kEnergy = 0,
@@ -118,7 +118,7 @@ struct MapAxis {
   };
 };
 
-/// CFitVariable::fit_id: what a fit variable changes; any other number changes nothing.
+/// CFitVariable::fit_id: the kind of number that a fit variable changes; any other number changes nothing.
 struct FitKind {
   enum Value : std::int32_t {
     kThickness,

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// One curve over qz: a measurement, or with the same layout a calculated result.
+// One curve over qz: a measurement or, with the same layout, a calculated result.
 #pragma once
 
 #include <cstdint>
@@ -8,11 +8,12 @@
 
 namespace tolvik {
 
-/// A measurement and how its numbers map onto the model: (value + translator) * multiplicator at
-/// qz + qztranslation. A curve array is empty when that curve was not measured, else as long as dataset_qz.
+/// A measurement and the scale of its numbers: a measured value is compared as
+/// (value + translator) * multiplicator at qz + qztranslation. A curve array is empty when that curve was not
+/// measured, else as long as dataset_qz.
 struct CDataset {
   double datasetenergy = 0;      ///< photon energy, eV
-  double datasetresolution = 0;  ///< half width of the qz resolution, Å⁻¹
+  double datasetresolution = 0;  ///< width of the qz resolution, two standard deviations, Å⁻¹
   double datasetmultiplicator = 1.0;
   double datasettranslator = 0;
   double datasetqztranslation = 0;  ///< Å⁻¹

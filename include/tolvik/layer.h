@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Records of the sample: layers, element profiles and the magnetic depth profile. Lengths in Å.
 //
-// The order and the types of all members are the contract with a front end and pinned in
-// model/record_layout.cpp.
+// The order and the types of all members are the contract with a front end; model/record_layout.cpp pins
+// them.
 #pragma once
 
 #include <complex>
@@ -25,8 +25,8 @@ struct CLayer {
   double layer_sigma = 0;                     ///< roughness of the interface above, Å
   std::complex<double> scalarindex = {1, 0};  ///< derived: index at the present angle
   CCharArray layer_db = "vacuum";             ///< stem of the optical tables, or a material name
-  double layer_density = 0;                   ///< carried for the front end
-  CCharArray layer_material;                  ///< carried for the front end
+  double layer_density = 0;                   ///< kept for the front end, not used
+  CCharArray layer_material;                  ///< kept for the front end, not used
 
   /// Tensor element by row and column, 0 = x (sigma field), 1 = y (along the beam), 2 = z.
   std::complex<double>& Epsilon(int row, int column) { return epsilon[4 * row + column]; }

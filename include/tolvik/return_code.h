@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The numbers that the exported functions return.
+// Return codes of the exported functions.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +15,7 @@ struct ReturnCode {
     kScriptCompilation = 3,
     kScriptExecution = 4,
     kUnknownError = 5,   ///< an exception inside a calculation
-    kTablesMissing = 6,  ///< optical tables are missing; of the map command alone
+    kTablesMissing = 6,  ///< optical tables are missing; of the map command only
   };
 };
 

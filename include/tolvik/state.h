@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The whole project: sample, scattering setup, calculation and fit options, measurements, scripts.
 //
-// The order and the types of all members are the contract with a front end and pinned in
-// model/record_layout.cpp. A member that the state file knows bears its key as its name,
-// and the numbers of a choice have names in choices.h. Lengths in Å, qz in
-// Å⁻¹, energies in eV.
+// The order and the types of all members are the contract with a front end; model/record_layout.cpp pins
+// them. A member that the state file stores has its key as its name. choices.h names the numbers of choices.
+// Lengths in Å, qz in Å⁻¹, energies in eV.
 #pragma once
 
 #include <cstdint>
@@ -23,7 +22,7 @@ struct CFitVariable {
   double fit_delta = 0;  ///< step; 0.1 in a variable read from a file
   double fit_upper_boundary = 1e10;
   double fit_lower_boundary = -1e10;
-  std::int32_t fit_id = FitKind::kThickness;  ///< what the variable changes
+  std::int32_t fit_id = FitKind::kThickness;  ///< kind of the variable
   std::int32_t fit_additional_id = -1;        ///< index inside that kind: layer, gauss function, slice, row
   std::int32_t fit_element_id = -1;           ///< index of the element layer
   std::int32_t fit_dataset1 = -1;             ///< datasets that the variable is tied to; -1 none
@@ -55,7 +54,7 @@ struct CState {
   CArray<CElementLayer> elementlayers;
   std::int32_t currentelement = -1;
   double lambda = 0;      ///< wavelength, Å
-  double resolution = 0;  ///< half width of the qz resolution, Å⁻¹
+  double resolution = 0;  ///< width of the qz resolution, two standard deviations, Å⁻¹
   double fitqzmin = 0;
   double fitqzmax = 10.0;
   double fittemp = 0;

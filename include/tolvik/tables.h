@@ -22,7 +22,7 @@ class CColumnTable {
   std::uint32_t count = 0;    ///< rows in use
   std::int32_t capacity = 0;  ///< rows allocated; grows by the rule of CArray
   CColumnRow* rows = nullptr;
-  std::int32_t columns = 0;  ///< values of a row
+  std::int32_t columns = 0;  ///< values per row
   std::uint32_t cursor = 0;  ///< where the last interpolation ended
 
   CColumnTable() = default;
@@ -86,7 +86,7 @@ class CColumnTable {
   const CColumnRow* end() const { return rows + count; }
 
  private:
-  // True when the rows of the other fit into those that are here, so that nothing has to be allocated.
+  // True when the rows of the other table fit into the existing ones, so that nothing has to be allocated.
   bool HasShapeOf(const CColumnTable& other) const {
     const auto same = [](const CColumnRow& a, const CColumnRow& b) {
       return a.values.capacity == b.values.size;
