@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Reading of column files. Plain numbers are read by std::from_chars; a line that holds anything else goes
-// through a text stream, whose extraction defines what a row is.
+// Reads column files. Plain numbers are read by std::from_chars; a line with anything else goes through a
+// text stream, whose extraction defines the row.
 #include <charconv>
 #include <cstring>
 #include <fstream>
@@ -21,7 +21,7 @@ bool IsBlank(char c) {
 
 enum class Token { kNumber, kEnd, kUnusual };
 
-// Takes one number off the text. kUnusual leaves value as it is: it may still be a number to a stream.
+// Takes one number off the text. kUnusual leaves value unchanged: a stream may still read a number there.
 Token TakeNumber(const char*& at, const char* end, double& value) {
   while (at != end && IsBlank(*at)) ++at;
   if (at == end) return Token::kEnd;
@@ -41,7 +41,7 @@ class RowReader {
  public:
   explicit RowReader(CColumnTable& table) : table_(table) {
     row_.values.Assign(table.columns, 0.0);
-    stream_.imbue(std::locale::classic());  // whatever locale a front end has set
+    stream_.imbue(std::locale::classic());  // a front end may have set another locale
   }
 
   void TakeLine(const char* begin, const char* end) {

@@ -33,7 +33,7 @@ Rows ReadText(const std::string& text, std::int32_t columns = 2) {
   return RowsOf(table);
 }
 
-// What the rows are, told by the text streams that define them.
+// The rows by the text streams that define them.
 Rows ReadByStreams(const std::string& text, std::size_t columns) {
   Rows rows;
   std::vector<double> row(columns + 1);

@@ -13,8 +13,8 @@ bool ByEnergy(const CColumnRow& a, const CColumnRow& b) {
   return a.energy < b.energy;
 }
 
-// The first row above a bracket of energy, which lies strictly inside the table. Rows that are not numbers
-// may stand anywhere but at the front, so every walk stops at the ends of the table.
+// The first row above a bracket of energy, which lies strictly inside the table. NaN rows may stand anywhere
+// but at the front, so every search stops at the ends of the table.
 std::uint32_t FindUpperRow(const CColumnTable& table, double energy) {
   const std::uint32_t last = table.count - 1;
   std::uint32_t at = table.cursor <= last ? table.cursor : 0;
@@ -37,8 +37,8 @@ void CopyRow(const CColumnTable& table, const CColumnRow& row, std::span<double>
 }  // namespace
 
 void SortColumnTable(CColumnTable& table) {
-  // Exchanging neighbours while the left energy is greater ends in the stable order of every run of numbers,
-  // and no exchange ever passes a NaN.
+  // Exchanging neighbours while the left energy is greater ends in the stable order of every run of numbers
+  // between NaNs, which no exchange passes.
   CColumnRow* run = table.begin();
   while (run != table.end()) {
     CColumnRow* end = std::find_if(run, table.end(), [](const auto& row) { return std::isnan(row.energy); });

@@ -35,7 +35,7 @@ double At(CColumnTable& table, double energy) {
   return values[0];
 }
 
-// The sort in its plain form: passes of neighbour exchanges until nothing moves.
+// The plain sort: passes of neighbour exchanges until nothing moves.
 void SortByExchanges(CColumnTable& table) {
   for (bool moved = true; moved;) {
     moved = false;
@@ -254,8 +254,8 @@ TEST(ColumnTable, KnowsWhetherItAscends) {
   EXPECT_FALSE(IsColumnTableAscending(MakeTable({1, kNan, 3})));
 }
 
-// Wherever the cursor stood, the walk takes the rows that the walk from the first row takes. The values are
-// such that the two ways to the energy of a row round differently.
+// From any cursor the search finds the rows that the search from the first row finds. The values are such
+// that the two ways to the energy of a row round differently.
 TEST(ColumnTable, ACursorMovedBelowWalksAsInANewTable) {
   std::mt19937 random(5);
   std::uniform_real_distribution<double> uniform(-1, 1);

@@ -9,7 +9,7 @@ namespace tolvik {
 namespace {
 
 constexpr double kTwoOverPi = 0.6366197723675814;
-constexpr double kOffGrid = 0.01;  // eV; no logarithm sees zero at an energy of the table
+constexpr double kOffGrid = 0.01;  // eV; keeps the logarithms finite at the energies of the table
 constexpr double kFarField = 5.0;  // eV
 
 // g = beta E² as a triangle over the energies a, b, c with its top at b.
@@ -45,7 +45,7 @@ double NearFieldIntegral(const Hat& hat, double w) {
   return w * (L4 * hat.l / 2 + L2 * hat.r / 2) + hat.K + L1 * hat.G_r + L3 * hat.G_l;
 }
 
-// What a hat takes from D at a row of that energy.
+// The contribution of a hat that is subtracted from D at a row of that energy.
 double HatTransform(const Hat& hat, double energy) {
   const double w = energy + kOffGrid;
   const bool far = std::abs(hat.b - w) >= kFarField;

@@ -9,9 +9,9 @@
 //
 //   D(w) = -(2/π) P∫ E g(E) / (E² - w²) dE + C,          C = (2/π) ∫ g(E) / E dE,
 //
-// where the constant C, and all that lies outside the table, is the `offset` of FromTransformForm. With beta
-// E² as a sum of triangles ("hats") over the rows, the integral over each triangle has a closed form. As the
-// transform is linear, a fit changes one value of beta by the transform of one hat.
+// where the constant C, and the contribution from outside the table, is the `offset` of FromTransformForm.
+// With beta E² as a sum of triangles ("hats") over the rows, the integral over each triangle has a closed
+// form. As the transform is linear, a fit changes one value of beta by the transform of one hat.
 //
 // A two-column table is in one of two forms:  plain: delta, beta;  transform form: D, g.
 #pragma once
@@ -36,21 +36,22 @@ void FromTransformForm(CColumnTable& table, double offset);
 /// P∫ E g / (E² - w²) dE over the triangle g of that height with its feet on the neighbouring rows, at
 /// w = E_j + 0.01 eV: the shift keeps w off the grid. From |E_index - w| >= 5 eV on the triangle counts as a
 /// point of the same area.
-/// The first and the last row, an index outside the table and a table without two columns are left alone: the
-/// triangle has no second foot there. A row that lies 0.01 eV below another makes an infinite value.
-/// Column 0 accumulates: a hat is changed on a copy of the table without it.
+/// The first and the last row have no second foot: they, an index outside the table and a table without two
+/// columns are not changed. A row that lies 0.01 eV below another gives an infinite value. Column 0
+/// accumulates: to change a hat, start from a copy of the table without it.
 void KramersKronigHat(CColumnTable& table, std::int32_t index, double height);
 
-/// What KramersKronigHat does, for a fit that adds hats to copies of the same table again and again and moves
-/// few heights in between: what the hat of a row subtracted last is kept, and serves while its height is the
-/// same, at 8 bytes a row. Column 0 comes out bit for bit as KramersKronigHat makes it, in the same order.
+/// KramersKronigHat for a fit that adds hats to copies of the same table again and again and changes few
+/// heights in between: the last contribution of each hat is kept and reused while its height is the same, at
+/// 8 bytes per row. Column 0 equals that of KramersKronigHat in the same order, bit for bit.
 ///
 /// One evaluation: Begin(table), any Add and Set, End(table), with no other change to column 0 in between.
 class KramersKronigSum {
  public:
-  /// Takes column 0 over. What is kept is dropped when the energies are not those of the last evaluation.
+  /// Takes column 0 over. Kept contributions are dropped when the energies are not those of the last
+  /// evaluation.
   void Begin(const CColumnTable& table);
-  /// KramersKronigHat, with column 0 left to End().
+  /// KramersKronigHat; End() writes column 0.
   void Add(CColumnTable& table, std::int32_t index, double height);
   /// Column 0 of a row of the table.
   void Set(std::int32_t index, double value) { column_[static_cast<std::size_t>(index)] = value; }
@@ -67,23 +68,23 @@ class KramersKronigSum {
   std::vector<Kept> kept_;
 };
 
-/// Column 0 from nothing: the transform of all hats, whose heights are in column 1. The first and the last
+/// Calculates column 0 anew: the transform of all hats, whose heights are in column 1. The first and the last
 /// row contribute nothing, and no tail is added outside the table. Nothing happens unless the table has two
 /// columns; with fewer than three rows column 0 is zero.
 void KramersKronigAll(CColumnTable& table);
 
-/// Removes the rows with lo < E < hi, strictly. `cursor` stays, also where it now lies behind the last row.
+/// Removes the rows with lo < E < hi, strictly. `cursor` stays, even if it is then beyond the last row.
 void CutColumnTable(CColumnTable& table, double lo, double hi);
 
 /// Replaces the rows between emin and emax by a grid of that step, refined to `target` rows where linear
 /// interpolation on the grid is farthest from the table: again and again the interval with the largest sum of
 /// squared differences at each 0.1 eV, divided by its width, gets its midpoint. Energies in eV.
-/// The table is left as it is when grid and table agree everywhere before `target` is reached, when there is
+/// The table does not change when grid and table agree everywhere before `target` is reached, when there is
 /// no window (emin < emax and step > 0 finite, at least one step) or the grid or the sampling would have more
 /// than kMostResampledPoints points.
 void ResampleColumnTable(CColumnTable& table, double emin, double emax, double step, std::int32_t target);
 
-/// Where ResampleColumnTable gives up; beyond every table of practice.
+/// The largest size of ResampleColumnTable; larger than any table in practice.
 inline constexpr std::int32_t kMostResampledPoints = 1000000;
 
 }  // namespace tolvik

@@ -45,7 +45,7 @@ CColumnTable AddBySum(KramersKronigSum& sum, CColumnTable table, const std::vect
   return table;
 }
 
-// Every bit, but a NaN counts as a NaN.
+// Compares every bit; all NaNs count as equal.
 void ExpectSame(const CColumnTable& a, const CColumnTable& b) {
   ASSERT_EQ(a.count, b.count);
   for (std::uint32_t j = 0; j < a.count; ++j) {
@@ -100,7 +100,7 @@ TEST(KramersKronigSum, NaNInfinityAndSignedZeroTravelAsInTheHat) {
     for (const std::int32_t index : {1, 2, 3})
       ExpectSame(AddBySum(sum, table, {{index, height}}), AddPlainly(table, {{index, height}}));
   }
-  // A NaN among the energies is no reason to trust what was kept.
+  // With a NaN among the energies kept contributions must not be reused.
   table.rows[3].energy = std::nan("");
   for (int i = 0; i < 2; ++i) ExpectSame(AddBySum(sum, table, {{1, 2.0}}), AddPlainly(table, {{1, 2.0}}));
 }

@@ -26,7 +26,7 @@ bool SetLayer(CState& state, CLayer& layer, double energy) {
   const std::int32_t found = FindOpticalTable(layer.layer_db.View(), state.opticaltables, TableKind::kLayer);
   if (found < 0) return false;
   COpticalTable& material = state.opticaltables[found];
-  // only .db is asked: .m and .e tables hold their end values beyond their ranges
+  // only .db is checked: .m and .e tables keep their end values beyond their ranges
   if (!IsEnergyInColumnTable(material.db, energy)) return false;
   InterpolateOpticalConstants(material, energy, layer);
   if (layer.magnetic == 0) {

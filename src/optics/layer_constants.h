@@ -9,20 +9,20 @@ namespace tolvik {
 /// Sets the optical constants and tensors of all layers (or the scattering factors of all elements in element
 /// mode) to the values of their tables at the energy of state.lambda. A layer without a table, or whose .db
 /// table does not reach the energy, keeps its constants; the result is false when that happened to any. The
-/// tensor of a .e table stands as it is, any other is built for the magnetisation of the state. Moves the
+/// tensor of a .e table is not changed, any other is built for the magnetisation of the state. Moves the
 /// table cursors.
 bool SetLayerConstantsForEnergy(CState& state);
 
-/// How PrepareLayerConstants ended.
+/// Outcome of PrepareLayerConstants.
 enum class LayerConstantsStatus {
   kReady,
   kMissingTables,          ///< a .db or .ff file is missing or empty; nothing was set
   kMissingMagneticTables,  ///< magnetisation is on and a material has no .m table; nothing was set
-  kEnergyOutOfRange,       ///< what could be set was; the rest keeps its former constants
+  kEnergyOutOfRange,       ///< set where the tables reach; the other layers keep their former constants
 };
 
-/// What a fit does at its start: loads the tables when none is loaded, checks the magnetic ones, and sets the
-/// constants for the state's energy. The caller words the failure.
+/// Prepares the constants of a fit: loads the tables when none is loaded, checks the magnetic ones, and sets
+/// the constants for the state's energy. The caller words the failure.
 [[nodiscard]] LayerConstantsStatus PrepareLayerConstants(CState& state);
 
 }  // namespace tolvik

@@ -92,7 +92,7 @@ TEST_F(LayerConstants, WithoutMagnetisationTheTensorIsDiagonal) {
   ASSERT_TRUE(LoadOpticalTables(state));
   EXPECT_TRUE(SetLayerConstantsForEnergy(state));
   const CLayer& layer = state.layers[0];
-  EXPECT_EQ(layer.layer_ddelta, 0.1);  // the one row of .m holds at every energy
+  EXPECT_EQ(layer.layer_ddelta, 0.1);  // the single row of .m is used at every energy
   EXPECT_EQ(layer.layer_dbeta, 0.2);
   EXPECT_EQ(layer.magnetic, 0);
   EXPECT_EQ(layer.Epsilon(0, 2), 0.0);
@@ -174,7 +174,7 @@ TEST_F(LayerConstants, PrepareTellsWhatIsMissing) {
   EXPECT_EQ(PrepareLayerConstants(state), LayerConstantsStatus::kEnergyOutOfRange);
   state.layers[0].layer_db.Set(folder_.Path("gone"));
   state.lambda = LambdaFromEnergy(750);
-  // the list is not empty, so nothing is loaded and the layer keeps what it had
+  // the list is not empty, so nothing is loaded and the layer keeps its constants
   EXPECT_EQ(PrepareLayerConstants(state), LayerConstantsStatus::kEnergyOutOfRange);
   state.opticaltables.Clear();
   EXPECT_EQ(PrepareLayerConstants(state), LayerConstantsStatus::kMissingTables);

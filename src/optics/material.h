@@ -28,9 +28,9 @@ bool LoadOpticalTable(COpticalTable& material, std::string_view name);
 std::int32_t FindOpticalTable(std::string_view name, const CArray<COpticalTable>& materials,
                               std::int32_t kind);
 
-/// Loads what the layers (Mode::kMaterial) or elements (Mode::kElement) of the state name and its list lacks;
-/// each stem once. False when one failed; the others are in the list all the same. The list is never cleared
-/// here.
+/// Loads the tables that the layers (Mode::kMaterial) or elements (Mode::kElement) of the state name and that
+/// its list lacks, each stem once. False when one failed; the others are loaded all the same. The list is
+/// never cleared here.
 bool LoadOpticalTables(CState& state);
 
 /// True when the list is empty or every material has rows in its .m table. A .e table does not count.
@@ -45,7 +45,7 @@ void InterpolateOpticalConstants(COpticalTable& material, double energy, CLayer&
 void InterpolateFormFactors(COpticalTable& material, double energy, double& f1, double& f2);
 
 /// The energies that the .db tables of all layers share, and with magnetisation also the .m tables. Layers
-/// without a loaded material are passed over; without any the range is -1e100 to 1e100.
+/// without a loaded material are ignored; without any the range is -1e100 to 1e100.
 EnergyRange GetOpticalEnergyRange(const CState& state);
 
 }  // namespace tolvik

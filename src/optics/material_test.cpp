@@ -196,7 +196,7 @@ TEST(GetOpticalEnergyRange, IsTheIntersectionOfTheTables) {
   EXPECT_EQ(GetOpticalEnergyRange(state).lo, -1e100);  // nothing is loaded yet
   EXPECT_EQ(GetOpticalEnergyRange(state).hi, 1e100);
   ASSERT_TRUE(LoadOpticalTables(state));
-  state.layers.Append(CLayer());  // "vacuum" has no table and is passed over
+  state.layers.Append(CLayer());  // "vacuum" has no table and is ignored
   EXPECT_EQ(GetOpticalEnergyRange(state).lo, 750);
   EXPECT_EQ(GetOpticalEnergyRange(state).hi, 800);
   state.magnetizationmode = MagnetizationMode::kLayers;

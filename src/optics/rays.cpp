@@ -26,7 +26,7 @@ bool IsCircular(ConstRay ray, double pi_imag) {
          std::abs(ray[3] - pi_imag) < kCircularTolerance;
 }
 
-// As printf's %f, whatever the locale of the process.
+// As printf's %f, independent of the locale of the process.
 void AppendFixed(std::string& text, double value) {
   std::array<char, 400> digits;  // the largest double has 309 digits before the point
   const auto end =

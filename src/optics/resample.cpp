@@ -63,7 +63,7 @@ class Resampling {
     }
   };
 
-  // Two interpolations of one straight line differ by rounding; that is no bend of the curve.
+  // Two interpolations of one straight line differ by rounding, which does not count as a bend of the curve.
   std::vector<double> NoiseLevels() const {
     std::vector<double> levels(static_cast<std::size_t>(input_.columns), 0.0);
     for (const CColumnRow& row : input_)

@@ -39,7 +39,7 @@ std::vector<double> Energies(const CColumnTable& table) {
   return energies;
 }
 
-// The plain form: every round asks every interval again, on a working table that is searched by energy.
+// The plain form: every round evaluates every interval again, on a working table that is searched by energy.
 std::vector<double> PlainGrid(CColumnTable input, double emin, double emax, double step,
                               std::uint32_t target) {
   const int n = static_cast<int>((emax - emin) / step);
@@ -93,7 +93,7 @@ TEST(ResampleColumnTable, FollowsTheCurveAsThePlainFormDoes) {
   expected.insert(expected.end(), outside_above.begin(), outside_above.end());
   EXPECT_EQ(Energies(table), expected);
 
-  // Most of the 59 extra points stand around the resonance; a regular grid would have 26 there.
+  // Most of the 59 extra points are around the resonance; a regular grid would have 26 there.
   int near = 0;
   for (double E : Energies(table)) near += E > 840 && E < 866 ? 1 : 0;
   EXPECT_GT(near, 45);

@@ -12,7 +12,7 @@ constexpr int kMaxSteps = 100;
 constexpr double kAccuracy = 3e-7;
 constexpr double kTiny = 1e-30;
 constexpr double kReach = 5.0;
-constexpr double kStep = 0.0005000250012500625;  // 10 / 19999: the grid ends a step behind +5
+constexpr double kStep = 0.0005000250012500625;  // 10 / 19999: the grid ends one step beyond +5
 constexpr double kEntriesPerUnit = 1999.9;
 constexpr double kLogGammaHalf = 0.572364942924743;
 
