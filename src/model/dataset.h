@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// What turns a measurement into the grid and the scale of a calculation.
+// Brings a measurement to the grid and the scale of a calculation.
 #pragma once
 
 #include "tolvik/dataset.h"

@@ -8,7 +8,7 @@
 
 namespace tolvik {
 
-/// Name of each kind, by FitKind. State files carry those of 0 to 13 as comments.
+/// Name of each kind, by FitKind. State files contain those of 0 to 13 as comments.
 inline constexpr std::array<const char*, 21> kFitKindNames = {
     "thickness",   "delta",       "beta",        "sigma",      "deltam",     "betam",   "resolution",
     "meas. mult.", "qz movement", "gauss delta", "gauss beta", "gauss var.", "gauss z", "script",

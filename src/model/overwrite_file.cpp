@@ -24,9 +24,8 @@ bool CutAt(int fd, off_t size) {
   return ftruncate(fd, size) == 0;
 }
 
-// Makes the content of one file that of the other. It is written over the old one, which is cut only when the
-// new one is there: its blocks stay with the file. Some disks refuse only when they are made to write, hence
-// the fsync.
+// Copies the content of one file over that of another, which is cut only afterwards: its blocks stay with the
+// file. Some disks refuse only when they are forced to write, hence the fsync.
 bool CopyContent(int from, int to) {
   std::vector<char> block(kBlock);
   if (lseek(to, 0, SEEK_SET) != 0) return false;
@@ -41,8 +40,8 @@ bool CopyContent(int from, int to) {
   }
 }
 
-// Blocks for the first bytes of a file, which may become longer. A file system that knows nothing of this is
-// no refusal.
+// Reserves blocks for the first bytes of a file, which may become longer. Succeeds on a file system that
+// cannot reserve.
 bool Reserve(int fd, off_t size) {
   if (size <= 0) return size == 0;
   const int error = posix_fallocate(fd, 0, size);
@@ -80,7 +79,7 @@ int OpenInMemory() {
 
 bool OverwriteFile(int from, const std::string& file_name) {
   int to = open(file_name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kNewFile);
-  // A file may be writable and not readable; then only the reserved space guards it.
+  // A file may be writable and not readable; then only the reserved space protects it.
   if (to < 0) to = open(file_name.c_str(), O_WRONLY | O_CLOEXEC);
   if (to < 0) return false;
   const int kept = OpenInMemory();

@@ -33,7 +33,7 @@ class Source {
   const int fd;
 };
 
-// A disk that holds this many bytes of one file and no more, for the rest of this process.
+// A disk that holds at most this many bytes of one file, for the rest of this process.
 void LimitDisk(rlim_t bytes) {
   std::signal(SIGXFSZ, SIG_IGN);
   const rlimit limit{bytes, RLIM_INFINITY};

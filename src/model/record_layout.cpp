@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The layout of the records on x86-64: the contract with a front end that hands them in by pointer. The
-// numbers are counted from the types of the members in their order: 4 bytes for an int32, 8 for a double or a
+// The layout of the records on x86-64: the contract with a front end that passes them by pointer. The offsets
+// are counted from the types of the members in their order: 4 bytes for an int32, 8 for a double or a
 // pointer, 1 for a bool, 16 for an array or a text, each at a multiple of its alignment.
 #include "tolvik/state.h"
 

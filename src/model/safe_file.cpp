@@ -22,7 +22,7 @@ constexpr mode_t kNewFile = 0666;  // less the umask
 constexpr int kMaxLinks = 40;
 
 // The file at the end of a chain of symbolic links, existing or not. Empty where there is none: links in a
-// circle, and links that the kernel makes up, as /dev/stdout, which lead to an open file and not to a name.
+// circle, and virtual links of the kernel such as /dev/stdout, which lead to an open file and not to a name.
 std::string ResolveLinks(const std::string& file_name) {
   fs::path path = file_name;
   std::error_code error;
@@ -36,7 +36,7 @@ std::string ResolveLinks(const std::string& file_name) {
   return {};
 }
 
-// A folder that takes no new file may still hold one that can be written.
+// A folder that permits no new file may still contain one that can be written.
 bool IsRefusal(int error) {
   return error == EACCES || error == EPERM || error == EROFS || error == EBUSY || error == EXDEV;
 }
@@ -107,7 +107,7 @@ void SafeFile::Open(const std::string& file_name) {
   if (old >= 0) close(old);
 }
 
-// Opens a file in memory, for a target that no other file can take the place of.
+// Opens a file in memory, for a target that cannot be replaced by a rename.
 void SafeFile::OpenCopy() {
   way_ = Way::kCopy;
   const int target = open(target_.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, kNewFile);
@@ -117,7 +117,7 @@ void SafeFile::OpenCopy() {
 }
 
 // Opens a new file in the folder of the target, so that it can be renamed over it. False when permissions
-// stand against it; any other failure, as a full disk, leaves nothing open and the old file as it is.
+// forbid it; any other failure, such as a full disk, leaves nothing open and the old file unchanged.
 bool SafeFile::OpenAside(int old) {
   way_ = Way::kRename;
   if (!OpenNameless() && !OpenNamed()) return !IsRefusal(errno);
@@ -159,7 +159,7 @@ bool SafeFile::Commit() {
   return done;
 }
 
-// Some file systems tell only at a close that the disk is full; closing a second descriptor asks them.
+// Some file systems report a full disk only at a close; closing a second descriptor makes them report it.
 bool SafeFile::IsStored() {
   if (!stream_.flush().good()) return false;
   const int second = dup(fd_);
@@ -170,8 +170,8 @@ bool SafeFile::PutIntoPlace() {
   return (way_ == Way::kRename && TakeName()) || OverwriteFile(fd_, target_);
 }
 
-// A name that is free is taken at once. One that is not can only be renamed over, which wants a name first: a
-// kill just between the two leaves a whole file beside the old one.
+// A free name is taken at once. A taken one can only be renamed over, which needs a name first: a kill
+// between the two steps leaves a complete file beside the old one.
 bool SafeFile::TakeName() {
   if (aside_.empty()) {
     if (Link(fd_, target_)) return true;

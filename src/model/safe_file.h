@@ -11,13 +11,13 @@
 
 namespace tolvik {
 
-/// A file for writing that stands aside until Commit() renames it over the old one, so that a kill or a full
-/// disk leaves the old file or the new one, never a half. Where the file system has files without a name,
-/// nothing of it is seen before Commit(), and a kill leaves nothing behind.
+/// A file for writing that replaces the old one only when Commit() renames it, so that a kill or a full disk
+/// leaves the complete old file or the complete new one. Where the file system has files without a name, the
+/// new file is invisible before Commit(), and a kill leaves no trace of it.
 ///
-/// A symbolic link keeps pointing where it did and an existing file keeps its owner and its permissions. A
-/// pipe or a device is written as the text comes. A file in a folder that takes no new ones, or whose owner
-/// cannot be kept, gets its content by OverwriteFile in Commit(). Without Commit() no file changes.
+/// A symbolic link keeps its target, and an existing file keeps its owner and its permissions. A pipe or a
+/// device is written as the text comes. A file in a folder that permits no new ones, or whose owner cannot be
+/// kept, gets its content by OverwriteFile in Commit(). Without Commit() no file changes.
 class SafeFile {
  public:
   explicit SafeFile(const std::string& file_name);
@@ -25,10 +25,10 @@ class SafeFile {
   SafeFile(const SafeFile&) = delete;
   SafeFile& operator=(const SafeFile&) = delete;
 
-  /// False when the file cannot be opened for writing; whatever stands there stays.
+  /// False when the file cannot be opened for writing; an existing file stays.
   bool IsOpen() const { return fd_ >= 0; }
 
-  /// What is written here is the content of the file. Its state is bad once the disk refuses more.
+  /// Stream of the new content. Its state is bad once the disk refuses more.
   std::ostream& Stream() { return stream_; }
 
   /// Puts the content in its place; to be called once, at the end. False when any of it could not be written.
@@ -61,8 +61,7 @@ class SafeFile {
   bool TakeName();
   void Discard();
 
-  // Where the text goes: straight into a pipe or a device; or into a file that takes the place of the target
-  // or is copied over it.
+  // Destination of the text: a pipe or a device; or a file that replaces the target or is copied over it.
   enum class Way { kStraight, kRename, kCopy };
 
   int fd_ = -1;

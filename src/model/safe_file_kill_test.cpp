@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// What a kill, or a kernel that refuses, leaves in the folder of a file that is being saved.
+// Files that a kill, or a refusing kernel, leaves in the folder of a file that is being saved.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>

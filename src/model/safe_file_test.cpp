@@ -55,8 +55,8 @@ ino_t InodeOf(const std::string& name) {
 
 constexpr uid_t kNobody = 65534;
 
-// Permissions bind ordinary users only: a test run as root acts as one for a while, to whom the folder
-// belongs, and its files where they are given away.
+// Permissions bind ordinary users only: a test run as root temporarily becomes one, the owner of the folder
+// and of the files that are given to it.
 class OrdinaryUser {
  public:
   explicit OrdinaryUser(const ScratchFolder& folder, bool give_files = true) {
@@ -80,7 +80,7 @@ class OrdinaryUser {
   bool changed_ = false;
 };
 
-// A disk that holds this many bytes of one file and no more.
+// A disk that holds at most this many bytes of one file.
 class SmallDisk {
  public:
   explicit SmallDisk(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
@@ -181,7 +181,7 @@ TEST(SafeFile, APipeIsWrittenInPlace) {
 }
 
 TEST(SafeFile, StandardStreamsAreNotReplaced) {
-  // A link of the kernel to an open file has a name behind it, but writing goes to the open file.
+  // A virtual link of the kernel shows a name, but writing goes to the open file.
   const ScratchFolder folder;
   const std::string name = folder.Write("out", "old");
   const int fd = open(name.c_str(), O_WRONLY);
@@ -260,7 +260,7 @@ TEST(SafeFile, AFileKeepsItsOwner) {
   EXPECT_TRUE(Save(mine, "new"));
   EXPECT_EQ(OwnerOf(mine), root ? kNobody : geteuid());
 
-  // A file of someone else that all may write: replacing it would change its owner, so it is written in
+  // A file of another user that all may write: replacing it would change its owner, so it is written in
   // place.
   const std::string theirs = folder.Write("theirs", "old and longer");
   chmod(theirs.c_str(), 0666);
@@ -274,8 +274,8 @@ TEST(SafeFile, AFileKeepsItsOwner) {
   EXPECT_EQ(FilesIn(folder), 2u);
 }
 
-// Saves over a file that is a mount point, which no rename can replace. Exit value 0 when all is as it should
-// be, 77 where mounting is not allowed.
+// Saves over a file that is a mount point, which no rename can replace. Exit value 0 on success, 77 where
+// mounting is not allowed.
 int SaveOverMountPoint(const ScratchFolder& folder) {
   if (unshare(geteuid() == 0 ? CLONE_NEWNS : CLONE_NEWUSER | CLONE_NEWNS) != 0) return 77;
   if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) return 77;

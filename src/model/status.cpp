@@ -17,7 +17,7 @@ constexpr Row kMessages[] = {
     {ReturnCode::kScriptExecution, "Error: Script Execution"},
     {ReturnCode::kUnknownError, "Error: Unknown Error"},
     {0, nullptr},
-    // Behind the end, so that it is never printed: the map command words missing tables itself.
+    // After the end, so that it is never printed: the map command words missing tables itself.
     {ReturnCode::kTablesMissing, "Error: db-files for all layers are needed"},
 };
 

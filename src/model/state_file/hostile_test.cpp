@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Files made to break a reader, and what a save and a load keep.
+// Files made to break a reader.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
@@ -27,7 +27,7 @@ long PeakMemoryKb() {
 TEST(HostileState, HugeCountsTakeNoMemory) {
   const long before = PeakMemoryKb();
   const std::string count = "2000000000";
-  // A name takes the rest of the file, so the first row is complete: the others are granted, not 2e9 of them.
+  // A name takes the rest of the file, so the first row is complete: of the 2e9 others only a few are made.
   CState state = Read("layerversion = 1\n#\n" + count + "\n#\n#\n1 a 0 0 0 0 0\n");
   EXPECT_GE(state.layers.size, 1);
   EXPECT_LE(state.layers.size, 1000);
@@ -106,7 +106,7 @@ TEST(HostileState, HalfOfAnyFileLoads) {
   const std::string text = FormatState(full);
   for (std::size_t length = 0; length < text.size(); length += 7) {
     CState state;
-    // Only a file cut inside "fileversion = 1" is one of another version.
+    // Only a file that is cut inside "fileversion = 1" counts as one of another version.
     const bool cut = text.substr(0, length).ends_with("fileversion = ") ||
                      text.substr(0, length).ends_with("fileversion =");
     EXPECT_EQ(ReadState(state, text.substr(0, length), ""), !cut) << length;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The keys of the state file, each told once for the reader and the writer: the literal start of its line,
-// the member that it holds and, for single settings, the comment above it.
+// The keys of the state file, in one table for the reader and the writer: the literal start of a line, its
+// member and, for single settings, the comment above it.
 #pragma once
 
 #include <cstdint>
@@ -16,8 +16,8 @@ template <class Record>
 using Field = std::variant<double Record::*, std::int32_t Record::*, std::uint32_t Record::*, bool Record::*,
                            CCharArray Record::*>;
 
-/// One line of a record: how it starts in the file, indent and "=" included, the member that it holds, and
-/// its meaning, which the file does not carry.
+/// One line of a record: its start in the file, indent and "=" included, its member, and its meaning, which
+/// is not in the file.
 template <class Record>
 struct Key {
   std::string_view start;
@@ -25,7 +25,7 @@ struct Key {
   std::string_view meaning;
 };
 
-/// A line that stands once for each element of an array of numbers.
+/// A line that is repeated for each element of an array of numbers.
 template <class Record>
 struct ArrayKey {
   std::string_view start;
@@ -33,8 +33,8 @@ struct ArrayKey {
   std::string_view meaning;
 };
 
-/// A single setting of the state with the comment above it (none where several lines share one) and the empty
-/// lines below it.
+/// A single setting of the state, with the comment above it (none where several lines share one) and the
+/// number of empty lines below it.
 struct Setting {
   std::string_view start;
   Field<CState> field;
@@ -42,13 +42,13 @@ struct Setting {
   int blank_lines = 1;
 };
 
-/// The key as the reader sees it: the start of a line without its blanks and "=".
+/// The key as the reader compares it: the start of a line without its blanks and "=".
 constexpr std::string_view Name(std::string_view start) {
   start.remove_prefix(start.find_first_not_of(' '));
   return start.substr(0, start.find_first_of(" ="));
 }
 
-// Lines that begin a section, begin a record, count, or stand in a list of their own.
+// Lines that begin a section, begin a record, count, or belong to a list of their own.
 inline constexpr std::string_view kFileVersion = "fileversion = ";
 inline constexpr std::string_view kLayerVersion = "layerversion = ";
 inline constexpr std::string_view kLayer = " layer = ";
@@ -65,7 +65,7 @@ inline constexpr std::string_view kDefaultScriptLine = "defaultscriptline = ";
 inline constexpr std::string_view kMeasurementDataVersion = "measurementdataversion = ";
 inline constexpr std::string_view kDatasetNumber = "datasetnumber = ";
 inline constexpr std::string_view kDatasetPoints = " datasetpoints = ";
-/// The energy stands in the file for the wavelength of the record.
+/// The file has the energy, the record the wavelength.
 inline constexpr std::string_view kEnergy = "energy = ";
 
 inline constexpr std::string_view kLayerThickness = "  layer_d = ";
@@ -96,7 +96,7 @@ inline constexpr Key<CElementSlice> kSliceKeys[] = {
     {"  el_sigma = ", &CElementSlice::el_sigma, "roughness of the slice, Å"},
 };
 
-// No blank before the "=" of gauss_variance and gauss_splinepoints: the files always looked like this.
+// No blank before the "=" of gauss_variance and gauss_splinepoints, as in all existing files.
 inline constexpr Key<CGaussFunction> kGaussKeys[] = {
     {" gauss_delta = ", &CGaussFunction::gauss_delta, "amplitude in delta"},
     {" gauss_beta = ", &CGaussFunction::gauss_beta, "amplitude in beta"},

@@ -8,8 +8,8 @@
 namespace tolvik {
 namespace {
 
-// A count that the rest of the file cannot hold is cut, so that a hostile one takes no memory; a truncated
-// table of the usual size still gets all its records.
+// Limits a count to the records that the rest of the file can hold, so that a hostile count takes no memory;
+// a truncated table of the usual size still gets all its records.
 constexpr std::size_t kRowsGranted = 1000;
 
 void SkipLines(TextStream& in, int count) {

@@ -2,7 +2,7 @@
 // The tables of old state files: layers, gauss functions and one measurement as columns without keys.
 //
 // A table is read token by token across line ends. The first token that does not fit fails the stream, and
-// what stands behind it in the file is lost: records still to come keep their defaults.
+// the rest of the file is lost: later records keep their defaults.
 #pragma once
 
 #include <cstddef>
@@ -20,7 +20,7 @@ class TextStream : private std::streambuf, public std::istream {
  public:
   explicit TextStream(std::string_view text);
 
-  /// Characters not read yet; 0 once the stream has failed or met the end.
+  /// Characters not read yet; 0 once the stream has failed or reached the end.
   std::size_t Remaining() const;
 };
 

@@ -38,7 +38,7 @@ TEST(LayerTable, VersionTwoHasOneMoreLineAboveTheRows) {
 }
 
 TEST(LayerTable, WithoutRowsTheFileGoesOn) {
-  // Behind the rows two lines are skipped; version 1 then reads as many integers as rows: none.
+  // After the rows two lines are skipped; version 1 then reads as many integers as rows: none.
   const CState one = Read("layerversion = 1\n#\n0\n#\n#\n#\n#\nqzmax = 1\n");
   EXPECT_EQ(one.layers.size, 0);
   EXPECT_EQ(one.qzmax, 1);

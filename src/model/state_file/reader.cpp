@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Reads the settings of a state file one by one. Sections of the present versions are keys; a key sets the
-// record begun last, and is passed over when none was begun.
+// record begun last, and is ignored when none was begun.
 #include <fstream>
 #include <new>
 #include <stdexcept>
@@ -29,7 +29,7 @@ void ReadField(Record& record, const keys::Field<Record>& field, std::string_vie
       field);
 }
 
-// Where the keys of each kind of record go.
+// The record for the keys of each kind.
 CLayer* LastLayer(StateReading& reading) {
   return Last(reading.state.layers);
 }
@@ -77,7 +77,7 @@ void AddSettings(Actions& actions, const keys::Setting (&list)[kCount]) {
   }
 }
 
-// A script line keeps the blank behind its "=", so it gains one at each load and save.
+// A script line keeps the blank after its "=", so it gains one at each load and save.
 void AddScriptKeys(Actions& actions) {
   actions[keys::Name(keys::kScriptParameter)] = [](StateReading& reading, const SettingLine& line) {
     reading.state.scriptparameters.Append(Parse<double>(line.value));
@@ -134,7 +134,7 @@ void Finish(StateReading& reading) {
   CompleteHeights(state.layers, reading.layerversion > 3 || reading.thicknesses_given);
 }
 
-// The whole file as it stands; false when it cannot be opened or read, as a folder.
+// The bytes of the whole file; false when it cannot be opened or read, for example a folder.
 bool Slurp(const std::string& file_name, std::string& text) {
   std::ifstream in(file_name, std::ios::binary);
   if (!in) return false;

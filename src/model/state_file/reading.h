@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// What the parts of the state reader share: the records being read and the table of actions by key.
+// Common to the parts of the state reader: the records being read and the table of actions by key.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@
 
 namespace tolvik {
 
-/// What the reader carries from line to line: the records that are being read, not yet part of the state.
+/// State of the reader between lines: the records that are being read, not yet part of the CState.
 struct StateReading {
   CState& state;
   SettingLines lines;
@@ -27,7 +27,7 @@ struct StateReading {
   bool refused = false;  // a file of another version
 };
 
-/// What a key does. Keys are looked up by their name without blanks.
+/// The action of a key. Keys are looked up by their name without blanks.
 using Action = std::function<void(StateReading&, const SettingLine&)>;
 using Actions = std::unordered_map<std::string_view, Action>;
 
@@ -51,7 +51,7 @@ void AddSectionKeys(Actions& actions);
 /// Keys that do more than set one member, and those of older files. They replace plain keys of the same name.
 void AddSpecialKeys(Actions& actions);
 
-/// Moves a pending record with content into the state and leaves a fresh one.
+/// Moves a pending record with content into the state and begins a new one.
 void FlushDataset(StateReading& reading);
 void FlushGauss(StateReading& reading);
 

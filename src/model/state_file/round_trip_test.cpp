@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// What a save and a load keep of a full state: every saved member to 6 digits.
+// A save and a load keep every saved member of a full state to 6 digits.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -15,7 +15,7 @@
 namespace tolvik {
 namespace {
 
-// Fills all members that keys name with values of their own.
+// Fills all members that have keys with distinct values.
 class Filler {
  public:
   double Number() { return std::ldexp(mantissa_(random_), exponent_(random_)); }
@@ -139,7 +139,7 @@ TEST(StateRoundTrip, SecondSaveIsTheSameFile) {
   EXPECT_EQ(FormatState(state), first);
 }
 
-// Numbers as in much of Europe: a decimal comma, points between thousands.
+// Numbers as in many countries of Europe: a decimal comma, points between thousands.
 class CommaNumbers : public std::numpunct<char> {
   char do_decimal_point() const override { return ','; }
   char do_thousands_sep() const override { return '.'; }

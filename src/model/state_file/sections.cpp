@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Keys that begin something: a section, a table of an old version, a record.
+// Keys that begin a section, a table of an old version, or a record.
 #include "model/state_file/keys.h"
 #include "model/state_file/old_tables.h"
 #include "model/state_file/reading.h"
@@ -8,14 +8,14 @@
 namespace tolvik {
 namespace {
 
-// A variable read from a file has a step unless it gives another.
+// The default step of a variable that is read from a file.
 CFitVariable NewFitVariable() {
   CFitVariable variable;
   variable.fit_delta = 0.1;
   return variable;
 }
 
-// Hands the rest of the file to the reader of a table, which may use it up.
+// Passes the rest of the file to the reader of a table, which may consume all of it.
 template <class ReadTable>
 void FromStream(StateReading& reading, ReadTable read) {
   const std::string_view rest = reading.lines.Rest();
@@ -54,7 +54,7 @@ void ReadOldMeasurement(StateReading& reading) {
   state.activedatasetindex = 1;
 }
 
-// Dataset 0 of a loaded state stands for "no measurement".
+// Dataset 0 of a loaded state means "no measurement".
 void BeginDatasets(StateReading& reading, const SettingLine& line) {
   CDataset empty;
   empty.datasetenergy = EnergyFromLambda(reading.state.lambda);

@@ -6,7 +6,7 @@
 namespace tolvik {
 namespace {
 
-// The text without any character c, in place where it only stands at the ends, else copied to scratch.
+// The text without any character c: a part of the text where c is only at its ends, else a copy in scratch.
 std::string_view Without(std::string_view text, char c, std::string& scratch) {
   while (!text.empty() && text.front() == c) text.remove_prefix(1);
   while (!text.empty() && text.back() == c) text.remove_suffix(1);

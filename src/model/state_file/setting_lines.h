@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The lines of a state file: "key = value" settings between comments and lines of no meaning.
+// The lines of a state file: "key = value" settings between comments and ignored lines.
 #pragma once
 
 #include <cstddef>
@@ -15,9 +15,9 @@ struct SettingLine {
   std::string_view raw;    ///< all between the "=" and a "#", blanks included
 };
 
-/// Walks over the settings of a text. A line ends in a line feed; carriage returns are dropped wherever they
-/// stand. Comments ("#" first), empty lines and lines without a "=" before a "#" are passed over. A blank is
-/// the character 0x20 alone: tabs stay.
+/// Iterates over the settings of a text. A line ends in a line feed; carriage returns are dropped everywhere.
+/// Comments ("#" first), empty lines and lines without a "=" before a "#" are skipped. A blank is the
+/// character 0x20 only: tabs stay.
 class SettingLines {
  public:
   explicit SettingLines(std::string_view text) : text_(text) {}
@@ -25,9 +25,9 @@ class SettingLines {
   /// The next setting; false at the end of the text.
   bool Next(SettingLine& line);
 
-  /// All behind the last line read.
+  /// The text after the last line read.
   std::string_view Rest() const { return text_.substr(position_); }
-  /// Moves on within Rest().
+  /// Advances within Rest().
   void Skip(std::size_t count) { position_ += count; }
 
  private:
@@ -35,7 +35,7 @@ class SettingLines {
 
   std::string_view text_;
   std::size_t position_ = 0;
-  std::string line_, key_, value_;  // copies of what had to be cleaned
+  std::string line_, key_, value_;  // copies of cleaned texts
 };
 
 }  // namespace tolvik

@@ -22,7 +22,7 @@ void ReadLambda(StateReading& reading, const SettingLine& line) {
   reading.state.lambda = OneForZero(Parse(line.value, reading.state.lambda));
 }
 
-// A layer by its thickness: the interfaces are stacked up at the end.
+// A layer by its thickness: the heights of the interfaces are calculated at the end.
 void ReadThickness(StateReading& reading, const SettingLine& line) {
   reading.thicknesses_given = true;
   if (CLayer* layer = Last(reading.state.layers)) ReadValue(line.value, layer->layer_d);
@@ -37,7 +37,7 @@ void ReadPiRatio(StateReading& reading, const SettingLine& line) {
   SetRaysFromPiRatio(FirstRay(reading.state), SecondRay(reading.state), Parse<double>(line.value));
 }
 
-// One number once held slicing and magnetisation together.
+// Old files had one number for slicing and magnetisation.
 void ReadCalcMode(StateReading& reading, const SettingLine& line) {
   constexpr std::int32_t kSlicesWithGaussFunctions = 2;
   ReadValue(line.value, reading.state.layersegmentationmode);

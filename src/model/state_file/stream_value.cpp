@@ -14,8 +14,8 @@ bool IsDigit(char c) {
   return c >= '0' && c <= '9';
 }
 
-// Plain decimal text, where std::from_chars and the streams agree: not "inf" or "nan", which it takes and
-// they do not, and nothing behind the number, where they may part ("1e", "3e+x").
+// Plain decimal text, where std::from_chars and the streams agree: not "inf" or "nan", which only from_chars
+// accepts, and no text after the number, where they may differ ("1e", "3e+x").
 template <class Number>
 bool ReadPlain(std::string_view text, Number& value) {
   const std::size_t first = !text.empty() && text[0] == '-' ? 1 : 0;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Numbers as text, by the rules of the C++ streams in the "C" locale, whatever the locale of the process.
+// Numbers as text, by the rules of the C++ streams in the "C" locale, independent of the locale of the
+// process.
 #pragma once
 
 #include <cstdint>
@@ -8,9 +9,9 @@
 
 namespace tolvik {
 
-/// Takes a number from the front of a text exactly as stream extraction (libstdc++, base 10) takes it: white
-/// space in front is skipped and what stands behind the number is dropped. An empty text leaves the value as
-/// it is, a text that begins with no number gives 0, one out of range the nearest end of the range. A bool is
+/// Reads a number from the front of a text exactly as stream extraction (libstdc++, base 10) does: white
+/// space in front is skipped and text after the number is ignored. An empty text leaves the value unchanged,
+/// a text that does not begin with a number gives 0, one out of range the nearest end of the range. A bool is
 /// a number too: 0 is false, any other number true. Never fails.
 void ReadValue(std::string_view text, double& value);
 void ReadValue(std::string_view text, std::int32_t& value);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Writes the state file. The empty lines are part of the format as users know it.
+// Writes the state file. The empty lines are part of the format.
 #include <ostream>
 #include <span>
 
@@ -62,7 +62,7 @@ class StateWriter {
   void Lines(std::span<const keys::Key<Record>> list, const Record& record) {
     for (const auto& key : list) Line(key.start, key.field, record);
   }
-  // The elements of several arrays by turns; an array that ends early has no more lines.
+  // The elements of several arrays in turn; an array that ends early has no more lines.
   template <class Record>
   void PointLines(std::span<const keys::ArrayKey<Record>> list, const Record& record, std::int32_t count) {
     for (std::int32_t i = 0; i < count; ++i) {
@@ -72,7 +72,7 @@ class StateWriter {
       }
     }
   }
-  // A comment with a number behind it, as "# layer 0".
+  // A comment that ends in a number, such as "# layer 0".
   void NumberedComment(std::string_view text, std::int32_t number) {
     out_ += text;
     AppendValue(out_, number);
@@ -166,7 +166,7 @@ class StateWriter {
     EmptyLines();
   }
 
-  // The empty dataset of a loaded state is left out: the reader puts it back.
+  // The empty dataset of a loaded state is omitted: the reader adds it again.
   void WriteDatasets() {
     WriteSettings(keys::kActiveDataset);
     Comment("# measurement data");
