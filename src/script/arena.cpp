@@ -43,7 +43,7 @@ void* LuaArena::Take(std::size_t size) {
   if (size <= kLargest) {
     const std::size_t index = ClassOf(size);
     if (void* piece = marks_.free[index]) {
-      std::memcpy(&marks_.free[index], piece, sizeof piece);  // the next free piece stands in its first bytes
+      std::memcpy(&marks_.free[index], piece, sizeof piece);  // its first bytes link to the next free piece
       return piece;
     }
     const std::size_t rounded = SizeOfClass(index);

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Memory of one Lua state: one block that can be set back to a saved image, and malloc for what does not fit.
+// Memory of one Lua state: one block that can be reset to a saved image, and malloc for pieces that do not
+// fit.
 //
-// Opening Lua with its libraries costs far more than a short script. So a state is built once, saved, and set
-// back by one memcpy for each calculation: all pointers stay good, since the block stays where it is.
+// Opening Lua with its libraries costs far more than a short script. So a state is built once, saved, and
+// reset by one memcpy for each calculation: all pointers stay valid, since the block does not move.
 #pragma once
 
 #include <array>
@@ -16,13 +17,13 @@ class LuaArena {
  public:
   LuaArena();
 
-  /// Forgets everything in the block. Nothing may be in use outside of it.
+  /// Empties the block. No memory may be in use outside of it.
   void Reset() { marks_ = {}; }
 
-  /// Remembers the block as it is. False, and nothing is remembered, when some memory lies outside of it.
+  /// Saves the content of the block. False, and nothing is saved, when memory outside of it is in use.
   bool Save();
 
-  /// Sets the block back to what Save remembered.
+  /// Resets the block to the saved content.
   void Restore();
 
   bool HasImage() const { return !image_.empty(); }

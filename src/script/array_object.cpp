@@ -46,7 +46,7 @@ double* TensorElement(CLayer& layer, std::int32_t code) {
 }
 
 CScriptPointer& Host(lua_State* L) {
-  // An upvalue of a C function is out of reach of every script; a global or the registry is not.
+  // No script can reach an upvalue of a C function; a global or the registry it can.
   return *static_cast<CScriptPointer*>(lua_touserdata(L, lua_upvalueindex(1)));
 }
 
@@ -57,7 +57,7 @@ ArrayObject& CheckArray(lua_State* L) {
   return *array;
 }
 
-// The field that the arguments array and index of a get or set reach.
+// The field that the arguments array and index of a get or set select.
 double& CheckField(lua_State* L) {
   const ArrayObject& array = CheckArray(L);
   const lua_Integer index = luaL_checkinteger(L, 2);
@@ -67,7 +67,7 @@ double& CheckField(lua_State* L) {
   const auto at = static_cast<std::int32_t>(index);
   double* field = FindScriptField(host, array.code, at);
   luaL_argcheck(L, field != nullptr, 2, "index out of range");
-  // Even a look at the tensor turns on the full treatment of the layer; scripts rely on it.
+  // Even reading the tensor turns on the full treatment of the layer; scripts rely on it.
   if (IsTensorCode(array.code)) host.state->layers[at].magnetic = 1;
   return *field;
 }

@@ -136,7 +136,7 @@ TEST_F(ArrayType, WrongTypesAreArgumentErrors) {
   EXPECT_NE(Try("array.get(io.stdout, 0)"), "");
   EXPECT_NE(Try("array.get(Fe, 0)"), "");
   EXPECT_NE(Try("array.size(CScriptPointer)"), "");
-  // the value is looked at before the index
+  // the value is checked before the index
   EXPECT_EQ(Try("array.set(delta, 99, {})").find("index"), std::string::npos);
   EXPECT_EQ(Try("delta['2'] = '0.5'"), "");  // texts of numbers are numbers to Lua
   EXPECT_EQ(state_.layers[2].layer_delta, 0.5);
@@ -147,7 +147,7 @@ TEST_F(ArrayType, ForgedPointersLeadNowhere) {
   EXPECT_TRUE(IsOutOfRange("x = solution_qz[0]"));
   EXPECT_EQ(Try("thickness[0] = 4"), "");
   EXPECT_EQ(state_.layers[0].layer_d, 4);
-  // a userdata too small to be an array, under the metatable of one
+  // a userdata too small for an array, with the metatable of one
   EXPECT_NE(Try("u = newproxy(); debug.setmetatable(u, debug.getmetatable(delta)); x = u[0]"), "");
 }
 

@@ -13,14 +13,14 @@ struct ElementObject {
   std::int32_t index;
 };
 
-// The one value that get and set share, for the whole program; scripts of several threads may touch it.
+// The value that get and set share, for the whole program; scripts of several threads may use it.
 std::atomic<double> shared_value = 3.14;
 
 CScriptPointer& Host(lua_State* L) {
   return *static_cast<CScriptPointer*>(lua_touserdata(L, lua_upvalueindex(1)));
 }
 
-// Truncates to an index; -1, which no record has, for what does not fit.
+// Truncates to an index; -1, which no record has, for numbers that do not fit.
 std::int32_t ToIndex(double number) {
   return number > -1.0 && number < 2147483647.0 ? static_cast<std::int32_t>(number) : -1;
 }

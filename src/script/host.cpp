@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Lua is a C library that leaves an error by longjmp: the functions that it calls hold nothing with a
-// destructor and throw nothing, and every call of Lua that may fail runs inside lua_cpcall or lua_pcall.
+// Lua is a C library that leaves a function by longjmp on errors: the functions that it calls have no object
+// with a destructor and throw nothing, and every call of Lua that may fail runs inside lua_cpcall or
+// lua_pcall.
 #include "script/host.h"
 
 #include <lua.hpp>
@@ -60,7 +61,7 @@ int SetUpProtected(lua_State* L) {
   return 0;
 }
 
-// The numbers that a script sees as globals, and what they are in the state.
+// The numbers that a script uses as globals, and their members of the state.
 struct GlobalNumbers {
   double energy, epsilon, resolution, energyscan_qz;
 };
@@ -72,7 +73,7 @@ void SetNumber(lua_State* L, const char* name, double value) {
 
 double GetNumber(lua_State* L, const char* name) {
   lua_getfield(L, LUA_GLOBALSINDEX, name);
-  const double value = lua_tonumber(L, -1);  // 0 for what is no number
+  const double value = lua_tonumber(L, -1);  // 0 for a value of another type
   lua_pop(L, 1);
   return value;
 }

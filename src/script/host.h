@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The Lua host that runs a state's script before a calculation.
 //
-// The script acts on the live state through the objects `array` and `element`. A failure of a script is
-// silent: what it changed before stays changed.
+// The script changes the live state through the objects `array` and `element`. A script fails silently; its
+// earlier changes stay.
 #pragma once
 
 #include <cstdint>
@@ -16,8 +16,8 @@ namespace tolvik {
 
 /// One script host; made by the caller, who opens and closes L.
 struct CScriptPointer {
-  CState* state = nullptr;        ///< what the script acts on; not owned
-  CSolution solution;             ///< the curve behind the solution_* arrays
+  CState* state = nullptr;        ///< the state that the script changes; not owned
+  CSolution solution;             ///< the curve of the solution_* arrays
   lua_State* L = nullptr;         ///< Lua 5.1, as from luaL_newstate
   std::int32_t scriptselect = 1;  ///< 1 runs scriptlines, 0 defaultscriptlines
 };
@@ -26,15 +26,15 @@ inline constexpr std::int32_t kScriptReady = 1;
 inline constexpr std::int32_t kScriptFailed = 3;
 
 /// Opens the libraries in host.L, binds the arrays and elements of the state to their script names and
-/// compiles the selected lines into the global function Start. host must outlive host.L. The two pointers are
-/// handed on to GetScriptPointers. Returns kScriptReady, also when the state disables its script and nothing
-/// is touched, or kScriptFailed. Never throws for a fault of the script; std::bad_alloc for want of memory
-/// outside Lua.
+/// compiles the selected lines into the global function Start. host must outlive host.L. GetScriptPointers
+/// returns the pointers later. Returns kScriptReady, also when the state disables its script and nothing
+/// happens, or kScriptFailed. Never throws for a fault of the script; throws std::bad_alloc when out of
+/// memory outside Lua.
 std::int32_t InitScriptHost(CScriptPointer& host, void* debugwindow, void* chart);
 
 /// Sets the globals energy, epsilon, resolution and energyscan_qz from the state, calls Start and reads the
-/// four back; a value that is no number reads as 0. Does nothing while the state disables its script. After
-/// an error in Start, or without one, the four are not read back.
+/// four back; a value of another type reads as 0. Does nothing while the state disables its script. When
+/// Start fails or is missing, the four are not read back.
 void RunScript(CScriptPointer& host);
 
 /// The three pointers that InitScriptHost left in the registry of L; null where there are none.
@@ -48,8 +48,8 @@ class ScriptImage;
 
 /// One script host for one calculation: opens Lua and compiles the state's script at construction, calls its
 /// Start at each Run, and closes Lua at the end. Does nothing while state.disablescript is non-zero. A script
-/// that fails is silent: what it changed before stays. Never throws for a fault of the script. The session
-/// works on the live state, which must outlive it, in one thread.
+/// fails silently; its earlier changes stay. Never throws for a fault of the script. The session works on the
+/// live state, which must outlive it, in one thread.
 class ScriptSession {
  public:
   explicit ScriptSession(CState& state);
@@ -62,7 +62,7 @@ class ScriptSession {
 
  private:
   CState& state_;
-  bool empty_ = false;                 // nothing but the exchange of the globals is to be done
+  bool empty_ = false;                 // only the globals need to be exchanged
   std::unique_ptr<ScriptImage> host_;  // null without a script
 };
 

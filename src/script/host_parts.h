@@ -12,10 +12,10 @@ namespace tolvik {
 /// error.
 void SetUpHost(lua_State* L, CScriptPointer& host, void* debugwindow, void* chart);
 
-/// Sets the registry entry and the global that lead back to the state and to host. May raise a Lua error.
+/// Sets the registry entry and the global that point to the state and to host. May raise a Lua error.
 void PushHostPointers(lua_State* L, CScriptPointer& host);
 
-/// Compiles and runs a text as the chunk "line". False on any error, which is dropped.
+/// Compiles and runs a text as the chunk "line". False on any error, which is discarded.
 bool RunText(lua_State* L, std::string_view text);
 
 /// The lines that host.scriptselect selects.

@@ -72,7 +72,7 @@ int ScriptImage::BindState(lua_State* L) {
   PushHostPointers(L, self->record_);
   const CArray<CElementLayer>& elements = self->record_.state->elementlayers;
   for (std::int32_t i = 0; i < elements.size; ++i) {
-    if (IsArrayName(elements[i].element.View())) continue;  // the arrays are defined behind the elements
+    if (IsArrayName(elements[i].element.View())) continue;  // the arrays are defined after the elements
     PushElement(L, i);
     lua_setfield(L, LUA_GLOBALSINDEX, elements[i].element.CStr());
   }

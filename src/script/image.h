@@ -12,12 +12,12 @@
 
 namespace tolvik {
 
-/// A Lua host for one calculation after the other. The libraries, types and arrays are the same for every
-/// state, so they are built once and set back for each; only the bounds of the arrays and the elements are
+/// A Lua host for many calculations, one after the other. The libraries, types and arrays are the same for
+/// every state, so they are built once and reset for each; only the bounds of the arrays and the elements are
 /// new. A state whose element names need the text of the prelude gets a host from scratch.
 class ScriptImage {
  public:
-  /// One that this thread has left over, or a new one. Throws std::bad_alloc.
+  /// An unused image of this thread, or a new one. Throws std::bad_alloc.
   static std::unique_ptr<ScriptImage> Take();
 
   /// Keeps image for the next Take of this thread.
@@ -28,8 +28,8 @@ class ScriptImage {
   ScriptImage(const ScriptImage&) = delete;
   ScriptImage& operator=(const ScriptImage&) = delete;
 
-  /// Opens the host for a state and compiles its script; as InitScriptHost. Without memory for Lua the host
-  /// stays closed, and Run does nothing.
+  /// Opens the host for a state and compiles its script, as InitScriptHost does. Without memory for Lua the
+  /// host stays closed, and Run does nothing.
   void Begin(CState& state);
 
   /// As RunScript.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// What a script finds defined: the arrays and elements of the state, and its own lines as the function Start.
+// Definitions for a script: the arrays and elements of the state, and its own lines as the function Start.
 #pragma once
 
 #include <cstdint>
@@ -37,11 +37,11 @@ void BuildMainChunk(const CArray<CCharArray>& lines, std::string& chunk);
 /// `array` or `element`, and there are not too many for one Lua function.
 bool IsPreludePlain(const CState& state);
 
-/// True when the lines hold nothing that Lua would run: blanks and whole-line comments only.
+/// True when the lines contain no code: blanks and whole-line comments only.
 bool AreLinesEmpty(const CArray<CCharArray>& lines);
 
-/// True when the text names nothing of Lua through which a finalizer, a file or a loaded library could come
-/// to be; then a Lua state that ran it may be dropped without a close. Errs on the side of false.
+/// True when the text names no part of Lua that can create a finalizer, open a file or load a library; then a
+/// Lua state that ran it may be dropped without a close. When in doubt, false.
 bool IsTextFreeOfFinalizers(std::string_view text);
 
 }  // namespace tolvik

@@ -26,7 +26,7 @@ ScriptSession::~ScriptSession() {
 void ScriptSession::Run() {
   if (state_.disablescript != 0) return;
   if (empty_) {
-    // the way of the wavelength through the global `energy`, with its two roundings
+    // the wavelength converted to the global `energy` and back, with two roundings
     state_.lambda = LambdaFromEnergy(EnergyFromLambda(state_.lambda));
   } else if (host_ != nullptr) {
     host_->Run();

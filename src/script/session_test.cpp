@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// A session starts from a saved image of Lua, or needs no Lua at all; here it is held against the plain host.
+// A session starts from a saved image of Lua, or needs no Lua at all; here it is compared with the plain
+// host.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -173,7 +174,7 @@ TEST(ScriptSession, RoundTripOfTheWavelengthWithoutLua) {
   state.lambda = std::numeric_limits<double>::quiet_NaN();
   RunSession(state);
   EXPECT_TRUE(std::isnan(state.lambda));
-  // The two roundings are not idle for all wavelengths.
+  // For some wavelengths the two roundings change the value.
   int changed = 0;
   for (int i = 1; i < 1000; ++i) {
     state.lambda = 0.1 * i;
@@ -274,7 +275,7 @@ TEST(ScriptImage, WantOfMemoryIsAnErrorOfLua) {
     image.End();
     EXPECT_EQ(state.layers[0].layer_d, limit < 60000 ? 0 : 1) << limit;
     EXPECT_EQ(state.lambda, 1.5406);
-    image.SetMemoryLimit(std::size_t{1} << 30);  // and the next session is as good as new
+    image.SetMemoryLimit(std::size_t{1} << 30);  // and the next session works as a new one
     CState next = MakeState({"thickness[0] = 3"});
     image.Begin(next);
     image.Run();
