@@ -9,4 +9,5 @@ PYBIND11_MODULE(_core, module) {
   module.attr("__version__") = TOLVIK_VERSION;
   TranslateMemoryErrors();
   DefineState(module);
+  DefineMaterials(module);
 }

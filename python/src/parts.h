@@ -9,5 +9,6 @@ namespace tolvik::python {
 void DefineState(pybind11::module_& module);      ///< State: file, text, settings
 void DefineSequences(pybind11::module_& module);  ///< layers, elements, functions, variables, measurements
 void DefineServices(pybind11::module_& module);   ///< tables, constants, script, threads
+void DefineMaterials(pybind11::module_& module);  ///< the Kramers-Kronig transform of a table
 
 }  // namespace tolvik::python

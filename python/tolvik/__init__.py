@@ -24,8 +24,8 @@ __all__ = ["CalculationError", "Data", "DataError", "DataFileError", "DataWarnin
 
 # Name -> the module that holds it.
 _HOMES = {"Data": "data", "State": "state", "__version__": "_core", "load": "state", "read": "formats", "write_ort": "formats"}
-# Modules that are used by their own name: tolvik.resolution.to_sigma(...).
-_MODULES = ("polarization", "resolution")
+# Modules that are used by their own name: tolvik.materials.delta_beta(...).
+_MODULES = ("materials", "polarization", "resolution")
 
 
 def __getattr__(name: str) -> Any:

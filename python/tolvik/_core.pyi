@@ -1,6 +1,12 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """Types of the C++ module; python/tests/test_stub.py compares them with it."""
+import numpy
+import numpy.typing
+
 __version__: str
+
+def _kramers_kronig(energy: numpy.typing.NDArray[numpy.float64],
+                    beta: numpy.typing.NDArray[numpy.float64]) -> numpy.typing.NDArray[numpy.float64]: ...
 
 class State:
     def __init__(self) -> None: ...

@@ -51,6 +51,23 @@ def read(path: str, content: bytes, options: "ReadOptions") -> list[Data]:
         source.fail(path, points[int(index.group(1))] if index else None, str(error).removeprefix(f"{path}: "))
 
 
+def read_table(path: source.Path) -> Array:
+    """All numbers of a text of columns, whatever they mean.
+
+    Returns
+    -------
+    ndarray, shape (n, k)
+
+    Raises
+    ------
+    DataError, DataFileError
+        As `tolvik.read`.
+    """
+    name = str(path)
+    _, rows = _split(name, source.lines_of(source.decode(name, source.read_bytes(name))))
+    return _numbers(name, rows, *_separator(name, rows))
+
+
 def _split(path: str, lines: list[str]) -> tuple[list[str], list[tuple[int, str]]]:
     """Header lines, and the numbered lines of data: from the first line with two numbers on."""
     header: list[str] = []
