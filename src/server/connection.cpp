@@ -22,13 +22,13 @@ constexpr std::size_t kBufferSize = 65536;
 constexpr char kHeader[] =
     "HTTP/1.0 200 OK\nContent-type: text/xml; charset=UTF-8\nCache-Control:no-cache\n\n";
 
-// The client may be gone: its absence must not end the program that hosts the server.
+// The client may be gone; that must not end the program that hosts the server.
 void Send(int client, std::string_view text) {
   static_cast<void>(send(client, text.data(), text.size(), MSG_NOSIGNAL));
 }
 
-// The page of a request; what the request and the page change in the state is kept. A page that does not fit
-// into memory comes out empty.
+// The page of a request; changes of the state by the request and the page are kept. A page that does not fit
+// into memory is empty.
 std::string AnswerRequest(std::string_view request, ServedState& served) {
   try {
     std::uint64_t generation = 0;
@@ -80,7 +80,7 @@ Served ServeConnection(int client, ServedState& served) {
   std::printf("Server: \n-------------------\n%s", buffer);
   std::puts("-------------------");
 
-  // A request ends at its first zero byte, as a text does.
+  // A request ends at its first zero byte, as a C string does.
   const std::string page = AnswerRequest(std::string_view(buffer), served);
   Send(client, kHeader);
   Send(client, std::string_view(page).substr(0, page.find('\0')));

@@ -9,17 +9,17 @@
 
 namespace tolvik {
 
-/// The state of the server and the lock that keeps a model that is handed over from tearing a list under a
-/// page. A page is built on a copy, so a slow one never holds the lock.
+/// The state of the server, with a lock that protects a page from a new model that replaces the state. A page
+/// is built on a copy, so a slow one never holds the lock.
 class ServedState {
  public:
   explicit ServedState(const CState& state) : state_(state) {}
 
-  /// Replaces the whole model; a page in work ends with the model that it began with.
+  /// Replaces the whole model; a page in progress ends with its old model.
   void Replace(const CState& state);
   /// Begins a page: a private copy of the state.
   CState Copy(std::uint64_t& generation);
-  /// Ends a page: what it changed stays for the next request, unless a new model came meanwhile.
+  /// Ends a page: its changes stay for the next request, unless a new model came meanwhile.
   void Keep(CState&& changed, std::uint64_t generation);
 
   CState* Address() { return &state_; }
@@ -30,7 +30,7 @@ class ServedState {
   std::uint64_t generation_ = 0;
 };
 
-/// What a connection leaves behind for the accept loop.
+/// The outcome of a connection for the accept loop.
 enum class Served { done, failed };
 
 /// Reads one request with one recv, answers it with the consistency page and closes the socket. Energy and

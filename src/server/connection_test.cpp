@@ -162,7 +162,7 @@ long ResidentPages() {
 }
 
 TEST(Connection, MemoryStaysFlat) {
-  // The sanitizers keep freed blocks, so resident memory says nothing there; leaks are reported at the end.
+  // The sanitizers keep freed blocks, so resident memory proves nothing there; leaks are reported at the end.
   const int requests = testing::kSanitized ? 100 : 10000;
   const long allowed_pages = testing::kSanitized ? 1 << 20 : 256;  // 256 pages are 1 MB
   ServedState served(TwoLayers());

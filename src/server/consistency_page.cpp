@@ -52,7 +52,7 @@ void WriteForm(std::ostream& out, const CState& state, double qz) {
          "   </tr>\n</table>\n</form>\n";
 }
 
-// Takes the optical constants from the tables. False after the words that end the page early.
+// Takes the optical constants from the tables. False after a message that ends the page early.
 bool RefreshConstants(std::ostream& out, CState& state) {
   const char* failure = nullptr;
   if (!LoadOpticalTables(state)) {
@@ -97,7 +97,7 @@ const char* ClassName(int tensor_class) {
   }
 }
 
-// Height of a row in the unit of the page; the integer conversion truncates, and what no integer holds
+// Height of a row in the unit of the page; the integer conversion truncates, and a number out of range
 // becomes the smallest one.
 int RowHeight(double thickness) {
   const double height = 10 * thickness;
@@ -117,7 +117,7 @@ void WriteRow(std::ostream& out, const Entry& slice, int index, std::string_view
   out << " " << name << "<br/>d = " << slice.layer_d << "A\n"
       << "<br/>" << ClassName(engine::ClassifyTensor<double>(tolerance, slice.epsilon)) << "\n"
       << " </td>\n <td bgcolor=\"#FFFFFF\">\n </td>\n";
-  out.precision(kDigitsOfTensor);  // and so it stays for the rows below
+  out.precision(kDigitsOfTensor);  // stays for the rows below
   out << " <td bgcolor=\"#FFFFFF\">\n";
   WriteTensor(out, slice.epsilon);
   out << " </td>\n <td bgcolor=\"#FFFFFF\">\n </td>\n <td bgcolor=\"#FFFFFF\">\n";
@@ -127,7 +127,7 @@ void WriteRow(std::ostream& out, const Entry& slice, int index, std::string_view
   out << " </td>\n</tr>\n";
 }
 
-// One row a slice, the top of the stack first.
+// One row per slice, the top of the stack first.
 void WriteStack(std::ostream& out, CState& state, double qz) {
   const double k0 = kTwoPi / state.lambda;
   const double s = qz / (2 * k0);

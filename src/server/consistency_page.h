@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The page that lets a user check that a model is sound at one point: tensor and normal wavevectors of each
-// layer.
+// The page that checks a model at one point: tensor and normal wavevectors of each layer.
 #pragma once
 
 #include <string>
@@ -10,8 +9,8 @@
 namespace tolvik {
 
 /// Writes the page for one qz in Å⁻¹ at the energy and the tolerance of the state into out, as XHTML with
-/// MathML. With ocautomatic the optical constants come from the tables; what they or the state's script
-/// change stays in the state. Nothing is escaped. Numbers that are not finite are written as they are.
+/// MathML. With ocautomatic the optical constants come from the tables; changes by them or by the state's
+/// script stay in the state. No text is escaped. Numbers that are not finite are written as they are.
 void BuildConsistencyPage(CState& state, std::string& out, double qz);
 
 }  // namespace tolvik

@@ -28,7 +28,7 @@ constexpr int kQueue = 3;
 std::mutex start_mutex;  // two starts at once must not make two threads
 ServedState* served_state = nullptr;
 
-// A listening socket, or -1 after the report of what failed.
+// A listening socket, or -1 after a report of the failure.
 int Listen(std::uint16_t port) {
   const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   if (listener < 0) {
@@ -59,9 +59,9 @@ struct ThreadStart {
   std::promise<void> started;
 };
 
-// The served state lives to the end of the process: a front end may hand over a model at any time.
+// The served state lives to the end of the process: a front end may pass a new model at any time.
 void* ServerThread(void* argument) {
-  // Signals are the host's matter: none may interrupt a read and end the server with it.
+  // The host handles signals: none may interrupt a read of the server and so end it.
   sigset_t all;
   sigfillset(&all);
   pthread_sigmask(SIG_BLOCK, &all, nullptr);
@@ -120,7 +120,7 @@ void RunAcceptLoop(std::uint16_t port, ServedState& served) {
   while (last == Served::done) {
     sockaddr_in peer{};
     socklen_t length = sizeof peer;
-    // A failed accept shows in the read that follows.
+    // A failed accept makes the following read fail.
     const int client = accept(listener, reinterpret_cast<sockaddr*>(&peer), &length);
     char text[INET_ADDRSTRLEN] = "";
     inet_ntop(AF_INET, &peer.sin_addr, text, sizeof text);
@@ -145,7 +145,7 @@ extern "C" std::int32_t StartWebserver(tolvik::CState* state) {
       served_state->Replace(*state);
     }
   } catch (const std::exception&) {
-    // Memory is short: the server goes on with the model that it has.
+    // Out of memory: the server continues with its old model.
   }
   std::fflush(stdout);
   return 0;

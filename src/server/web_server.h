@@ -7,8 +7,8 @@
 
 namespace tolvik {
 
-/// The state that the server thread works on. Null until the thread has started, and set for ever then, also
-/// when the server has ended.
+/// The state that the server thread works on. Null until the thread has started; it then stays set, even
+/// after the server has ended.
 extern CState* currentwebserver;
 
 /// Listens on a TCP port of all local addresses and serves connections one after the other until one cannot

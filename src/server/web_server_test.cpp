@@ -24,7 +24,7 @@ using testing::Request;
 
 constexpr char kGet[] = "GET / HTTP/1.0\r\n\r\n";
 
-// A port that nobody listens on at the moment.
+// A port without a listener at the moment.
 std::uint16_t FreePort() {
   const int probe = socket(AF_INET, SOCK_STREAM, 0);
   sockaddr_in address{};
@@ -71,7 +71,7 @@ class WebServer : public ::testing::Test {
     if (server_.joinable()) Stop();
   }
   void Stop() {
-    // Either the loop still listens and a reset ends it, or it has ended and nobody answers.
+    // Either the loop still listens and a reset ends it, or it has ended and does not answer.
     for (int attempt = 0; attempt < 1000 && !ended_; ++attempt) {
       const int client = socket(AF_INET, SOCK_STREAM, 0);
       sockaddr_in address{};
