@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::int64_t kArraysOfACurve = 5;  // qz, R0, Rp, Rm, asymmetry
 
-// numberofpoints values from 0 to qzmax. One point divides 0 by 0, which the curve carries on.
+// numberofpoints values from 0 to qzmax. One point divides 0 by 0; the NaN travels into the curve.
 template <class Formula>
 CSolution RegularGrid(const CState& state, Formula qz) {
   CSolution solution;

@@ -8,7 +8,7 @@
 namespace tolvik {
 
 /// -refl: runs the state's script, calculates the reflectivity and prints "qz R" for each point to standard
-/// output. The script runs once more inside the calculation and sees what its first run did.
+/// output. The script runs once more inside the calculation, on the changes of its first run.
 void CalcReflectivityCommand(CState& state);
 
 /// -dicrefl: calculates both polarisations and prints "qz Rp Rm" for each point to standard output. The

@@ -36,7 +36,7 @@ void PrintMeasuredMap(Project& project) {
   PrintMapFile(map);
 }
 
-// A command arrives by the function of its row; a row without one does nothing.
+// A row without a function does nothing.
 constexpr Command kCommands[] = {
     {"-refl", [](Project& project) { CalcReflectivityCommand(project.states[0]); }},
     {"-escan", [](Project& project) { CalcEnergyScanCommand(project.states[0]); }},
@@ -60,7 +60,7 @@ void RunCommands(const std::set<std::string>& flags, Project& project) {
     if (command.run == nullptr || !flags.contains(std::string(command.option))) continue;
     try {
       command.run(project);
-    } catch (const std::exception&) {  // memory is short, as a rule: the other commands may need less
+    } catch (const std::exception&) {  // mostly out of memory: the other commands may need less
       ReportFailure(ReturnCode::kUnknownError);
     }
   }

@@ -11,7 +11,7 @@
 
 namespace tolvik {
 
-/// What the commands of one run work on.
+/// The data of the commands of one run.
 struct Project {
   std::vector<CState> states;      ///< at least one; most commands work on the first
   std::vector<std::string> names;  ///< the state files, by the same index

@@ -39,7 +39,7 @@ bool WriteTensors(COpticalTable& material, bool magnetic, const std::string& ste
   for (std::uint32_t i = 0; i < material.db.count; ++i) {
     const double energy = material.db.rows[i].energy;
     InterpolateOpticalConstants(material, energy, layer);
-    // whatever a .e file gave before is built anew from the constants
+    // replaces the tensor of a .e file by one from the constants
     BuildEpsilonTensor(layer, kGamma, kPhi, magnetic ? 1 : 0);
     file.Stream() << TensorLine(energy, layer);
   }

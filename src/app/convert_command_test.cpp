@@ -16,7 +16,7 @@ namespace {
 
 using Complex = std::complex<double>;
 
-// What one run of the command says and leaves.
+// Output and files of one run of the command.
 class ConvertCommand : public ::testing::Test {
  protected:
   void Convert() {
@@ -29,7 +29,7 @@ class ConvertCommand : public ::testing::Test {
   }
   std::string Tensors() const { return folder_.Read("film.e"); }
 
-  // The numbers of a line behind the header.
+  // The numbers of a line after the header.
   std::vector<double> Line(int index) const {
     std::istringstream text(Tensors());
     std::string line;
@@ -89,7 +89,7 @@ TEST_F(ConvertCommand, MagnetisationInTheSurfaceFillsXz) {
     EXPECT_NEAR(std::abs(Element(line, 0, 2) - m), 0, 1e-9);
     EXPECT_NEAR(std::abs(Element(line, 2, 0) + m), 0, 1e-9);
     EXPECT_NEAR(std::abs(Element(line, 1, 1) - index[i] * index[i]), 0, 1e-6);
-    // sine and cosine of 90 degrees in radians: zeros to rounding, not exact ones
+    // the cosine of 90 degrees in radians is zero up to rounding, not exactly
     for (auto [row, column] : {std::pair{0, 1}, {1, 0}, {1, 2}, {2, 1}}) {
       const double size =
           std::abs(Element(line, static_cast<std::size_t>(row), static_cast<std::size_t>(column)));
@@ -111,7 +111,7 @@ TEST_F(ConvertCommand, AnOlderTensorFileIsReplaced) {
 TEST_F(ConvertCommand, TellsThatItCannotSave) {
   folder_.Write("film.db", "700 0.5 0.25\n");
   folder_.Write("film.m", "700 0.5 0.25\n");
-  ASSERT_EQ(mkdir(folder_.Path("film.e").c_str(), 0700), 0);  // a folder in the way
+  ASSERT_EQ(mkdir(folder_.Path("film.e").c_str(), 0700), 0);  // a folder of that name
   Convert();
   EXPECT_EQ(errors_, "Error: Could not save file " + stem_ + ".e\n");
 }

@@ -17,7 +17,7 @@ int EndWithUsage() {
   return 1;
 }
 
-// Stops at the first state that cannot be loaded. One that does not fit into memory counts as such.
+// Stops at the first state that cannot be loaded or does not fit into memory.
 bool LoadStates(Project& project) {
   for (const std::string& name : project.names) {
     std::fprintf(stderr, "# Loading state %s\n", name.c_str());

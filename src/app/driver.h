@@ -4,9 +4,9 @@
 
 namespace tolvik {
 
-/// Scans the arguments, loads every state named, runs the commands in their fixed order and flushes the
-/// streams. Gives the exit value: 1 for the usage and the version, 0 for all else, a failed calculation
-/// included.
+/// Scans the arguments, loads the named states, runs the commands in their fixed order and flushes the
+/// streams. Returns the exit value: 1 for the usage and the version, otherwise 0, even when a calculation
+/// failed.
 int RunProgram(int argc, const char* const* argv);
 
 }  // namespace tolvik

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Exported functions that are not a calculation of their own: fits, evolution, script.
+// Exported functions that are not calculations: fits, evolution, script.
 #include "app/exports.h"
 
 #include <exception>
@@ -18,7 +18,8 @@ CEvolution* frontendevolution = nullptr;
 
 namespace {
 
-// Keeps an object to the end of the process, so that pointers into it stay good when a newer one replaces it.
+// Keeps an object to the end of the process, so that pointers into it stay valid when a newer one replaces
+// it.
 template <class T>
 T* KeepForEver(std::unique_ptr<T> object) {
   static auto& kept = *new std::vector<std::unique_ptr<T>>;  // never destroyed: other threads may still read
@@ -40,7 +41,7 @@ std::int32_t FitNewDLL(tolvik::CState* state) {
     fit->RestartFit();
     frontendfit = tolvik::KeepForEver(std::move(fit));
   } catch (const std::exception&) {
-    frontendfit = nullptr;  // memory is short: FitGetFitDLL tells
+    frontendfit = nullptr;  // out of memory: FitGetFitDLL returns null
   }
   return 0;
 }
@@ -73,7 +74,7 @@ std::int32_t EvolutionNewDLL(tolvik::CState* state) {
   try {
     frontendevolution = tolvik::KeepForEver(std::make_unique<tolvik::CEvolution>(*state));
   } catch (const std::exception&) {
-    frontendevolution = nullptr;  // memory is short: EvolutionGetEvolutionDLL tells
+    frontendevolution = nullptr;  // out of memory: EvolutionGetEvolutionDLL returns null
   }
   return 1;
 }
@@ -92,7 +93,7 @@ std::int32_t StartScriptDLL(tolvik::CState* state) {
   try {
     tolvik::ScriptSession(*state).Run();
   } catch (const std::exception&) {
-    // Memory is short: like any other fault of a script this one is silent.
+    // Out of memory: silent, like any other fault of a script.
   }
   return 1;
 }

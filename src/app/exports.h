@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The one fit and the one evolution of a front end.
+// The current fit and the current evolution of a front end.
 #pragma once
 
 #include "fit/evolution.h"

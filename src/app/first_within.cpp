@@ -20,7 +20,7 @@ FirstWithin::FirstWithin(std::vector<double> keys, double tolerance)
 }
 
 std::int32_t FirstWithin::Find(double value) const {
-  // Rounding keeps the order of the differences, so the keys near a value follow one another.
+  // Rounding keeps the order of the differences, so the keys near a value are consecutive.
   const auto is_near = [=, this](double key) { return std::abs(key - value) <= tolerance_; };
   const auto begin = std::partition_point(keys_.begin(), keys_.end(),
                                           [&](double key) { return key < value && !is_near(key); });

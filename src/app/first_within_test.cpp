@@ -12,7 +12,7 @@ namespace {
 
 const double kInf = std::numeric_limits<double>::infinity();
 
-// The search as one would write it down.
+// The plain search.
 std::int32_t PlainFind(const std::vector<double>& added, double value, double tolerance) {
   for (std::size_t i = 0; i < added.size(); ++i)
     if (std::abs(added[i] - value) <= tolerance) return static_cast<std::int32_t>(i);

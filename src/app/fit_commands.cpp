@@ -29,7 +29,7 @@ void PrintFitSetup(const CState& state) {
     std::printf("%i: %i\n", i, state.fitvariables[i].fit_id);
 }
 
-// A state that cannot be written, on a full disk for instance, is written at the next turn.
+// A state that cannot be written, for instance on a full disk, is tried again at the next save.
 void SaveStates(const std::vector<CState>& states, const std::vector<std::string>& names) {
   for (std::size_t i = 0; i < names.size() && i < states.size(); ++i) {
     const std::string name = names[i] + ".new";

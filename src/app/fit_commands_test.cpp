@@ -95,7 +95,7 @@ TEST(FitCommand, UnknownAlgorithmPrintsZeroForever) {
   EXPECT_EQ(lines[18], "iteration=10: error=0.000000e+00");
 }
 
-// The save blocks until someone opens the pipe, so what is seen before was flushed.
+// The save blocks until someone opens the pipe, so lines read before were flushed.
 TEST(FitCommand, FlushesEachLineAndWritesAPipeInPlace) {
   const ScratchFolder folder;
   ASSERT_EQ(mkfifo(folder.Path("film.new").c_str(), 0600), 0);
@@ -212,7 +212,7 @@ TEST(RunFitSteps, CopiesTheDeviationsOfLevenbergMarquardt) {
   for (std::int32_t i = 0; i < state.datasets[1].dataset_R0.size; ++i)
     state.datasets[1].dataset_R0[i] *= i % 2 == 0 ? 1.02 : 0.98;
   state.fitalgorithm = FitAlgorithm::kLevenbergMarquardt;
-  CaptureStderr();  // the library may have something to say
+  CaptureStderr();  // levmar may print messages
   EXPECT_TRUE(RunFitSteps(state));
   GetCapturedStderr();
   EXPECT_GT(state.fitvariables[0].fit_sigma, 0);

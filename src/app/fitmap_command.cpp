@@ -53,8 +53,8 @@ void SelectCurve(CState& state, const CDataset& curve, const CArray<CFitVariable
   state.fitvariables = start;
 }
 
-// The line is made for three layers and two variables. What a smaller state does not have is no number: a
-// zero would read like a result.
+// The line is made for three layers and two variables. Missing values are NaN: a zero would look like a
+// result.
 template <class Record>
 double Field(const CArray<Record>& records, std::int32_t index, double Record::*field) {
   return index < records.size ? records[index].*field : std::numeric_limits<double>::quiet_NaN();

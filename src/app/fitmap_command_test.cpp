@@ -108,7 +108,7 @@ TEST(FitMapCommand, FitsOneCurve) {
   ASSERT_EQ(map.fitdatasets.size, 1);
   EXPECT_EQ(map.fitdatasets[0].datasetenergy, 8000);
   EXPECT_EQ(map.fitdatasets[0].dataset_R0.size, 30);
-  ASSERT_EQ(map.constenergy.size, 2);  // the calculated curve behind the measured one
+  ASSERT_EQ(map.constenergy.size, 2);  // the measured curve, then the calculated one
   EXPECT_EQ(map.constenergy[0].datasetactive, 0);
   EXPECT_NEAR(map.constenergy[1].dataset_R0[5] / map.constenergy[0].dataset_R0[5], 1, 0.05);
   EXPECT_TRUE(std::filesystem::exists(folder.Path("test.all")));

@@ -15,7 +15,7 @@
 namespace tolvik {
 namespace {
 
-// The window of the fit and what is kept around it, eV.
+// The window of the fit and the range kept around it, eV.
 constexpr double kWindowBegin = 800;
 constexpr double kWindowEnd = 900;
 constexpr double kKeptBegin = 790;
@@ -83,7 +83,7 @@ void FitForever(CKKFit& fit) {
 }  // namespace
 
 void AddMultiplicativeNoise(CColumnTable& table) {
-  constexpr int kUpperBits = 15;  // a rand of more bits gives its upper ones
+  constexpr int kUpperBits = 15;  // of a rand with more bits the upper ones are used
   constexpr int kDropped = std::bit_width(static_cast<unsigned>(RAND_MAX)) - kUpperBits;
   constexpr double kStep = 1.2207403790398877e-05;  // 0.4 / 32767
   for (CColumnRow& row : table) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// What the commands that run for hours share.
+// Common functions of the commands that run for hours.
 #pragma once
 
 #include <string>
@@ -12,7 +12,7 @@ namespace tolvik {
 void BeginLongRun();
 
 /// Replaces a result file by text, as a whole or not at all; a pipe or a device is written in place. A file
-/// that cannot be written keeps what it holds: the command goes on, and the next result may find room again.
+/// that cannot be written keeps its content: the command continues, and the next result may find room again.
 void ReplaceResultFile(const std::string& path, const std::string& text);
 
 }  // namespace tolvik

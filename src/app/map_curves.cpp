@@ -20,7 +20,7 @@ constexpr double kSameQz = 0.001;     // Å⁻¹
 constexpr std::int32_t kFewestQzPoints = 10;
 constexpr std::int32_t kFewestEnergyPoints = 16;
 
-// What makes points one curve.
+// The key by which points belong to one curve.
 struct CurveKind {
   double tolerance;
   double (*key_of_curve)(const CDataset&);
@@ -99,7 +99,7 @@ void AddPoints(CArray<CDataset>& curves, const CurveKind& kind, const std::vecto
   }
 }
 
-// What exchanging neighbours in the wrong order comes to: a stable sort, but nothing passes a NaN.
+// Equivalent to exchanging neighbours in the wrong order: a stable sort in which nothing passes a NaN.
 template <class Iterator, class Key>
 void SortRuns(Iterator begin, Iterator end, Key key) {
   const auto by_key = [&](const auto& a, const auto& b) { return key(a) < key(b); };

@@ -10,7 +10,7 @@
 
 namespace tolvik {
 
-/// A measured map as two sets of curves; a point stands in one curve of each set.
+/// A measured map as two sets of curves; a point belongs to one curve of each set.
 class CMapFile {
  public:
   explicit CMapFile(CState& owner) : state(&owner) {}
@@ -21,7 +21,7 @@ class CMapFile {
   CState* state;                 ///< the state that the map belongs to; not owned
 };
 
-/// One point of a map. letter: "s", "p", "l" or "r"; "v" stands for "s", "h" for "p". A point of any other
+/// One point of a map. letter: "s", "p", "l" or "r"; "v" means "s", "h" means "p". A point of any other
 /// letter has the rays of a default dataset and begins a curve of its own.
 struct MapPoint {
   double energy = 0;  ///< eV
@@ -41,17 +41,17 @@ void AddConstQzPoint(CMapFile& map, double energy, double qz, double r, char let
 void AddMapPoints(CMapFile& map, const std::vector<MapPoint>& points);
 
 /// Sorts constenergy by polarisation (sigma, right circular, pi, left circular), within it by energy, and
-/// constqz by the qz of the first point, all ascending. Equal ones keep their order, and a NaN parts a list:
-/// what stands before and behind it is sorted on its own.
+/// constqz by the qz of the first point, all ascending. Equal ones keep their order, and a NaN splits a list:
+/// the parts before and after it are sorted separately.
 void SortMapCurves(CMapFile& map);
 
 /// Drops the curves of constenergy with fewer than 10 points and those of constqz with fewer than 16. Reports
-/// each on standard error with the index that it has when the short ones before it are gone.
+/// each on standard error with its index after the removal of the short ones before it.
 void RemoveShortMapCurves(CMapFile& map);
 
 /// Sorts the points of each curve of constenergy by qz and those of constqz by energy. The reflectivity moves
-/// along; the third number, the same for all points of a curve within the tolerance, keeps the order of the
-/// file. A NaN parts a curve as it parts a list.
+/// with its point; the third number, constant along the curve within the tolerance, keeps the order of the
+/// file. A NaN splits a curve as it splits a list.
 void SortMapPoints(CMapFile& map);
 
 }  // namespace tolvik

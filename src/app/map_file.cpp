@@ -21,7 +21,7 @@ void ReportCurves(const CArray<CDataset>& curves) {
                  GetRayName(FirstRay(curves[i])).c_str());
 }
 
-// Smallest and largest of what it has seen; NaN is not seen.
+// Smallest and largest of the numbers added; NaN is ignored.
 struct Range {
   double lo = 1e99;
   double hi = -1e99;

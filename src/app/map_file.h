@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The text file of a measured map, one point a line: energy in eV, qz in Å⁻¹, reflectivity, and the letter of
-// the polarisation, which stands for the lines behind it too.
+// The text file of a measured map, one line per point: energy in eV, qz in Å⁻¹, reflectivity, and the letter
+// of the polarisation, which also applies to the lines after it.
 #pragma once
 
 #include <istream>
@@ -12,8 +12,8 @@
 namespace tolvik {
 
 /// Reads the points of a map. Lines of five characters or fewer and lines that begin with "#" or "--" are
-/// passed over. A number that cannot be read is 0; a line without a letter keeps the letter of the line
-/// before, "s" at first. Numbers are what scanf takes: also "nan", "inf" and hexadecimal.
+/// ignored. A number that cannot be read is 0; a line without a letter takes the letter of the line before,
+/// "s" at first. Numbers are read as by scanf: also "nan", "inf" and hexadecimal.
 std::vector<MapPoint> ReadMapPoints(std::istream& in);
 
 /// Fills the map from a file: curves sorted, short ones dropped, points in ascending order. Reports to

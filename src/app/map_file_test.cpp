@@ -26,7 +26,7 @@ std::string Line(double energy, double qz, double r, const std::string& letter =
   return std::to_string(energy) + " " + std::to_string(qz) + " " + std::to_string(r) + " " + letter + "\n";
 }
 
-// What a map of that text prints, both streams.
+// Both streams of printing the map of that text.
 struct Printed {
   std::string out, err;
   std::int32_t curves;
@@ -89,7 +89,7 @@ TEST(LoadMapFile, EndsTheProcessWithoutTheFile) {
               "^Error: Could not open file\n$");
 }
 
-// A folder opens like a file, but nothing can be read from it.
+// A folder opens like a file, but cannot be read.
 TEST(LoadMapFile, EndsTheProcessForAFolder) {
   CState state;
   CMapFile map(state);

@@ -13,10 +13,10 @@ namespace {
 constexpr int kVersion[] = {1, 9, 2};
 constexpr int kBuild = 58;
 
-// The eight words behind -map and the names around them: program, -map, eight words, a state file.
+// The eight words after -map and the names around them: program, -map, eight words, a state file.
 constexpr int kLeastArgumentsOfMap = 11;
 
-// The words of the command line behind the one that is looked at; a word behind the last one is empty.
+// The words of the command line after the current one; beyond the last one words are empty.
 class Words {
  public:
   Words(int argc, const char* const* argv) : argc_(argc), argv_(argv) {}
@@ -40,7 +40,7 @@ void ReadNumber(const char* word, std::int32_t& value) {
   std::sscanf(word, "%i", &value);
 }
 
-// A word that does not parse leaves its value as it was; nothing is checked.
+// A word that does not parse leaves its value unchanged; nothing is checked.
 ScanResult ScanMap(Words& words, CMapRange& range) {
   if (words.Count() < kLeastArgumentsOfMap || words.Ahead(0) != "E" || words.Ahead(1) != "Q") {
     return ScanResult::usage;
@@ -51,7 +51,7 @@ ScanResult ScanMap(Words& words, CMapRange& range) {
   range.id2 = MapAxis::kQz;
   for (double* value : {&range.min1, &range.max1, &range.min2, &range.max2}) ReadNumber(words.Take(), *value);
   for (std::int32_t* value : {&range.n1, &range.n2}) ReadNumber(words.Take(), *value);
-  // Readers of this output know the four lines by these labels, though they do not tell what is reported.
+  // Readers of this output rely on these labels, although two of the four are wrong.
   std::fprintf(stderr, "#min1 = %lf\n#max2 = %lf\n#min1 = %lf\n#max2 = %lf\n", range.min1, range.max1,
                range.min2, range.max2);
   std::fprintf(stderr, "#n1 = %i\n#n2 = %i\n", range.n1, range.n2);

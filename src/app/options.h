@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The command line: which commands are wanted, on which state files.
+// The command line: commands and state files.
 #pragma once
 
 #include <set>
@@ -10,14 +10,14 @@
 
 namespace tolvik {
 
-/// What the scan of the arguments leaves behind.
+/// The result of the scan of the arguments.
 struct Options {
   std::set<std::string> flags;     ///< the commands asked for, as spelt: "-refl"
   std::vector<std::string> names;  ///< state files, in the order of the command line
   CMapRange maprange;              ///< points of -map
 };
 
-/// What a scan of the arguments asks for next.
+/// The next action after the scan of the arguments.
 enum class ScanResult {
   go_on,   ///< load the states and run the commands
   usage,   ///< print the usage and end with 1

@@ -38,7 +38,7 @@ std::vector<const CDataset*> FilledCurves(const CMapFile& map) {
   return curves;
 }
 
-// Energies in the order in which they come up first.
+// Energies in the order of their first curves.
 std::vector<Picture> MakePictures(const std::vector<const CDataset*>& curves) {
   std::vector<Picture> pictures;
   for (std::size_t i = 0; i < curves.size(); ++i) {

@@ -37,7 +37,7 @@ TEST(WriteSummaryPlot, DrawsThePolarisationsOfEachEnergy) {
   CMapFile map(state);
   map.constenergy.Append(Curve(700, 's', 1e-3, 2));
   map.constenergy.Append(Curve(720, 's', 2e-3, 1));
-  map.constenergy.Append(Curve(710, 's', 2e-3, 0));  // nothing to draw
+  map.constenergy.Append(Curve(710, 's', 2e-3, 0));  // no points to draw
   map.constenergy.Append(Curve(700, 'l', 4e-3, 1));
   map.constenergy[3].datasetmultiplicator = 2;
   map.constenergy[3].datasettranslator = 1e-3;

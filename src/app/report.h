@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// How a calculation that failed is told.
+// Reports a failed calculation.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 
 namespace tolvik {
 
-/// Prints "#error" as a line of standard output, so that a reader of the results sees the failure, and the
+/// Prints "#error" as a line of standard output, so that a reader of the results notices the failure, and the
 /// message of the code to standard error. A code without a message prints none.
 void ReportFailure(std::int32_t code);
 

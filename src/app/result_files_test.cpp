@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Result files of the long commands: always the old one or the new one, whole, whatever happens to the
-// process or to the disk.
+// Result files of the long commands: always the complete old one or the complete new one, after a kill and on
+// a full disk too.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
@@ -73,7 +73,7 @@ TEST(ResultFiles, KillsLeaveWholeFiles) {
       ASSERT_EQ(Keys(folder.Read("b.new")), keys) << "kill " << i;
     }
   }
-  EXPECT_GT(replaced, kKills / 10);  // the kills did fall among the saves
+  EXPECT_GT(replaced, kKills / 10);  // the kills happened between and during saves
 }
 
 TEST(ResultFiles, KillsLeaveAWholeTableOfTheKramersKronigFit) {

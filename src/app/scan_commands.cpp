@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::int64_t kArraysOfAScan = 3;  // qz, energy, reflectivity
 
-// What a point holds that no thread reaches: 0 in the first and 1 in the others.
+// Start values, which stay at points that no thread calculates: 0 in the first and 1 in the others.
 void SizeReflectivity(CSolution& solution) {
   solution.dataset_R0.Assign(solution.dataset_qz.size, 1.0);
   if (!solution.dataset_R0.IsEmpty()) solution.dataset_R0[0] = 0;

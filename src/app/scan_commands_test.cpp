@@ -39,7 +39,7 @@ class ScanCommands : public ::testing::Test {
     state_.numberofpoints = 4;
   }
 
-  // What a command writes to the two streams.
+  // The output of a command on both streams.
   template <class Command>
   void Run(Command command) {
     ::testing::internal::CaptureStdout();
@@ -134,7 +134,7 @@ TEST_F(ScanCommands, MapIsNarrowedToTheTablesWithoutAWord) {
   EXPECT_EQ(qz, 0.1);
   EXPECT_GT(reflectivity, 0);
   EXPECT_LT(reflectivity, 1);
-  // two blocks of three lines, each with an empty line behind it
+  // two blocks of three lines, each followed by an empty line
   EXPECT_EQ(std::count(output_.begin(), output_.end(), '\n'), 8);
   EXPECT_EQ(output_.substr(output_.size() - 2), "\n\n");
 }
