@@ -6,9 +6,9 @@
 // u              uniform in [0, 1); -T ln u >= 0 worsens a vertex, the same in favour of a trial point
 // highest, lowest, nexthighest   noisy errors of the ranking
 //
-// At T = 0 this is the simplex of simplex.cpp but for the order of ties. Differences from the paper: the
-// schedule is linear and runs here, and the shrink moves all vertices at once. A draw of exactly 0 makes the
-// noise infinite, or NaN at T = 0; the comparisons follow from that.
+// At T = 0 this is the simplex of simplex.cpp except for the order of ties. Differences from the paper: the
+// schedule is linear and part of the step, and the shrink moves all vertices at once. A draw of exactly 0
+// makes the noise infinite, or NaN at T = 0; the comparisons follow from that.
 #include <cmath>
 
 #include "fit/chi_square_fit.h"

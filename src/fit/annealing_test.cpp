@@ -13,7 +13,7 @@ using testing::Point;
 using testing::SumOfSquares;
 using testing::ToyFit;
 
-// Draws behind those that a fit of that seed discards, from an object that shares no code with the stream.
+// Draws after those that a fit of that seed discards, from an object that shares no code with the stream.
 class Reference {
  public:
   explicit Reference(std::uint32_t seed) {
@@ -29,7 +29,7 @@ class Reference {
   std::size_t next_ = 0;
 };
 
-// How many numbers a fit has drawn since it was made, found by the next number of the stream.
+// The count of numbers that a fit has drawn since it was made, from the next number of the stream.
 int CountDraws(ToyFit& fit, std::uint32_t seed) {
   const std::uint32_t next = fit.integergenerator.Draw();
   MTRand_int32 stream;
@@ -45,7 +45,7 @@ TEST(Annealing, FirstStepBuildsAndMoves) {
   ToyFit fit(SumOfSquares);
   fit.Vary(4, 2).Vary(4, 2).Start();
   fit.AnnealingStep();
-  // Errors 32, 52, 52: of the tie the earlier vertex stays the highest, and its reflection (2, 6) has 40.
+  // Errors 32, 52, 52: in the tie the earlier vertex stays the highest, and its reflection (2, 6) has 40.
   EXPECT_EQ(fit.evaluated, (std::vector<Point>{{4, 4}, {6, 4}, {4, 6}, {2, 6}}));
   EXPECT_EQ(fit.Errors(), (Point{32, 40, 52}));
   EXPECT_EQ(fit.lasterror, 40);  // of the last trial
@@ -183,7 +183,7 @@ TEST(Annealing, NoiseOnVerticesAndTrialsFollowsTheDraws) {
     const double highest = std::max(y0, y1);
     const bool reflection_taken = noisy < highest;
     taken += reflection_taken;
-    // What follows tells how the reflection was judged.
+    // The next trial shows whether the reflection was accepted.
     double worst = reflection_taken ? trial : high;
     const double sum = 1 - high + worst;
     if (noisy <= std::min(y0, y1)) {
@@ -201,7 +201,7 @@ TEST(Annealing, NoiseOnVerticesAndTrialsFollowsTheDraws) {
 }
 
 TEST(Annealing, TrialIsKeptWithItsTrueError) {
-  // At a huge temperature every trial is taken, however bad.
+  // At a huge temperature every trial is taken, even a bad one.
   ToyFit fit(SumOfSquares, 1);
   fit.Vary(4, 2).Vary(4, 2).Start();
   fit.fittemp = 1e12;

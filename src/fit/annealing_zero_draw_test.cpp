@@ -49,7 +49,7 @@ void DrawZerosFromNowOn() {
   ASSERT_NE(stream.Draw(), 0u);  // the first word always has its upper bit
 }
 
-// The simplex (4, 4), (6, 4), (4, 6) with the errors 32, 52, 52, and nothing but zeros to draw.
+// The simplex (4, 4), (6, 4), (4, 6) with the errors 32, 52, 52, and only zeros to draw.
 void Prepare(ToyFit& fit, double temperature) {
   fit.Vary(4, 2).Vary(4, 2).Start();
   fit.SimplexStep();  // builds and does not move
@@ -58,7 +58,7 @@ void Prepare(ToyFit& fit, double temperature) {
   DrawZerosFromNowOn();
 }
 
-// 0 times minus infinity is no number: every comparison fails, so vertex 0 counts as the highest and its
+// 0 times minus infinity is NaN: every comparison fails, so vertex 0 counts as the highest and its
 // reflection, (14, 14) - 2 (4, 4), is recorded but not kept.
 TEST(Annealing, DrawOfZeroAtTemperatureZeroMovesNothing) {
   ToyFit fit(SumOfSquares);
@@ -73,7 +73,7 @@ TEST(Annealing, DrawOfZeroAtTemperatureZeroMovesNothing) {
 }
 
 // All vertices are infinitely bad and every trial infinitely good. Ties: vertex 1 stays the highest. Its
-// reflection (14, 14) - 2 (6, 4) = (2, 6) is taken with its true error; the expansion behind it,
+// reflection (14, 14) - 2 (6, 4) = (2, 6) is taken with its true error; the expansion after it,
 // -(10, 16) / 2 + 5 / 2 (2, 6) = (0, 7), is no better than minus infinity.
 TEST(Annealing, DrawOfZeroAboveTemperatureZeroIsInfinite) {
   ToyFit fit(SumOfSquares);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// What all fits share: the variables with their bounds, the random stream, and the state of the optimisers.
+// The base of all fits: the variables with their bounds, the random stream, and the state of the optimisers.
 //
-// A derived class answers one question, CalcError; the optimisers (simplex.cpp, annealing.cpp, levenberg.cpp)
-// are steps on this class. None of them stops by itself: whoever calls decides how many steps to run.
+// A derived class defines CalcError; the optimisers (simplex.cpp, annealing.cpp, levenberg.cpp) are steps on
+// this class. None of them stops by itself: the caller decides how many steps to run.
 #pragma once
 
 #include <cstdint>
@@ -15,18 +15,19 @@
 namespace tolvik {
 
 /// A fit of variables to measurements. The members in this order, one virtual operation and a destructor that
-/// is not virtual are the contract with a front end. Objects of derived classes are deleted as what they are.
+/// is not virtual are the contract with a front end. Objects of derived classes are deleted by their own
+/// type.
 class CChiSquareFit {
  public:
   double fittemp = 0;                          ///< temperature of the annealing simplex
   double fitdtemp = 0;                         ///< change of fittemp per step
   double lasterror = 0;                        ///< value of the most recent objective call
-  CArray<CFitVariable> fitvariables;           ///< the working variables: what the objective sees
+  CArray<CFitVariable> fitvariables;           ///< the working variables, those of the objective
   CArray<double> parameters;                   ///< present parameter vector, one entry per variable
   CArray<double> residuals;                    ///< filled by the objective, minimised by LevenbergStep
   bool restart = false;                        ///< the next simplex step builds a new simplex
   std::unique_ptr<CArray<double>[]> vertices;  ///< the simplex: one point more than there are parameters
-  CArray<double> bestparameters;               ///< best point seen by the annealing simplex
+  CArray<double> bestparameters;               ///< best point of the annealing simplex so far
   CArray<double> vertexerrors;                 ///< objective at each vertex
   CArray<double> vertexsum;                    ///< per coordinate, the sum over all vertices
   double besterror = kLargeError;              ///< error of bestparameters
@@ -36,7 +37,7 @@ class CChiSquareFit {
   MTRand realgenerator;
 
   /// Error of the model at the given variables; a derived class also fills residuals here. Not const: the
-  /// objective leaves the model and its curve at this point. May throw what a calculation throws.
+  /// objective leaves the model and its curve at this point. May throw any exception of a calculation.
   virtual double CalcError(CArray<CFitVariable>& variables) = 0;
 
   /// Starts a search from the present fit_value of the variables: rebuilds parameters and sets restart.
@@ -49,18 +50,18 @@ class CChiSquareFit {
   /// Afterwards parameters, the model and lasterror are those of the best vertex at the start of the step.
   void SimplexStep();
   /// One step of the simplex with thermal noise. Afterwards the model and lasterror are those of the last
-  /// trial; the best point so far stands in bestparameters.
+  /// trial; bestparameters is the best point so far.
   void AnnealingStep();
   /// One Levenberg-Marquardt run of at most 100 iterations on residuals; sets fit_sigma of the variables.
-  /// Afterwards parameters, the model and lasterror are those of the library's last evaluation.
+  /// Afterwards parameters, the model and lasterror are those of levmar's last evaluation.
   void LevenbergStep();
   /// LevenbergStep with at most 10 iterations.
   void LevenbergShortStep();
-  /// A random start between the bounds and 300 simplex steps from it; the best of all such searches stands in
-  /// bestvariables and restartbesterror.
+  /// A random start between the bounds and 300 simplex steps from it; bestvariables and restartbesterror are
+  /// the best of all such searches.
   void RandomRestartSearch();
-  /// A walk along one coordinate after the other by fit_delta; a step that made the error worse is taken back
-  /// and its fit_delta multiplied by -0.3.
+  /// Moves along one coordinate after the other by fit_delta; a step that made the error worse is undone and
+  /// its fit_delta multiplied by -0.3.
   void CoordinateStep();
 
  protected:

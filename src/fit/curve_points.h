@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// What the error functions share: safe access to columns of unequal length, logarithms and sums.
+// Helpers of the error functions: safe access to columns of unequal length, logarithms and sums.
 #pragma once
 
 #include <cmath>
@@ -17,8 +17,8 @@ inline long double Log10(long double x) {
   return std::log2(x) * kLog10Of2;
 }
 
-/// log10 x - log10 y as one logarithm, which is what an evaluation spends most of its time on beside the
-/// curve. Not a number and infinite where the difference is; y > 0.
+/// log10 x - log10 y as one logarithm, since besides the curve an evaluation spends most of its time on
+/// logarithms. NaN and infinite where the difference is; y > 0.
 inline long double Log10Ratio(long double x, long double y) {
   // a negative x over an infinite y would be a zero, whose logarithm is infinite
   return x < 0 ? std::numeric_limits<long double>::quiet_NaN() : Log10(x / y);
@@ -44,7 +44,7 @@ inline bool HaveBoth(const CArray<double>& measured, const CArray<double>& calcu
   return i < measured.size && i < calculated.size;
 }
 
-/// True where both columns have a positive point i: what a logarithm asks for. False for NaN.
+/// True where both columns have a positive point i, as logarithms require. False for NaN.
 inline bool ArePositive(const CArray<double>& measured, const CArray<double>& calculated, std::int32_t i) {
   return HaveBoth(measured, calculated, i) && calculated[i] > 0 && measured[i] > 0;
 }
@@ -60,8 +60,7 @@ struct MeanOfSquares {
   double Value() const { return count == 0 ? 0.0 : static_cast<double>(sum / count); }
 };
 
-/// Squared differences relative to the squares of both sides; the bare numerator where there is no
-/// denominator.
+/// Squared differences relative to the squares of both sides; the numerator alone where the denominator is 0.
 struct RelativeSquares {
   long double differences = 0;
   long double squares = 0;

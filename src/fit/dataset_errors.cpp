@@ -138,7 +138,8 @@ class DatasetComparison {
   CArray<double>& residuals_;
   const CDataset& measured_;
   std::int32_t index_;
-  // As stored when the comparison begins, not the copy's: a variable may have written them.
+  // The values stored at the beginning of the comparison, not those of the copy: a variable may have written
+  // them.
   double multiplicator_ = Stored().datasetmultiplicator;
   double translator_ = Stored().datasettranslator;
 };

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The distance of a model from all its active measurements: what every search minimises.
+// The distance of a model from all its active measurements, which every search minimises.
 #pragma once
 
 #include "tolvik/state.h"
@@ -11,12 +11,12 @@ namespace tolvik {
 /// datasetqztranslation. solution: left as the curve of the last active dataset. residuals: written by point
 /// index from 0 for every dataset, so a later one overwrites an earlier one; an empty vector stays empty. The
 /// state keeps the polarisation, resolution, wavelength and activedatasetindex of the last active dataset,
-/// and the datasetmultiplicator that CalcScaledLogError finds. Throws what a calculation throws.
+/// and the datasetmultiplicator that CalcScaledLogError finds. Throws the exceptions of a calculation.
 double SumDatasetErrors(CState& state, CSolution& solution, CArray<double>& residuals);
 
 /// Replaces the measured columns by their means over the points i - width to i + width. Points i < width have
-/// no window and become NaN, while the upper end keeps shorter windows. Columns of less than dataset_qz.size
-/// points are averaged as far as they reach.
+/// no window and become NaN, while the upper end keeps shorter windows. Columns of fewer than dataset_qz.size
+/// points are averaged up to their end.
 void AverageDataset(CDataset& dataset, std::int32_t width);
 
 }  // namespace tolvik

@@ -99,7 +99,7 @@ TEST(DatasetErrors, CalculatesAtShiftedPointsButTestsTheMeasuredOnes) {
   EXPECT_NEAR(Evaluate(state, solution), 1, 1e-9);
   EXPECT_EQ(solution.dataset_qz[0], 0.02 + 0.01);
   EXPECT_EQ(state.datasets[0].dataset_qz[0], 0.02);
-  // The last point lies at 0.3; its shifted one does not count for the window.
+  // The last point is at 0.3; the window does not use the shifted qz.
   state.datasets[0].dataset_R0[9] *= 10;
   state.fitqzmin = state.fitqzmax = state.datasets[0].dataset_qz[9];
   EXPECT_NEAR(Evaluate(state, solution), 4, 1e-9);
@@ -205,14 +205,14 @@ TEST(DatasetErrors, DataThatAreNoNumbersAreLeftOut) {
   CDataset dataset = MeasureSubstrate(8000, 10);
   dataset.dataset_R0[2] = NAN;
   dataset.dataset_R0[3] = INFINITY;
-  dataset.dataset_qz[4] = NAN;  // stops the curve there; what follows keeps 1.0
+  dataset.dataset_qz[4] = NAN;  // stops the curve there; later points keep 1.0
   state.datasets.Append(dataset);
   EXPECT_EQ(Evaluate(state), INFINITY);
   state.datasets[0].dataset_R0[3] = -1;
   EXPECT_FALSE(std::isnan(Evaluate(state)));
 }
 
-// Ten points 1, 2, 4, 8 ... so that every window has a sum of its own.
+// Ten points 1, 2, 4, 8 ... so that every window has a different sum.
 CDataset MakePowers() {
   CDataset dataset = testing::MakeGrid(10);
   for (std::int32_t i = 0; i < 10; ++i) {
@@ -278,8 +278,8 @@ TEST(DatasetErrors, AveragedAsymmetryIsNoNumberWithTheFirstPointsInTheWindow) {
   }
 }
 
-// A magnetic substrate with tables at two energies, and points whose curves are what the calculation itself
-// gives.
+// A magnetic substrate with tables at two energies, and points whose curves are those of the calculation
+// itself.
 class DatasetErrorsOfRays : public ::testing::Test {
  protected:
   DatasetErrorsOfRays() {
@@ -333,7 +333,7 @@ TEST_F(DatasetErrorsOfRays, AsymmetryIsComparedLinearly) {
     EXPECT_EQ(At(), 0);
     for (double& a : state.datasets[0].dataset_A) a += 0.1;
     EXPECT_NEAR(At(), 0.01, 1e-12);
-    state.fiterrorfunction = FitErrorFunction::kRelativeLog;  // plays no part here
+    state.fiterrorfunction = FitErrorFunction::kRelativeLog;  // has no effect here
     EXPECT_NEAR(At(), 0.01, 1e-12);
     state.fiterrorfunction = FitErrorFunction::kLog;
   }
@@ -341,7 +341,7 @@ TEST_F(DatasetErrorsOfRays, AsymmetryIsComparedLinearly) {
 
 TEST_F(DatasetErrorsOfRays, CountsTheColumnThatTheKindNames) {
   TakeCurves(1);
-  state.datasets[0].dataset_A.Append(7);  // behind the last point: not accepted
+  state.datasets[0].dataset_A.Append(7);  // after the last point: not accepted
   EXPECT_EQ(At(), 0);
   state.datasets[0].dataset_A.size = 2;
   state.datasets[0].dataset_A[0] += 1;

@@ -25,14 +25,14 @@ namespace tolvik {
 double CalcLogError(const CSolution& solution, const CDataset& dataset, CArray<double>& residuals,
                     double fitqzmin, double fitqzmax, double multiplicator, double translator);
 
-/// CalcLogError with a multiplicator of its own, handed out through the reference: exp of the mean of
-/// log10 m - log10 c of the bare values. The natural exponential of a decadic mean, kept so because stored
+/// CalcLogError with a multiplicator of its own, returned through the reference: exp of the mean of
+/// log10 m - log10 c of the values as measured. The natural exponential of a decadic mean stays, since stored
 /// multiplicators depend on it. NaN without an accepted point.
 double CalcScaledLogError(const CSolution& solution, const CDataset& dataset, CArray<double>& residuals,
                           double fitqzmin, double fitqzmax, double& multiplicator, double translator);
 
 /// With a = L(m), b = log10 c of R0: Σ(a - b)² / Σ(a² + b²), or the numerator where the denominator is 0.
-/// Writes no residuals, so a least-squares fit sees none.
+/// Writes no residuals, so a least-squares fit cannot use it.
 double CalcRelativeLogError(const CSolution& solution, const CDataset& dataset, double fitqzmin,
                             double fitqzmax, double multiplicator, double translator);
 
@@ -46,7 +46,7 @@ double CalcPairLogError(const CSolution& solution, const CDataset& dataset, CArr
                         double fitqzmin, double fitqzmax, double multiplicator, double translator,
                         std::int32_t count);
 
-// Further measures; no fit uses them.
+// Further measures, not used by fits.
 
 /// Sum of the distances in q from each interior maximum of dataset's R0 to the nearest one of solution, plus
 /// the same for minima, Å⁻¹. An extremum without a partner adds 1e99.
@@ -57,7 +57,7 @@ double CalcExtremaError(const CSolution& solution, const CDataset& dataset);
 double CalcLinearError(const CSolution& solution, const CDataset& dataset, CArray<double>& residuals,
                        double fitqzmin, double fitqzmax, double multiplicator);
 
-/// Mean of (log10(multiplicator * m) - log10 c)² of R0 over the window, whatever the signs. Residuals by
+/// Mean of (log10(multiplicator * m) - log10 c)² of R0 over the window, for any signs. Residuals by
 /// position among the points of the window.
 double CalcWindowLogError(const CSolution& solution, const CDataset& dataset, CArray<double>& residuals,
                           double fitqzmin, double fitqzmax, double multiplicator);

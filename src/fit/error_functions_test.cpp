@@ -154,7 +154,7 @@ TEST_F(ErrorFunctions, SumWithTheTranslatorIsNotTested) {
   EXPECT_TRUE(std::isnan(Log(0, 1, 1, -1e-2)));  // 1e-3 - 1e-2 < 0
   EXPECT_EQ(Log(0, 0.2, 1, -1e-2), kInfinity);   // 1e-2 - 1e-2 = 0
   EXPECT_TRUE(std::isnan(Pair(0, 1, 1, -1e-2)));
-  solution.dataset_R0[2] = kInfinity;  // no logarithm minus an infinite one is still no number
+  solution.dataset_R0[2] = kInfinity;  // the logarithm of a NaN minus an infinite one is still NaN
   EXPECT_TRUE(std::isnan(Log(0.3, 0.3, 1, -1e-2)));
 }
 

@@ -16,7 +16,7 @@ namespace {
 
 constexpr double kPercent = 0.01;
 
-// Truncation toward zero; what no 32-bit number holds, NaN included, becomes the nearer end or 0.
+// Truncation toward zero; a number out of the 32-bit range becomes its nearer end, NaN becomes 0.
 std::int32_t Truncate(double value) {
   if (!(value == value)) return 0;
   return static_cast<std::int32_t>(std::clamp(value, -2147483648.0, 2147483647.0));
@@ -67,7 +67,7 @@ void CEvolution::SortRanking() {
   for (std::int32_t i = 0; i < n; ++i) ranking[i] = i;
   for (std::int32_t pass = 0; pass < n; ++pass) {
     for (std::int32_t i = 0; i + 1 < n; ++i) {
-      // Written with "not >=": an error that is not a number is passed on by every pass.
+      // Written with "not >=": every pass exchanges a NaN error.
       if (!(errors[ranking[i + 1]] >= errors[ranking[i]])) std::swap(ranking[i], ranking[i + 1]);
     }
   }
@@ -124,7 +124,7 @@ void CEvolution::MixGenes(CArray<CFitVariable>& child, const CArray<CFitVariable
   for (std::int32_t j = 0; j < std::min(child.size, b.size); ++j) {
     double& gene = child[j].fit_value;
     if (integergenerator.Draw() % 2 == 0) gene = b[j].fit_value;
-    // A probability of 0 still fires for a draw of 0, and 99 always fires.
+    // A probability of 0 still acts for a draw of 0, and 99 always acts.
     if (integergenerator.Draw() % 100 <= settings.evo_mixing) gene = 0.5 * (b[j].fit_value + a[j].fit_value);
     if (integergenerator.Draw() % 100 <= settings.evo_probability) {
       const double range = settings.evo_range * gene * kPercent;

@@ -2,7 +2,7 @@
 // A genetic search over the fit variables: a population of whole states, one generation per call.
 //
 // Unlike the other searches it needs no start point: individuals are drawn between the bounds of the
-// variables, so it wants sensible bounds.
+// variables, so it needs sensible bounds.
 #pragma once
 
 #include <cstdint>
@@ -26,7 +26,7 @@ class CEvolution {
   CArray<double> worsthistory;    ///< worst error of each generation
   CArray<double> besthistory;     ///< best error of each generation
   CArray<double> meanhistory;     ///< mean error of each generation
-  CState settings;                ///< the state given: evo_* settings and bounds
+  CState settings;                ///< copy of the given state: evo_* settings and bounds
   MTRand_int32 integergenerator;
   MTRand realgenerator;
   std::int32_t generation = 0;  ///< generations run
@@ -35,22 +35,22 @@ class CEvolution {
   explicit CEvolution(const CState& given);
 
   /// One generation: evaluates and ranks the population, then replaces it by its children, which are
-  /// evaluated in the next call. Throws what a calculation throws, with the generation half done. Settings
-  /// without a meaning never fail: a pool of parents below one individual counts as one, a parent behind the
-  /// worst individual counts as the worst, an elite beyond the population as all of it, and an empty
-  /// population does nothing but count generations.
+  /// evaluated in the next call. Throws the exceptions of a calculation, with the generation half done.
+  /// Settings without a meaning never fail: a pool of parents below one individual counts as one, a parent
+  /// after the worst individual counts as the worst, an elite beyond the population as all of it, and an
+  /// empty population only counts generations.
   void Iterate();
 
   /// Fills errors and remakes solutions, in order; prints "Calculate %i" with the index on the standard
   /// output before each individual.
   void EvaluatePopulation();
-  /// Fills errors on all processors and prints nothing; solutions stay as they are. When all have ended the
+  /// Fills errors on all processors and prints nothing; solutions do not change. When all have ended, the
   /// exception of the first individual that failed is thrown; the others have their errors.
   void EvaluatePopulationParallel();
 
   /// Fills ranking by errors with a bubble sort: ties keep their order.
   void SortRanking();
-  /// Sorts what ranking holds by errors with a recursive quicksort; ties in any order.
+  /// Sorts ranking by errors with a recursive quicksort; ties in any order.
   void SortRankingQuick();
 
  private:
@@ -63,8 +63,8 @@ class CEvolution {
   void TakeNextGeneration();
 };
 
-/// SumDatasetErrors of an individual on its own state, with a curve of its own and no residuals. The model
-/// stays as it was applied. Individuals are independent, so distinct ones may run in parallel.
+/// SumDatasetErrors of an individual on its own state, with a curve of its own and no residuals. The applied
+/// model stays. Individuals are independent, so distinct ones may run in parallel.
 double CalcIndividualError(CState& individual);
 
 }  // namespace tolvik

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// How a generation makes its children: every gene against the draws that decide it.
+// The children of a generation: every gene is compared with the draws that decide it.
 #include "fit/evolution.h"
 
 #include <gtest/gtest.h>
@@ -90,7 +90,7 @@ TEST(EvolutionChildren, WithoutRestrictionAMutationMayLeaveTheBounds) {
   EXPECT_GT(outside, 5);
 }
 
-// How many first genes of a large population are none of its parents' after a generation.
+// The number of first genes of a large population that come from no parent after a generation.
 int CountNewGenes(CState settings) {
   settings.evo_parents = 100;
   CEvolution evolution(settings);

@@ -15,7 +15,7 @@ namespace {
 constexpr std::size_t kPopulation = 50;
 constexpr std::uint32_t kSeed = 31;
 
-// Without curves all errors are 0, so an individual stands at its own place in the ranking.
+// Without curves all errors are 0, so the ranking is the order of the individuals.
 CState MakeSettings() {
   CState state = testing::MakeFilm();
   state.fitasymmetry = 6;

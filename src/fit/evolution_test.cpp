@@ -138,12 +138,12 @@ TEST(Evolution, ErrorIsThatOfTheModel) {
   CEvolution evolution(MakeFilmSearch());
   for (CState& individual : evolution.population) {
     CState copy(individual);
-    copy.fitvariables.Clear();  // they play no part
+    copy.fitvariables.Clear();  // they have no effect
     EXPECT_EQ(CalcIndividualError(individual), CalcIndividualError(copy));
   }
   CState truth = MakeFilmSearch();
   EXPECT_EQ(CalcIndividualError(truth), 0);
-  truth.fitpenalty = 1e9;  // nor do penalties
+  truth.fitpenalty = 1e9;  // nor have penalties
   EXPECT_EQ(CalcIndividualError(truth), 0);
 }
 

@@ -15,8 +15,8 @@ namespace {
 constexpr double kNoise = 0.03;
 const std::vector<double> kTruth = {60, 2.25e-5, 5, 25, 6};
 
-// 100 points of the film with 3 % noise, and five variables at 1.1 of their true values, free by that part of
-// them.
+// 100 points of the film with 3 % noise, and five variables at 1.1 of their true values, which may change by
+// a tenth.
 CState MakeProblem(double freedom = 0.25) {
   CState state = testing::MakeFilm();
   testing::Measure(state, 100, kNoise, 20);
@@ -29,8 +29,8 @@ CState MakeProblem(double freedom = 0.25) {
   return state;
 }
 
-// The answer of least squares, started from the truth: values and standard deviations to judge the searches
-// by.
+// The least-squares result, started from the truth: reference values and standard deviations for the
+// searches.
 struct Reference {
   std::vector<double> value, sigma;
   double error;
@@ -81,7 +81,7 @@ TEST(FilmFit, Simplex) {
 }
 
 TEST(FilmFit, LevenbergMarquardt) {
-  // Near bounds catch its projected steps, so it gets wide ones.
+  // Its projected steps get stuck at near bounds, so it gets wide ones.
   CMultiFit fit(MakeProblem(0.99));
   fit.RestartFit();
   for (int i = 0; i < 5; ++i) fit.LevenbergStep();
@@ -116,7 +116,7 @@ TEST(FilmFit, Evolution) {
   ::testing::internal::CaptureStdout();
   for (int i = 0; i < 120; ++i) evolution.Iterate();
   ::testing::internal::GetCapturedStdout();
-  // The elite of the last ranking stands first in the population.
+  // The elite of the last ranking is first in the population.
   CArray<double> best;
   for (const CFitVariable& gene : evolution.population[0].fitvariables) best.Append(gene.fit_value);
   const Reference reference = FindReference();

@@ -43,8 +43,8 @@ bool IsLayerConstant(std::int32_t kind) {
          kind == FitKind::kBetaM;
 }
 
-// The number of the model that belongs to a variable, but for the Kramers-Kronig kinds; null where there is
-// none.
+// The number of the model that belongs to a variable, except for the Kramers-Kronig kinds; null where there
+// is none.
 double* FindModelField(CState& state, const CFitVariable& variable) {
   const std::int32_t a = variable.fit_additional_id;
   switch (variable.fit_id) {

@@ -156,7 +156,7 @@ TEST(FitVariables, DatasetsSelectDeltaAndBetaOnly) {
 TEST(FitVariables, FirstDatasetOfMinusOneAlwaysWrites) {
   CState state = MakeState();
   state.fitvariables.Append(MakeVariable(FitKind::kDelta, 1, 0.5));
-  state.fitvariables[0].fit_dataset2 = 2;  // without a first one it plays no part
+  state.fitvariables[0].fit_dataset2 = 2;  // without a first one it has no effect
   ApplyFitVariables(state);
   EXPECT_EQ(state.layers[1].layer_delta, 0.5);
 }
@@ -178,7 +178,7 @@ TEST(FitVariables, WrittenOpticalConstantsReachTheTensor) {
   for (int k = 0; k < 16; ++k) EXPECT_EQ(state.layers[1].epsilon[k], expected.epsilon[k]) << k;
   EXPECT_NE(std::abs(state.layers[1].Epsilon(0, 1)), 0.0);
   EXPECT_EQ(state.layers[1].magnetic, 1);
-  EXPECT_EQ(state.layers[2].Epsilon(0, 1), 17.0);  // a thickness leaves it alone
+  EXPECT_EQ(state.layers[2].Epsilon(0, 1), 17.0);  // a thickness does not change it
 }
 
 TEST(FitVariables, ConstantsOfAnotherDatasetLeaveTheTensor) {
@@ -279,7 +279,7 @@ TEST(FitVariables, KramersKronigRowsAreSetInTransformForm) {
   EXPECT_DOUBLE_EQ(table.rows[0].values[0], (5.0 + 10) / (100.0 * 100.0));
   EXPECT_DOUBLE_EQ(table.rows[1].values[0], (0.125 * 200 * 200 + 10) / (200.0 * 200.0));
   EXPECT_EQ(state.opticaltables[0].db.count, 2u);  // the other material stays
-  EXPECT_EQ(state.kktable.rows[0].values[1], 50);  // and so does the source
+  EXPECT_EQ(state.kktable.rows[0].values[1], 50);  // the source does not change either
   // A second time starts from the source again, not from the result.
   ApplyFitVariables(state);
   EXPECT_DOUBLE_EQ(state.opticaltables[1].db.rows[1].values[1], 60.0 / (200.0 * 200.0));

@@ -14,12 +14,12 @@ namespace tolvik {
 /// All tables have two columns. starttable is in transform form (see optics/kramers_kronig.h): beta E²
 /// without the rows to be fitted, and its transform. measuredtable and worktable are delta and beta. Energies
 /// in eV. The rows to be fitted are variables: fit_id 17 is beta of the row fit_additional_id, whose hat is
-/// added to delta of all rows; 18 is delta of that row, without any relation. Others are passed over, and so
-/// are rows that the table does not have and, for beta, its two end rows.
+/// added to delta of all rows; 18 is delta of that row, without any relation. Others are ignored, and so are
+/// rows that the table does not have and, for beta, its two end rows.
 class CKKFit final : public CChiSquareFit {
  public:
-  CColumnTable starttable;     ///< where every evaluation begins
-  CColumnTable measuredtable;  ///< what is to be matched
+  CColumnTable starttable;     ///< start of every evaluation
+  CColumnTable measuredtable;  ///< the table to match
   CColumnTable worktable{2};   ///< result of the latest evaluation
   double energymin = 0;        ///< fit window, kept for the caller
   double energymax = 0;
@@ -37,7 +37,7 @@ class CKKFit final : public CChiSquareFit {
   KramersKronigSum delta_;  // column 0 of worktable during an evaluation
 };
 
-/// Constant of delta E² that stands for all absorption outside the table.
+/// Constant of delta E² from all absorption outside the table.
 inline constexpr double kKramersKronigOffset = 1206.095;
 
 }  // namespace tolvik

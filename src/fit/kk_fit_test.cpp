@@ -87,7 +87,7 @@ TEST(CKKFit, PassesOverForeignVariables) {
     fit.fitvariables.Append(Variable(FitKind::kDeltaKK, row, 0.05));
   fit.fitvariables.Append(Variable(FitKind::kDelta, 2, 0.05));
   EXPECT_EQ(fit.CalcError(fit.fitvariables), expected);
-  EXPECT_EQ(fit.worktable.rows[0].values[1], 0);  // the end rows carry no hat
+  EXPECT_EQ(fit.worktable.rows[0].values[1], 0);  // the end rows have no hat
   EXPECT_EQ(fit.worktable.rows[4].values[1], 0);
 }
 

@@ -3,9 +3,9 @@
 // K. Levenberg, Q. Appl. Math. 2, 164 (1944), and D. W. Marquardt, SIAM J. Appl. Math. 11, 431 (1963), in a
 // box.
 //
-// The library is given the residuals as model values and zeros as measurements. Its result vector is not
-// taken over: a run leaves what its last evaluation left, which may be a rejected trial or a point of the
-// difference Jacobian.
+// levmar gets the residuals as model values and zeros as measurements. Its result vector is not used: after a
+// run the model is that of the last evaluation, which may be a rejected trial or a point of the difference
+// Jacobian.
 #include <algorithm>
 #include <cmath>
 #include <vector>
@@ -31,7 +31,7 @@ constexpr double kDifferenceStep = 1e-6;
 void LevmarResiduals(double* p, double* hx, int m, int k, void* /*adata*/) {
   CChiSquareFit& fit = *currentfit;
   std::copy_n(p, std::min(m, fit.parameters.size), fit.parameters.begin());
-  // The library moves its own points into the box, but not those of the difference Jacobian.
+  // levmar moves its own points into the box, but not those of the difference Jacobian.
   fit.ClampParameters(fit.parameters);
   fit.lasterror = fit.CalcError(fit.fitvariables);
   std::copy_n(fit.residuals.begin(), std::min(k, fit.residuals.size), hx);
@@ -59,7 +59,7 @@ void CChiSquareFit::RunLevenberg(int iterations) {
   currentfit = this;
   double options[] = {kInitialMu, kGradientStop, kParameterStop, kErrorStop, kDifferenceStep};
   double info[10] = {};
-  // Failures of the library are its own messages; the step then does nothing more.
+  // levmar reports its failures by messages of its own; the step then does nothing more.
   fit::CallLevmar(LevmarResiduals, p.data(), zeros.data(), parameters.size, residuals.size, lower.data(),
                   upper.data(), iterations, options, info, nullptr, covariance.data(), nullptr);
   for (std::size_t i = 0; i < m; ++i) fitvariables.data[i].fit_sigma = std::sqrt(covariance[i * m + i]);

@@ -121,8 +121,8 @@ TEST(Levenberg, ShortStepIsAtMostTenIterations) {
   EXPECT_GT(part.lasterror, 1e-12);
 }
 
-// x^100 comes down from 8 by less than a hundredth of x in each iteration: no run ends by itself here. The
-// library, asked directly for 100 iterations with the settings of a step, makes as many calls.
+// From 8, x decreases by less than a hundredth in each iteration of x^100: no run ends by itself here. A
+// direct call of levmar for 100 iterations with the settings of a step makes the same number of calls.
 TEST(Levenberg, AStepIsAtMostAHundredIterations) {
   static std::size_t calls;
   calls = 0;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// One door to levmar, so that its header, its two call forms and its work memory stay in one file.
+// The only call of levmar: its header, its two call forms and its work memory stay in one file.
 #pragma once
 
 #include <cstddef>
@@ -20,11 +20,11 @@ std::size_t LevmarWorkSize(int m, int n);
 /// opts: scale of the first mu, thresholds on gradient, relative parameter change and squared error, relative
 /// step of the differences (5 values).  info: 10 values or null.  work: LevmarWorkSize(m, n) doubles, or
 /// null, then zeroed memory is taken for the run. (levmar 2.3 that stops before its first Jacobian computes
-/// covar from what stands in work.)  covar: m × m values or null.  adata: handed to func.
+/// covar from the present content of work.)  covar: m × m values or null.  adata: passed to func.
 ///
 /// Returns the number of iterations, or -1 when levmar refuses or fails; its messages go to standard error.
-/// What func throws passes through levmar at once, and func is not called again. The 2 n doubles that levmar
-/// itself holds for the Jacobian are then lost: a library in C has no way to let go of them.
+/// An exception of func passes through levmar at once, and func is not called again. The 2 n doubles that
+/// levmar itself allocates for the Jacobian are then leaked: a library in C cannot free them.
 int CallLevmar(LevmarFunction func, double* p, double* x, int m, int n, double* lb, double* ub, int itmax,
                double* opts, double* info, double* work, double* covar, void* adata);
 

@@ -75,8 +75,8 @@ TEST(LevmarCall, LeavesTheCovarianceWhenItStopsBeforeTheFirstJacobian) {
   run.p = {1, 1};  // already exact
   EXPECT_EQ(run.Minimise(&Rosenbrock, nullptr), 0);
   EXPECT_EQ(run.info[6], 6);  // small error
-  // The inverse of a zero matrix does not exist: levmar says so on standard error and leaves the matrix
-  // alone.
+  // The inverse of a zero matrix does not exist: levmar reports it on standard error and does not change the
+  // matrix.
   for (double element : run.covar) EXPECT_EQ(element, -7);
 }
 

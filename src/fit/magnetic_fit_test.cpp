@@ -88,7 +88,7 @@ TEST(MagneticFit, FindsTheDipOfAMagneticProfile) {
   EXPECT_NEAR(fit.parameters[1], truth[1], 0.5);
   EXPECT_NEAR(fit.parameters[2], truth[2], 0.03);
   EXPECT_NEAR(fit.parameters[3], truth[3], 0.03);
-  // What is left is the noise: a uniform one of 0.002 has the variance 0.002² / 12.
+  // Only the noise is left: uniform noise of 0.002 has the variance 0.002² / 12.
   EXPECT_NEAR(fit.lasterror / (4e-6 / 12), 1, 0.5);
   EXPECT_EQ(fit.state.gaussfunctions[0].gauss_z, fit.parameters[0]);
 }

@@ -3,8 +3,8 @@
 // ACM Trans. Model. Comput. Simul. 8, 3 (1998), with the array seeding of their revision of 2002.
 //
 // All objects of both classes draw from one stream of the process, and seeding any of them seeds that stream:
-// a fit that starts from a seed repeats itself, whatever ran before. There is no lock; one thread draws at a
-// time.
+// a fit that starts from a seed repeats itself, independent of earlier fits. There is no lock; only one
+// thread may draw at a time.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,7 @@ namespace tolvik {
 /// A handle on the process-wide stream. It has no data of its own besides its virtual table.
 class MTRand_int32 {
  public:
-  /// Seeds the stream with 5489 when nothing has touched it yet.
+  /// Seeds the stream with 5489 unless it was used or seeded before.
   MTRand_int32();
   MTRand_int32(const MTRand_int32&) = default;
   MTRand_int32& operator=(const MTRand_int32&) = default;

@@ -101,7 +101,7 @@ TEST(MTRand, AllObjectsShareOneStream) {
   std::mt19937 reference(7u);
   EXPECT_EQ(a, reference());
   EXPECT_EQ(b, reference());
-  MTRand_int32 third;  // a further object leaves the stream where it is
+  MTRand_int32 third;  // another object does not move the stream
   EXPECT_EQ(third.Draw(), reference());
   second.Seed(7u);
   EXPECT_EQ(first.Draw(), a);

@@ -21,7 +21,7 @@ std::int32_t CountActivePoints(const CState& state) {
   return static_cast<std::int32_t>(std::min<std::int64_t>(points, INT32_MAX));
 }
 
-// The last variable for the table row behind that of the given one; -1 where there is none.
+// The last variable for the table row after that of the given one; -1 where there is none.
 std::int32_t FindNextRow(const CArray<CFitVariable>& variables, const CFitVariable& given) {
   const std::int64_t wanted = std::int64_t{given.fit_additional_id} + 1;
   std::int32_t found = -1;

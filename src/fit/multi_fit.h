@@ -8,8 +8,8 @@
 
 namespace tolvik {
 
-/// A fit on a private deep copy of a state, so that the state given stays as it is. Call RestartFit once,
-/// then steps. Not re-entrant, and not to be shared between threads.
+/// A fit on a private deep copy of a state; the given state does not change. Call RestartFit once, then
+/// steps. Not re-entrant, and not to be shared between threads.
 class CMultiFit final : public CChiSquareFit {
  public:
   CState state;        ///< the model at the last evaluation
@@ -19,9 +19,9 @@ class CMultiFit final : public CChiSquareFit {
   /// active datasets.
   explicit CMultiFit(const CState& given);
 
-  /// SumDatasetErrors at the given variables, plus two penalties where fitpenalty is set: one holds the point
-  /// near parameters, the other holds neighbouring rows of a Kramers-Kronig table together. With an empty
-  /// list the model stays as it is.
+  /// SumDatasetErrors at the given variables, plus two penalties where fitpenalty is set: one keeps the point
+  /// near parameters, the other keeps neighbouring rows of a Kramers-Kronig table similar. An empty list does
+  /// not change the model.
   double CalcError(CArray<CFitVariable>& variables) override;
 
   /// One step of the fit by the fitalgorithm of the copy: SimplexStep, LevenbergStep or AnnealingStep; any

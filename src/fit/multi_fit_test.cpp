@@ -99,8 +99,8 @@ TEST(MultiFit, EmptyListKeepsTheModel) {
   EXPECT_EQ(fit.CalcError(fit.fitvariables), error);
 }
 
-// Variables are applied before the datasets are gone through: they see the index that the call before left
-// behind.
+// Variables are applied before the loop over the datasets: they use the dataset index that the call before
+// set.
 TEST(MultiFit, ActiveIndexOfTheCallBeforeDecides) {
   CState state = testing::MakeFilm();
   testing::Measure(state, 10, 0, 1);
@@ -166,7 +166,7 @@ TEST_F(MultiFitPenalty, HoldsThePointNearTheParameters) {
   Add(3, 1, 2);
   EXPECT_EQ(At({1, 2}), 0);
   EXPECT_DOUBLE_EQ(At({1.5, 5}), 2 * (0.25 + 9));
-  EXPECT_DOUBLE_EQ(At({1.5, 1e-7}), 2 * 0.25);  // a value of nearly nothing is free
+  EXPECT_DOUBLE_EQ(At({1.5, 1e-7}), 2 * 0.25);  // a value near 0 has no penalty
   state.fitpenalty = -1;
   EXPECT_DOUBLE_EQ(At({1.5, 5}), -(0.25 + 9));
   state.fitpenalty = 0;

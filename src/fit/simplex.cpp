@@ -5,10 +5,10 @@
 // high, next     vertices of the highest and the second highest error; low the lowest
 // vertexsum      sum over all vertices, from which a trial point follows without the centroid
 //
-// Differences from the paper: every trial is moved into the bounds before it is judged and kept, an expansion
-// that is no better than the reflection leaves the reflection in place, contraction always starts from the
-// high vertex as the reflection left it, and each step ends with an evaluation of the vertex that was best at
-// its start, so that the model on show is never a rejected trial. There is no test of convergence.
+// Differences from the paper: every trial is moved into the bounds before it is evaluated and kept, an
+// expansion that is not better than the reflection leaves the reflection in place, contraction always starts
+// from the high vertex after the reflection, and each step ends with an evaluation of the vertex that was
+// best at its start, so that the model is never that of a rejected trial. There is no test of convergence.
 #include <cstdio>
 
 #include "fit/chi_square_fit.h"
@@ -28,7 +28,7 @@ struct Ranks {
   std::int32_t low, high, next;
 };
 
-// Ties move low to the later vertex; a NaN compares false both ways and is never taken as the highest by it.
+// Ties move low to the later vertex; comparisons with NaN are false, so a NaN is never taken as the highest.
 Ranks RankVertices(const CArray<double>& errors) {
   Ranks r{0, 1, 0};
   if (errors[0] >= errors[1]) r = {0, 0, 1};

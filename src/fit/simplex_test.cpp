@@ -59,7 +59,7 @@ TEST(Simplex, SevenStepsByHand) {
       {{{-3, -1}, {0, 2}},
        {0, 0},
        0,
-       {0, 8, 4}},  // the reflection is no gain: contracted from the old vertex
+       {0, 8, 4}},  // the reflection is not better: contracted from the old vertex
       {{{2, 0}, {1, 0.5}}, {0, 0}, 0, {0, 1.25, 4}},  // contracted from the reflected vertex
   };
   for (const Step& step : steps) {
@@ -84,7 +84,7 @@ TEST(Simplex, ShrinksWhenTheContractionFails) {
   fit.Vary(0, 1).Vary(0, 1).Start();
   fit.SimplexStep();
   fit.evaluated.clear();
-  EXPECT_EQ(CallsOfAStep(fit), 5u);  // n + 3: the most that a step costs
+  EXPECT_EQ(CallsOfAStep(fit), 5u);  // n + 3, the largest number of a step
   EXPECT_EQ(fit.evaluated, (std::vector<Point>{{-1, 1}, {0.5, 0.25}, {0.5, 0}, {0, 0.5}, {0, 0}}));
   EXPECT_EQ(fit.Errors(), (Point{0, 7, 7}));
   EXPECT_EQ(fit.Sum(), (Point{0.5, 0.5}));
@@ -150,8 +150,8 @@ TEST(Simplex, EqualErrorsEverywhere) {
   fit.SimplexStep();
   fit.evaluated.clear();
   fit.SimplexStep();
-  // low is the last vertex, high the first: the trial is the reflection of vertex 0, and as it is not worse
-  // than low it is expanded, though no trial is better than what it would replace.
+  // low is the last vertex, high the first: the trial is the reflection of vertex 0, and since it is not
+  // worse than low it is expanded, although no trial is better than the vertex that it would replace.
   EXPECT_EQ(fit.evaluated.size(), 3u);
   EXPECT_NEAR(fit.evaluated[0][0], 2.0 / 3, 1e-15);
   EXPECT_EQ(fit.Parameters(), (Point{0, 0, 1}));
@@ -224,7 +224,7 @@ TEST(Simplex, FindsAQuadraticMinimumInUpToSixDimensions) {
 }
 
 TEST(Simplex, StopsAtAnActiveBound) {
-  // Held to at most 0.5, the first coordinate of Rosenbrock ends there: minimum (0.5, 0.25) with 0.25.
+  // Limited to at most 0.5, the first coordinate of Rosenbrock ends there: minimum (0.5, 0.25) with 0.25.
   ToyFit fit(Rosenbrock);
   fit.Vary(-1, 0.25, -2, 0.5).Vary(1, 0.25).Start();
   for (int i = 0; i < 400; ++i) fit.SimplexStep();
