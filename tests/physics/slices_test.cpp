@@ -22,8 +22,8 @@ Profile Interface(double sigma) {
 }
 
 // Relative distance of the sliced interface from the Névot-Croce factor. Without absorption: the error
-// function is laid through the index and not its square, which shifts the interface by (δ - iβ) σ / 2√π, and
-// an imaginary shift shows.
+// function is that of the index and not of its square, which shifts the interface by (δ - iβ) σ / 2√π, and an
+// imaginary shift changes R.
 double Distance(double sigma, double theta) {
   const auto interface = MakeProfile<double>({{0, 0.009, 0, sigma}, {}});
   const double rough = RecursionIntensity(interface, kWavevector, theta, kSigma);
@@ -31,7 +31,7 @@ double Distance(double sigma, double theta) {
 }
 
 TEST(Slices, OfOneErrorFunctionConvergeToNevotCroce) {
-  // The factor is exact to second order in the roughness; of an odd order nothing can remain.
+  // The factor is exact to second order in the roughness; odd orders vanish.
   for (double theta : {0.2, 0.5, 0.8}) {
     EXPECT_LT(Distance(2, theta), 2e-5) << theta;
     EXPECT_LT(Distance(2, theta), Distance(4, theta) / 14) << theta;

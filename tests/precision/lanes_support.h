@@ -12,7 +12,7 @@
 
 namespace tolvik::test {
 
-/// Holds a lane set while it lives; afterwards the widest one is back.
+/// Selects a lane set for its lifetime; afterwards the widest one is selected again.
 class LanesForNow {
  public:
   explicit LanesForNow(engine::lanes::LaneSet set) { engine::lanes::ChooseLanes(set); }
