@@ -2,8 +2,8 @@
 // The multi-precision number of the engine: an MPFR number of 200 bits, rounded to nearest in every
 // operation.
 //
-// The limbs live inside the object, so a temporary costs no heap block and nothing is to be cleared. MPFR is
-// told where they are by its interface for memory that the caller manages.
+// The limbs are inside the object, so a temporary needs no heap block and no clearing. MPFR gets their
+// address by its interface for memory that the caller manages.
 #pragma once
 
 #include <mpfr.h>
@@ -16,7 +16,7 @@
 namespace tolvik::engine {
 
 /// A real number of 200 bits with the range of MPFR. NaN and infinities behave as in IEEE 754, signed zeros
-/// included. Conversion to double rounds to nearest; what a double can't hold becomes 0 or infinity.
+/// included. Conversion to double rounds to nearest; numbers out of its range become 0 or infinity.
 class CNumber {
  public:
   static constexpr mpfr_prec_t kBits = kFunctionBits;
@@ -79,7 +79,7 @@ class CNumber {
   }
   friend bool operator>=(const CNumber& a, const CNumber& b) { return b <= a; }
 
-  // mpfr_cmp_d says 0 beside a NaN, which is no equality.
+  // mpfr_cmp_d returns 0 for a NaN, which must not mean equality.
   friend bool operator==(const CNumber& a, double b) { return !Unordered(a, b) && Compare(a, b) == 0; }
   friend bool operator!=(const CNumber& a, double b) { return !(a == b); }
   friend bool operator<(const CNumber& a, double b) { return !Unordered(a, b) && Compare(a, b) < 0; }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// MPFR serves any precision; here it is always 200 bits, so integers of four limbs do: fractions of 256 bits,
-// a short table, a polynomial whose higher terms take fewer limbs, and a last rounding that hands the rare
-// undecided case back to MPFR.
+// MPFR serves any precision; here it is always 200 bits, so integers of four limbs suffice: fractions of 256
+// bits, a short table, a polynomial whose higher terms take fewer limbs, and a last rounding that leaves the
+// rare undecided case to MPFR.
 //
 //   x = k ln 2 + r      exp x = 2^k exp(a) exp(t)                          a = i/64 <= r, t = r - a < 1/64
 //   |x| = k π/2 + r     sin and cos by addition of a and t, then by the quadrant k mod 4
@@ -37,7 +37,7 @@ constexpr mpfr_exp_t kLargestExponent = 20;  // far from where an exponential le
 static_assert(kFunctionBits > kFractionBits - 64 && kFunctionBits <= kFractionBits);
 static_assert(GMP_NUMB_BITS == 64, "limbs of 64 bits without nails");
 
-// The product, cut to its upper limbs; only the upper `limbs` of the factors count.
+// The product, cut to its upper limbs; only the upper `limbs` of the factors are used.
 void Multiply(Fraction& result, const Fraction& a, const Fraction& b, int limbs = kLimbs) {
   mp_limb_t product[2 * kLimbs];
   const int skipped = kLimbs - limbs;
@@ -45,12 +45,12 @@ void Multiply(Fraction& result, const Fraction& a, const Fraction& b, int limbs 
   std::copy_n(product + limbs, limbs, result.begin() + skipped);
 }
 
-// How many limbs a coefficient of t^k needs, since t^k brings 6 k leading zeros.
+// The number of limbs that a coefficient of t^k needs, since t^k has 6 k leading zeros.
 constexpr int LimbsOfTerm(std::size_t k) {
   return kLimbs - static_cast<int>(k) * kStepBits / 64;
 }
 
-// |x| less the largest multiple of a unit, and which multiple. unit_value: the unit as a double.
+// |x| less the largest multiple of a unit, and that multiple. unit_value: the unit as a double.
 std::uint64_t Reduce(mpfr_srcptr x, const Reduced& unit, double unit_value, Reduced& remainder) {
   // In units of 2^-320 all of x is an integer, so nothing is lost.
   const auto shift = static_cast<unsigned>(mpfr_custom_get_exp(x) + 64);
@@ -83,7 +83,7 @@ std::size_t SplitForTable(const Reduced& r, Fraction& t) {
   return index;
 }
 
-// A value 2^exponent fraction on its way to a result of 200 bits.
+// A value 2^exponent fraction, to be rounded to 200 bits.
 struct Candidate {
   Fraction fraction;
   mpfr_exp_t exponent;

@@ -36,7 +36,7 @@ TEST(CNumberFunctions, AgreeWithMpfrAtRandom) {
   }
 }
 
-// Over both ends of what the tables serve.
+// Beyond both ends of the range of the tables.
 TEST(CNumberFunctions, AgreeWithMpfrInAllMagnitudes) {
   RandomNumbers random;
   Bits x;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// mpfr_mul has shortcuts up to three limbs; for the four of 200 bits it spends as much on generality as on
-// the product.
+// mpfr_mul has shortcuts up to three limbs; for the four of 200 bits its generality costs as much as the
+// product.
 #include <gmp.h>
 
 #include <algorithm>

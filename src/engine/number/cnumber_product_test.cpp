@@ -34,8 +34,8 @@ TEST(CNumberProduct, AgreesWithMpfrAtRandom) {
   }
 }
 
-// A factor of 2^m + 1 and one of 201 - m bits make products that lie in the middle of two numbers, and a pair
-// beside 1 some that round up to a power of two.
+// A factor of 2^m + 1 and one of 201 - m bits give products in the middle between two numbers; a pair of
+// factors near 1 gives some that round up to a power of two.
 TEST(CNumberProduct, AgreesWithMpfrAtTies) {
   RandomNumbers random;
   Bits a, b;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Numbers of four limbs and the constants from which cnumber_functions.cpp makes its functions.
+// Numbers of four limbs and the constants of cnumber_functions.cpp.
 #pragma once
 
 #include <gmp.h>
@@ -19,7 +19,7 @@ using Fraction = std::array<mp_limb_t, kLimbs>;
 /// Five limbs below the point, one above.
 using Reduced = std::array<mp_limb_t, kLimbs + 2>;
 
-/// All cut, not rounded; what is 1 is 1 - 2^-256.
+/// All cut, not rounded; 1 is stored as 1 - 2^-256.
 struct Tables {
   Reduced ln2, half_pi;
   std::array<Fraction, kTerms> inverse_factorial;  ///< 1/k! from k = 2

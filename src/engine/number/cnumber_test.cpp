@@ -55,7 +55,7 @@ TEST(CNumber, KeepsItsValueWhenCopiedMovedAndAssignedToItself) {
   EXPECT_EQ(c, b * b);
 }
 
-// 2^-199 is the last bit of a number of 200 bits beside 1; half of it rounds to even.
+// 2^-199 is the last bit of a number of 200 bits near 1; half of it rounds to even.
 TEST(CNumber, HoldsTwoHundredBits) {
   const CNumber one(1.0);
   EXPECT_NE(one + CNumber(std::ldexp(1.0, -199)), one);
@@ -97,7 +97,7 @@ TEST(CNumber, ComparesAsIeeeNumbers) {
   }
 }
 
-// Identities that hold to the last bits of 200, far beyond a double.
+// Identities that hold to the last of 200 bits, far beyond a double.
 TEST(CNumber, FunctionsKeepTheirIdentities) {
   const CNumber tiny(std::ldexp(1.0, -195));
   for (double x : {0.1, 0.5, 0.9}) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Numbers of 200 bits for the tests of what stands beside MPFR's own functions.
+// Numbers of 200 bits for the tests of our replacements of MPFR's functions.
 #pragma once
 
 #include <gtest/gtest.h>

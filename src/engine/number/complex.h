@@ -54,7 +54,7 @@ class Complex {
   friend Complex operator+(const Complex& a) { return a; }
   friend Complex operator-(const Complex& a) { return {-a.real_, -a.imag_}; }
 
-  // A real operand leaves the other part alone, as in std::complex.
+  // A real operand does not change the other part, as in std::complex.
   friend Complex operator+(const Complex& a, const T& b) { return {a.real_ + b, a.imag_}; }
   friend Complex operator-(const Complex& a, const T& b) { return {a.real_ - b, a.imag_}; }
   friend Complex operator*(Complex a, const T& b) { return a *= b; }
@@ -117,7 +117,7 @@ Complex<T> ZerosForNans(const Complex<T>& z) {
   return {ZeroForNan(z.real()), ZeroForNan(z.imag())};
 }
 
-// (NaN, NaN) from operands of which one is infinite is an infinity after all (C99, G.5.1).
+// (NaN, NaN) from operands of which one is infinite is corrected to an infinity (C99, G.5.1).
 template <class T>
 Complex<T> RecoverProduct(Complex<T> a, Complex<T> b, const Complex<T>& product) {
   const bool overflowed = isinf(a.real() * b.real()) || isinf(a.imag() * b.imag()) ||
@@ -171,8 +171,8 @@ Complex<T> Complex<T>::Multiply(const Complex& a, const Complex& b) {
   return product;
 }
 
-// By the method of Smith, Commun. ACM 5, 435 (1962), as the built-in types divide: then quotients with zeros
-// in them carry the same signs.
+// By the method of Smith, Commun. ACM 5, 435 (1962), as the built-in types divide: then zero parts of
+// quotients have the same signs.
 template <class T>
 Complex<T> Complex<T>::Divide(const Complex& a, const Complex& b) {
   Complex quotient;

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // A real number with its derivatives in W directions at once: forward differentiation of the templates.
 //
-// A function of duals gives its value, the same bits as without derivatives, and the derivatives by the chain
-// rule. S is a built-in number type. W. K. Clifford, Proc. London Math. Soc. 4, 381 (1873); R. E. Wengert,
-// Commun. ACM 7, 463 (1964).
+// A function of duals returns its value, the same bits as without derivatives, and the derivatives by the
+// chain rule. S is a built-in number type. W. K. Clifford, Proc. London Math. Soc. 4, 381 (1873); R. E.
+// Wengert, Commun. ACM 7, 463 (1964).
 #pragma once
 
 #include <array>
@@ -14,8 +14,8 @@ namespace tolvik::engine {
 
 /// value + tangent[i] ε_i with ε_i ε_j = 0.
 ///
-/// Order compares values alone. Equality also compares the derivatives: a test for zero holds for a zero that
-/// stays one, so that what it replaces has no derivative to lose.
+/// Order compares values only. Equality also compares the derivatives: a test for zero is true only for a
+/// constant zero, so that the replacement of the zero loses no derivative.
 template <int W, std::floating_point S = double>
 struct Dual {
   using Tangent = std::array<S, W>;

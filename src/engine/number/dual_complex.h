@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The complex number over duals. The functions of the physics are holomorphic, so a derivative costs one
-// complex product each, whatever the function is.
+// The complex number over duals. The functions of the physics are holomorphic, so each derivative costs one
+// complex product, for any function.
 #pragma once
 
 #include "engine/number/dual.h"
@@ -46,7 +46,7 @@ class DualComplex {
     return Of(quotient, S(1) / b.value_, a, -quotient / b.value_, b);
   }
 
-  // A real operand leaves the other part of the value alone, as in std::complex.
+  // A real operand does not change the other part of the value, as in std::complex.
   friend DualComplex operator+(const DualComplex& a, const Real& b) {
     return Of(a.value_ + b.value, S(1), a, S(1), b);
   }

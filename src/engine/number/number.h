@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// What the physics of the engine may ask of a number type, and every difference between number types that is
-// not rounding.
+// The operations that the physics of the engine requires of a number type, and every difference between
+// number types that is not rounding.
 //
 // A number type is float, double, long double or CNumber (MPFR, 200 bits). Physics calls sqrt(x), exp(x) and
 // so on without a namespace: the using-declarations below serve the built-in types, argument-dependent lookup
-// the others. Constants are written T(0.5): a bare 0.5 beside a float would calculate in double.
+// the others. Constants are written T(0.5): 0.5 * x would calculate in double for a float x.
 #pragma once
 
 #include <cmath>
@@ -37,13 +37,13 @@ class Complex;
 /// Differences between the number types that are not rounding.
 template <class T>
 struct NumberTraits {
-  /// A normal wavevector whose real part is exactly 0 gets 1e-100 there, so that no division meets 0. A float
-  /// can't hold 1e-100.
+  /// A normal wavevector whose real part is exactly 0 gets 1e-100 there, so that no divisor is 0. A float
+  /// cannot hold 1e-100.
   static constexpr bool lifts_zero_kz = false;
-  /// The grazing angle is asin(s), refused by s >= 1 without the modulus, instead of atan2(s, sqrt(1 - s²)).
+  /// The grazing angle is asin(s), refused for s >= 1 (not |s|), instead of atan2(s, sqrt(1 - s²)).
   static constexpr bool angle_by_asin = false;
-  /// The share of its terms below which the value of a polynomial is taken for rounding error and its root
-  /// for found. 0: a root gets all the Newton steps there are.
+  /// Where the value of a polynomial is below this share of its terms it counts as rounding error, and its
+  /// root as found. 0: a root gets all Newton steps.
   static constexpr double rounding_of_quartic = 0;
 };
 template <>
@@ -79,8 +79,8 @@ struct ComplexOf<T> {
 template <class T>
 using Cplx = typename ComplexOf<T>::type;
 
-/// What the physics asks of T: conversion from and to double, field arithmetic, ordering in which every
-/// comparison with a NaN but != is false, and the functions of the formulas.
+/// Requirements of the physics on T: conversion from and to double, field arithmetic, ordering in which every
+/// comparison with a NaN except != is false, and the functions of the formulas.
 template <class T>
 concept Number = std::constructible_from<T, double> && std::default_initializable<T> && std::copyable<T> &&
     requires(const T a, const T b, T c) {
@@ -122,7 +122,7 @@ T Select(bool condition, const T& a, const T& b) {
   return condition ? a : b;
 }
 
-/// a·b + c and c - a·b. A number type that can round them once brings its own.
+/// a·b + c and c - a·b. A number type that can round them only once overloads them.
 template <class C>
 C MulAdd(const C& a, const C& b, const C& c) {
   return a * b + c;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Choices that depend on the angle, worded so that a number which holds several angles can take part: a
-// comparison of such numbers is a mask, and only Select and the functions below look into it. For a number of
-// one angle the mask is a plain bool and the choice a plain branch.
+// Choices that depend on the angle, in a form for numbers that hold several angles: a comparison of such
+// numbers is a mask, and only Select and the functions below evaluate it. For a number of one angle the mask
+// is a plain bool and the choice a plain branch.
 #pragma once
 
 #include "engine/number/number.h"
@@ -14,7 +14,7 @@ auto Either(bool mask, const Yes& yes, const No& no) {
   return mask ? yes() : no();
 }
 
-/// True when the mask holds for each angle.
+/// True when the mask is true for each angle.
 inline bool AllOf(bool mask) {
   return mask;
 }
