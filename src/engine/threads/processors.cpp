@@ -12,7 +12,7 @@ namespace {
 
 std::atomic<std::int32_t> forced_count = 0;
 
-// A process bound to some processors gains nothing from threads for the others.
+// A process that is bound to some processors gains nothing from threads for the others.
 std::int32_t UsableProcessors() {
   cpu_set_t allowed;
   if (sched_getaffinity(0, sizeof allowed, &allowed) == 0) return CPU_COUNT(&allowed);

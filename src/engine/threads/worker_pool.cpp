@@ -24,8 +24,8 @@ class CounterLock {
   pthread_spinlock_t lock_;
 };
 
-// Long work leaves the foreground to others. Policies without priorities refuse this, and the thread runs as
-// any.
+// Gives long work a lower priority. Policies without priorities refuse this, and the thread runs like any
+// other.
 void LowerPriority(pthread_attr_t& attributes) {
   sched_param parameters;
   if (pthread_attr_getschedparam(&attributes, &parameters) != 0) return;
@@ -48,7 +48,7 @@ bool StartThread(ThreadStarter start, pthread_t& handle, WorkerBody& body) {
   return started;
 }
 
-/// The threads of one call, joined at the end whatever happens.
+/// The threads of one call, joined in the destructor, after exceptions too.
 class Threads {
  public:
   Threads() = default;
@@ -73,7 +73,7 @@ class Threads {
     pthread_t handle{};
     WorkerBody body;
   };
-  std::list<Thread> threads_;  // a body stays where its thread found it
+  std::list<Thread> threads_;  // a body must not move while its thread runs
 };
 
 /// The exception of the lowest task that failed.
@@ -115,7 +115,7 @@ bool RunWorkers(std::int32_t count, const std::function<WorkerBody(std::int32_t)
       body = make(started);
       if (!threads.Start(body, start)) break;
     }
-  } catch (...) {  // out of memory for one more worker: those that run do the work
+  } catch (...) {  // out of memory for one more worker: the running ones do the work
   }
   if (started > 0) return true;
   if (body == nullptr) return false;

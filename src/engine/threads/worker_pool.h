@@ -13,8 +13,8 @@
 namespace tolvik::engine {
 
 /// Calls body(task, worker) once for every task from 0 to tasks - 1 and returns when all have ended. Tasks
-/// are taken in ascending order by min(tasks, workers) threads; workers 0 stands for one thread per
-/// processor. A single worker is the caller's own thread.
+/// are taken in ascending order by min(tasks, workers) threads; workers 0 means one thread per processor. A
+/// single worker is the caller's own thread.
 ///
 /// worker: from 0 to the number of threads - 1; two calls with the same worker never overlap, so each worker
 /// may own a state. A task that throws does not stop the others; at the end the exception of the lowest such
@@ -36,8 +36,8 @@ using ThreadStarter = int (*)(pthread_t*, const pthread_attr_t*, void* (*)(void*
 using WorkerBody = std::function<void()>;
 
 /// Runs make(0)(), make(1)(), ... in up to count threads and waits for all. make is called in the caller's
-/// thread and gives each body the data of its own. When a thread cannot be started, or make throws, no more
-/// are tried; the body of the first thread then runs in the caller's. False when not even make(0) gave a
+/// thread and gives each body its own data. When a thread cannot be started, or make throws, no more are
+/// tried; if no thread runs, the first body runs in the caller's. False when not even make(0) returned a
 /// body.
 bool RunWorkers(std::int32_t count, const std::function<WorkerBody(std::int32_t worker)>& make,
                 ThreadStarter start = pthread_create) noexcept;
