@@ -48,7 +48,7 @@ T InnerThickness(const CState& state) {
   return length;
 }
 
-// The number of entries, never beyond what CheckProfileSize lets pass.
+// The number of entries, at most that of CheckProfileSize.
 template <class T>
 std::int32_t CountEntries(const CState& state) {
   const double entries = static_cast<double>((InnerThickness<T>(state) + T(60.0)) * T(2.0));

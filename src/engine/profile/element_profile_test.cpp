@@ -47,7 +47,7 @@ Profile<T> Build(const CState& state) {
 }
 
 TEST(ElementProfile, GridFollowsTheInnerSlicesOfTheFirstElement) {
-  // 24 + 10.3 Å between substrate and ambient, whatever thickness these two hold: (34.3 + 60) 2 = 188.6
+  // 24 + 10.3 Å between substrate and ambient, whose own thicknesses are not used: (34.3 + 60) 2 = 188.6
   // entries.
   const auto profile = Build(ElementState({Element(10, 5, {{33, 1, 1}, {24, 2, 1}, {10.3, 1, 1}, {17, 0, 1}}),
                                            Element(1, 1, {{0, 1, 1}, {500, 1, 1}})}));

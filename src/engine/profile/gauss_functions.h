@@ -9,8 +9,8 @@
 namespace tolvik::engine {
 
 /// Multiplies the magnetic constants of the slices by the gauss functions, in their order; stack is the
-/// profile before slicing. A function modulates what a slice has, and adds no moment to a slice without.
-/// Functions bound to no layer of the stack are ignored. Tensors stay.
+/// profile before slicing. A function multiplies the constants of a slice, and adds no moment to a slice
+/// without. Functions bound to a layer that does not exist are ignored. Tensors do not change.
 template <class T>
 void ApplyGaussFunctions(const Profile<T>& stack, const CArray<CGaussFunction>& gaussfunctions,
                          Profile<T>& slices);

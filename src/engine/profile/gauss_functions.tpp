@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-//
 // The magnetic depth profile: gaussians and Catmull-Rom splines (Catmull and Rom, in: Computer Aided
 // Geometric Design, 317 (1974)) over the height, free or bound to the share of one layer.
 #pragma once

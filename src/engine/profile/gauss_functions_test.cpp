@@ -174,8 +174,7 @@ TEST(Splines, NeedNoWidth) {
 }
 
 TEST(Splines, PointsOutOfOrderStayInsideTheLists) {
-  // Each order of these abscissae, at heights on and between them; addresses are the business of the
-  // sanitizer.
+  // Each order of these abscissae, at heights on and between them; the sanitizer checks addresses.
   double x[5] = {0, 1, 2, 3, 4};
   do {
     const CGaussFunction function = Spline({x[0], x[1], x[2], x[3], x[4]}, {1, 2, 3, 4, 5});

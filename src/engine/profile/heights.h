@@ -8,7 +8,7 @@
 namespace tolvik::engine {
 
 /// Heights of the interfaces from the thicknesses: each entry lies on the one below it. Entry 0 keeps its
-/// height, and its thickness takes no part.
+/// height, and its thickness is not used.
 template <Number T>
 void StackHeights(Profile<T>& profile) {
   for (std::int32_t i = 1; i < profile.size; ++i) {

@@ -20,7 +20,7 @@ struct CLayer {
   T layer_beta{};
   T layer_ddelta{};             ///< magnetic part of delta
   T layer_dbeta{};              ///< magnetic part of beta
-  std::int32_t magnetic = 0;    ///< non-zero: algorithm one takes epsilon instead of the scalar index
+  std::int32_t magnetic = 0;    ///< non-zero: algorithm one uses epsilon instead of the scalar index
   Cplx<T> epsilon[9] = {};      ///< tensor, row major 3×3, order x, y, z
   T layer_sigma{};              ///< roughness of the interface above, Å
   Cplx<T> scalarindex{T(1.0)};  ///< index used at the present angle

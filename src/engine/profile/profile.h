@@ -8,9 +8,9 @@
 
 namespace tolvik::engine {
 
-/// Builds the profile of a state in the number type T: its layers with heights, sliced where the state asks
-/// for it, or the element profile. What profile held before is replaced; its block is used again where the
-/// number of entries is the same. Throws std::bad_alloc for a profile beyond memory (CheckProfileSize).
+/// Builds the profile of a state in the number type T: its layers with heights, sliced by the settings of the
+/// state, or the element profile. Replaces the content of profile; its block is used again where the number
+/// of entries is the same. Throws std::bad_alloc for a profile beyond memory (CheckProfileSize).
 template <Number T>
 void PrepareProfile(const CState& state, Profile<T>& profile);
 

@@ -21,7 +21,7 @@ TYPED_TEST(ProfileOf, LayersStandOnEachOther) {
   Profile<T> profile;
   PrepareProfile<T>(state, profile);
   ASSERT_EQ(profile.size, 4);
-  // Entry 0 keeps its height and its thickness takes no part.
+  // Entry 0 keeps its height, and its thickness is not used.
   const double heights[] = {-4, 6, 8.5, 15.5};
   for (int i = 0; i < 4; ++i) EXPECT_EQ(static_cast<double>(profile[i].layer_z), heights[i]);
 }

@@ -16,19 +16,19 @@ struct SliceRule {
   double gradientscale = 0;
 };
 
-/// Replaces the profile by slices of the stack and lets the gauss functions act on them, unless
+/// Replaces the profile by slices of the stack and applies the gauss functions to them, unless
 /// layersegmentationmode is kRoughInterfaces. The gauss functions are read with magnetizationmode
 /// kGaussFunctions only. segmentationmodel as in ProfileSampler. A stack whose range ends below its begin
-/// leaves an empty profile; a single entry stays as it is. Does not return when the slices don't advance:
-/// with minlayerthickness and gradientscale both 0. Throws std::bad_alloc when the slices need more than 2
-/// GiB.
+/// gives an empty profile; a single entry does not change. Never returns when the slices have no thickness:
+/// with minlayerthickness 0 and gradientscale or maxlayerthickness 0. Throws std::bad_alloc when the slices
+/// need more than 2 GiB.
 template <class T>
 void SegmentProfile(Profile<T>& profile, const CArray<CGaussFunction>& gaussfunctions,
                     std::int32_t layersegmentationmode, std::int32_t magnetizationmode,
                     std::int32_t segmentationmodel, const SliceRule& rule);
 
 /// Appends to slices those of a profile of two entries or more, heights and values. The ambient of profile is
-/// pushed away: its layer_z becomes 1e100 and its layer_sigma 1e-10.
+/// moved away: its layer_z becomes 1e100 and its layer_sigma 1e-10.
 template <class T>
 void CalcSliceGrid(Profile<T>& profile, std::int32_t model, const T& min, const T& max, const T& gradient,
                    Profile<T>& slices);

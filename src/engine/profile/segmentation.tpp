@@ -42,7 +42,7 @@ std::int32_t MagneticFlag(const Profile<T>& profile) {
   for (std::int32_t i = 0; i + 1 < profile.size; ++i) {
     if (profile[i].magnetic == 1) return 1;
   }
-  return 0;  // whatever the ambient has
+  return 0;  // the ambient does not count
 }
 
 // Each slice gets the values in the middle between its lower neighbour's height and its own.
@@ -81,7 +81,7 @@ void CalcSliceGrid(Profile<T>& profile, std::int32_t model, const T& min, const 
     const T middle = z + first / T(2.0);
     const T step = segmentation::CalcStep(sampler, middle, min, max, gradient);
     if (z + step <= z) {
-      // This never ends; the list at least does not grow meanwhile.
+      // This never ends; the list does not grow meanwhile.
       std::this_thread::yield();
       continue;
     }

@@ -154,7 +154,7 @@ TEST(Segmentation, NumberTypesGiveTheSameSlices) {
   EXPECT_NEAR(single[70].layer_delta, even[70].layer_delta, 1e-7);
 }
 
-// Runs the slicing in a process of its own and sees whether it ends within half a second.
+// Runs the slicing in a process of its own and checks whether it ends within half a second.
 bool Ends(const SliceRule& rule) {
   const pid_t child = fork();
   if (child == 0) {

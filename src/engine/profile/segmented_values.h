@@ -20,8 +20,9 @@ T LayerWeight(const Profile<T>& profile, std::int32_t index, const T& z);
 /// Evaluates a stack at many heights. The profile must outlive it; nothing is allocated after construction.
 ///
 /// By the SegmentationModel, any other number being kSteps:
-///   kProductOfInterfaces    weights of the entries: products over all interfaces of the side on which the
-///                           entry lies
+///   kProductOfInterfaces    weights of the entries: products over all interfaces, of the share of the side
+///   of
+///                           the entry
 ///   kLayerWeights           weights of the entries by LayerWeight
 ///   kSteps                  the ambient plus an error-function step at each interface, not normalised
 ///
@@ -36,7 +37,7 @@ class ProfileSampler {
 
   void CalcConstants(const T& z, Constants& constants);
 
-  /// Sets height, constants and tensor of entry, and its roughness to 0; the rest of it stays.
+  /// Sets height, constants and tensor of entry, and its roughness to 0; its other fields stay.
   void Fill(const T& z, CLayer<T>& entry);
 
  private:
@@ -58,9 +59,9 @@ class ProfileSampler {
   std::int32_t model_;
   CArray<T> rows_;      // kFields numbers of each entry, or half the step at each interface
   CArray<Term> near_;   // e((z - z_j)/σ_j) of the interfaces near z
-  CArray<Term> terms_;  // the first count_ take part at the present height
+  CArray<Term> terms_;  // the first count_ are used at the present height
   std::int32_t count_ = 0;
-  bool skip_zeros_;  // no row holds infinity or NaN, which a weight of 0 would not silence
+  bool skip_zeros_;  // no row has infinity or NaN, which a weight of 0 would not cancel
   T total_{};        // sum of the weights
 };
 

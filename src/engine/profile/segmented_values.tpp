@@ -91,8 +91,8 @@ void ProfileSampler<T>::CalcStepTerms(const T& z) {
   }
 }
 
-// A factor of exactly 1 changes nothing and one of exactly 0 leaves an entry out, so the products run over
-// the few interfaces near z only.
+// A factor of exactly 1 changes nothing and one of exactly 0 removes an entry, so the products run over the
+// few interfaces near z only.
 template <class T>
 void ProfileSampler<T>::CalcProductWeights(const T& z) {
   const std::int32_t n = profile_.size;

@@ -69,7 +69,7 @@ TEST(SegmentedValues, EachModelFollowsItsFormula) {
     for (double z = -60; z < 120; z += 0.37) {
       CLayer<double> entry;
       sampler.Fill(z, entry);
-      // e is odd but for the grid of its table, 3e-7 at most.
+      // e is odd except for the grid of its table, 3e-7 at most.
       EXPECT_NEAR(entry.layer_delta, PlainDelta(stack, model < 0 ? 2 : model, z), model <= 1 ? 1e-15 : 5e-8)
           << model << " at " << z;
       EXPECT_EQ(entry.layer_z, z);
@@ -122,8 +122,8 @@ TEST(SegmentedValues, TwoEqualLayersAreConstantInTheSumOfSteps) {
 }
 
 TEST(SegmentedValues, VanishingWeightsGiveZeros) {
-  // An ambient that was not pushed away, here below all interfaces, has no share above them; nor has any
-  // other entry.
+  // An ambient that was not moved away, here below all interfaces, has no share above them; nor has any other
+  // entry.
   auto stack = MakeProfile<double>({{0, 0.02, 0.01, 1}, {10, 0.05, 0.02, 1}, {0, 0.03, 0.01, 0}});
   stack[2].layer_z = -1000;
   CLayer<double> entry;
