@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The templates over dual numbers. In long double: at grazing angles n² - cos²θ loses up to ten digits of a
-// double, which derivatives can't spare.
+// The templates over dual numbers. In long double: at grazing angles n² - cos²θ loses up to ten digits, too
+// many for derivatives in double.
 #include "engine/curve/dual_gradient.tpp"
 
 namespace tolvik::engine {

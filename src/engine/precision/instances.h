@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// What the library holds of the templates in each number type. What a test calls from here it need not
-// compile again, and calls as it is shipped.
+// The instances of the templates in the library, in each number type. Tests that include this call the
+// shipped instances instead of compiling their own.
 #pragma once
 
 #include "engine/curve/curve.tpp"
