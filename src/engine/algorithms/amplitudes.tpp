@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-//
 // The reflection and transmission formulas are those of Yeh, Surf. Sci. 96, 41 (1980), for a 4×4 transfer
 // matrix, with one departure: the sign of the term M11 s in the transmission.
 #pragma once

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-//
 // Field and propagation matrices in the manner of Zak, Moog, Liu and Bader, J. Magn. Magn. Mater. 89, 107
 // (1990), with the exact normal wavevectors of the tensor (quartic of Booker, Phil. Trans. R. Soc. A 237, 411
 // (1938)) in place of first-order ones.

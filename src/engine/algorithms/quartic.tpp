@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-//
 // z⁴ + A z³ + B z² + C z + E = 0      the monic quartic
 // x⁴ + α x² + β x + γ = 0             the depressed one, z = x - A/4
 // y                                   root of the resolvent cubic, with P and Q its depressed coefficients
