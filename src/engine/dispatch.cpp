@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The exported calculations: each picks the number type by the state's precision.
+// The exported calculations: each chooses the number type by the state's precision.
 #include "engine/curve/curve.h"
 #include "engine/curve/dichroism.h"
 #include "engine/curve/escan.h"
