@@ -71,8 +71,7 @@ Work EngineOf(const Stack& stack, int angles, std::int32_t algorithm,
   return [options, profile, sines = Sines<T>(angles)](std::vector<double>& intensities) {
     engine::IntensityWork<T> work;
     std::vector<T> values(sines.size());
-    engine::CalcIntensities<T>(*profile, T(kK0), options, static_cast<std::int32_t>(sines.size()),
-                               sines.data(), values.data(), nullptr, work);
+    engine::CalcIntensities<T>({*profile, T(kK0), options, sines, values.data()}, work);
     intensities.assign(values.begin(), values.end());
   };
 }

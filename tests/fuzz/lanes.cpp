@@ -126,8 +126,7 @@ std::vector<double> Calculate(const Case& test, const std::vector<double>& angle
   std::vector<T> sines(angles.begin(), angles.end());
   std::vector<T> first(sines.size()), second(sines.size());
   IntensityWork<T> work;
-  CalcIntensities<T>(profile, T(test.k0), options, static_cast<std::int32_t>(sines.size()), sines.data(),
-                     first.data(), second.data(), work);
+  CalcIntensities<T>({profile, T(test.k0), options, sines, first.data(), second.data()}, work);
   std::vector<double> result;
   for (std::size_t i = 0; i < sines.size(); ++i) {
     result.push_back(static_cast<double>(first[i]));

@@ -13,7 +13,7 @@ constexpr double kWavevector = 0.32;
 using Profile = engine::Profile<double>;
 
 Profile Slice(Profile profile, double step, const CArray<CGaussFunction>& functions = {}) {
-  engine::SegmentProfile(profile, functions, 1, 2, 2, {step, step, 0});
+  engine::SegmentProfile(profile, functions, 1, 2, {step, step, 0, 2});
   return profile;
 }
 
@@ -58,7 +58,7 @@ TEST(Slices, ThinnerThanNeededChangeNothing) {
 TEST(Slices, AdaptiveOnesEqualEvenOnes) {
   auto stack = MakeProfile<double>({{0, 0.004, 0.002, 4}, {120, 0.009, 0.004, 3}, {}});
   auto adaptive = stack;
-  engine::SegmentProfile(adaptive, {}, 1, 0, 2, {0.2, 5, 1});
+  engine::SegmentProfile(adaptive, {}, 1, 0, {0.2, 5, 1, 2});
   const auto even = Slice(stack, 0.2);
   EXPECT_LT(adaptive.size, even.size / 2);
   for (double theta : {0.1, 0.3, 0.6}) {
@@ -114,7 +114,7 @@ TEST(Slices, ElementProfileOfOneInterfaceIsTheLayerWithThatDensity) {
   const double scale = 415.1761541 / (energy * energy);
   auto stack = MakeProfile<double>(
       {{0, scale * 0.5 * 9, scale * 0.5 * 4, 2}, {20, scale * 0.2 * 9, scale * 0.2 * 4, 2}, {}});
-  engine::SegmentProfile(stack, {}, 1, 0, 1, {0.5, 0.5, 0});
+  engine::SegmentProfile(stack, {}, 1, 0, {0.5, 0.5, 0, 1});
   for (double theta : {0.1, 0.3, 0.6}) {
     const double expected = RecursionIntensity(stack, kWavevector, theta, kSigma);
     // The two grids lie a quarter of a step apart.

@@ -87,9 +87,9 @@ Intensities<T> Calculate(const RandomCase& test) {
   result.first.assign(sines.size(), T(-1.0));
   result.second.assign(sines.size(), T(-1.0));
   engine::IntensityWork<T> work;
-  engine::CalcIntensities<T>(profile, T(test.k0), ConvertOptions<T>(test.options),
-                             static_cast<std::int32_t>(sines.size()), sines.data(), result.first.data(),
-                             result.second.data(), work);
+  engine::CalcIntensities<T>({profile, T(test.k0), ConvertOptions<T>(test.options), sines,
+                              result.first.data(), result.second.data()},
+                             work);
   return result;
 }
 

@@ -31,7 +31,7 @@ T Reflect(Profile<T>& profile, const CState& state, double s) {
   T first;
   const T sine(static_cast<float>(s));
   const T k0 = WavevectorFromLambda(T(state.lambda));
-  CalcIntensities<T>(profile, k0, OptionsOfState<T>(state), 1, &sine, &first, nullptr, work);
+  CalcIntensities<T>({profile, k0, OptionsOfState<T>(state), {&sine, 1}, &first}, work);
   return first;
 }
 

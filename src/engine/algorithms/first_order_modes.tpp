@@ -57,20 +57,20 @@ void CalcMagneticMatrices(Matrix4<T>& P, Matrix4<T>& D, Cplx<T> (&kappa)[4], T t
   CalcFirstOrderWaves<T>(w, c, q, n * q, matter);
   kappa[0] = w.kappa;
   const Cplx<T> ey_sum = (c * c) * matter.ey_sum, ey_pi = c * matter.ey_pi, hx_sum = c * matter.hx_sum;
-  modes::SetRow<T>(D, 0, one, ey_sum + w.ey_difference, hx_sum + w.hx_difference, w.kappa);
-  modes::SetRow<T>(D, 1, zero, ey_pi + q, -n, w.hy_pi + w.hy_difference);
-  modes::SetRow<T>(D, 2, one, ey_sum - w.ey_difference, hx_sum - w.hx_difference, -w.kappa);
-  modes::SetRow<T>(D, 3, zero, ey_pi - q, -n, w.hy_pi - w.hy_difference);
+  modes::SetRow<T>(D, 0, {one, ey_sum + w.ey_difference, hx_sum + w.hx_difference, w.kappa});
+  modes::SetRow<T>(D, 1, {zero, ey_pi + q, -n, w.hy_pi + w.hy_difference});
+  modes::SetRow<T>(D, 2, {one, ey_sum - w.ey_difference, hx_sum - w.hx_difference, -w.kappa});
+  modes::SetRow<T>(D, 3, {zero, ey_pi - q, -n, w.hy_pi - w.hy_difference});
 
   if (d == T(0.0)) return;
   const T length = k0 * d;
   const Cplx<T> a = length * w.TurnDown(), b = length * w.TurnUp();
   const Cplx<T> e = modes::PropagationFactor<T>(k0, d, w.kappa);
   const Cplx<T> f = T(1.0) / e;
-  modes::SetRow<T>(P, 0, e, -(a * e), zero, zero);
-  modes::SetRow<T>(P, 1, a * e, e, zero, zero);
-  modes::SetRow<T>(P, 2, zero, zero, f, b * f);
-  modes::SetRow<T>(P, 3, zero, zero, -(b * f), f);
+  modes::SetRow<T>(P, 0, {e, -(a * e), zero, zero});
+  modes::SetRow<T>(P, 1, {a * e, e, zero, zero});
+  modes::SetRow<T>(P, 2, {zero, zero, f, b * f});
+  modes::SetRow<T>(P, 3, {zero, zero, -(b * f), f});
 }
 
 }  // namespace tolvik::engine

@@ -48,11 +48,17 @@ template <class T>
 void CalcTetragonalMatrices(Matrix4<T>& P, Matrix4<T>& D, Cplx<T> (&kappa)[4], T theta, T k0, T d,
                             const Tensor<T>& tensor);
 
+/// Where the modes of a slab go.
+template <class T>
+struct LayerMatrices {
+  Matrix4<T>&P, &D;
+  Cplx<T> (&kappa)[4];
+};
+
 /// Modes of a slab of any tensor, in the order of SolveModes; the electric vector of each is normalised. A
 /// tensor without off-diagonal elements has modes whose vector vanishes here, and gives values that are not
 /// numbers.
 template <class T>
-void CalcGeneralMatrices(Matrix4<T>& P, Matrix4<T>& D, Cplx<T> (&kappa)[4], T theta, T k0, T d,
-                         const Tensor<T>& tensor);
+void CalcGeneralMatrices(const LayerMatrices<T>& layer, T theta, T k0, T d, const Tensor<T>& tensor);
 
 }  // namespace tolvik::engine

@@ -31,38 +31,21 @@ void FillPropagation(Matrix4<T>& P, const T& k0, const T& d, const Cplx<T> (&kap
   for (int r = 0; r < 4; ++r) P(r, r) = PropagationFactor<T>(k0, d, kappa[r]);
 }
 
+// Four elements of a row, or the fields (ex, ey, hx, hy) of a wave.
 template <class T>
-inline void SetRow(Matrix4<T>& matrix, int row, const Cplx<T>& m0, const Cplx<T>& m1, const Cplx<T>& m2,
-                   const Cplx<T>& m3) {
-  matrix(row, 0) = m0;
-  matrix(row, 1) = m1;
-  matrix(row, 2) = m2;
-  matrix(row, 3) = m3;
+struct RowOfFour {
+  const Cplx<T>&m0, &m1, &m2, &m3;
+};
+
+template <class T>
+inline void SetRow(Matrix4<T>& matrix, int row, const RowOfFour<T>& m) {
+  matrix(row, 0) = m.m0;
+  matrix(row, 1) = m.m1;
+  matrix(row, 2) = m.m2;
+  matrix(row, 3) = m.m3;
 }
 
 // The cases below take the cosine c of the grazing angle; an angle never enters otherwise.
-
-template <class T>
-void FillIsotropic(Matrix4<T>& P, Matrix4<T>& D, Cplx<T> (&kappa)[4], const T& c, const T& k0, const T& d,
-                   const Cplx<T>& n) {
-  const Cplx<T> zero, one(T(1.0));
-  const Cplx<T> s = c / n;  // sine of the refracted angle against the normal
-  const Cplx<T> q = sqrt(one - s * s);
-  const Cplx<T> w = n * q;
-  kappa[0] = kappa[1] = w;
-  kappa[2] = kappa[3] = -w;
-
-  SetRow<T>(D, 0, one, zero, zero, w);
-  SetRow<T>(D, 1, zero, q, -n, zero);
-  SetRow<T>(D, 2, one, zero, zero, -w);
-  SetRow<T>(D, 3, zero, -q, -n, zero);
-
-  if (AllOf(d == T(0.0))) return;
-  const Cplx<T> e = PropagationFactor<T>(k0, d, w);
-  P = Matrix4<T>();
-  P(0, 0) = P(1, 1) = e;
-  P(2, 2) = P(3, 3) = T(1.0) / e;
-}
 
 template <class T>
 void FillTetragonal(Matrix4<T>& D, Cplx<T> (&kappa)[4], const T& c, const Tensor<T>& tensor) {
@@ -75,17 +58,21 @@ void FillTetragonal(Matrix4<T>& D, Cplx<T> (&kappa)[4], const T& c, const Tensor
   kappa[2] = sqrt(b * (T(4.0) * eyy * ezz)) / (T(2.0) * ezz);
   kappa[3] = -kappa[2];
 
-  SetRow<T>(D, 0, one, zero, zero, kappa[0]);
-  SetRow<T>(D, 1, one, zero, zero, kappa[1]);
-  SetRow<T>(D, 2, zero, b, -kappa[2] * (c2 + b), zero);
-  SetRow<T>(D, 3, zero, b, -kappa[3] * (c2 + b), zero);
+  SetRow<T>(D, 0, {one, zero, zero, kappa[0]});
+  SetRow<T>(D, 1, {one, zero, zero, kappa[1]});
+  SetRow<T>(D, 2, {zero, b, -kappa[2] * (c2 + b), zero});
+  SetRow<T>(D, 3, {zero, b, -kappa[3] * (c2 + b), zero});
 }
+
+template <class T>
+struct ElectricVector {
+  const Cplx<T>&x, &y, &z;
+};
 
 // Row r of D from the electric vector of its wave; hx and hy follow from Faraday's law.
 template <class T>
-inline void SetFields(Matrix4<T>& D, int r, const Cplx<T>& kappa, const T& c, const Cplx<T>& x,
-                      const Cplx<T>& y, const Cplx<T>& z) {
-  SetRow<T>(D, r, x, y, NegMulAdd(kappa, y, Cplx<T>(c * z)), kappa * x);
+inline void SetFields(Matrix4<T>& D, int r, const Cplx<T>& kappa, const T& c, const ElectricVector<T>& e) {
+  SetRow<T>(D, r, {e.x, e.y, NegMulAdd(kappa, e.y, Cplx<T>(c * e.z)), kappa * e.x});
 }
 
 // The quartic of the wavevectors.
@@ -115,9 +102,9 @@ void SetGeneralFields(Matrix4<T>& D, const Cplx<T> (&kappa)[4], const T& c, cons
     const Cplx<T> e3 = exy * ezx - h * u;
     if constexpr (unit) {
       const T scale = T(1.0) / sqrt(norm(e1) + norm(e2) + norm(e3));
-      SetFields<T>(D, r, kappa[r], c, scale * e1, scale * e2, scale * e3);
+      SetFields<T>(D, r, kappa[r], c, {scale * e1, scale * e2, scale * e3});
     } else {
-      SetFields<T>(D, r, kappa[r], c, e1, e2, e3);
+      SetFields<T>(D, r, kappa[r], c, {e1, e2, e3});
     }
   }
 }
@@ -146,14 +133,30 @@ void CalcLayerMatrices(Matrix4<T>& P, Matrix4<T>& D, Cplx<T> (&kappa)[4], T thet
     case kTetragonal:
       return CalcTetragonalMatrices<T>(P, D, kappa, theta, k0, d, tensor);
     default:
-      return CalcGeneralMatrices<T>(P, D, kappa, theta, k0, d, tensor);
+      return CalcGeneralMatrices<T>({P, D, kappa}, theta, k0, d, tensor);
   }
 }
 
 template <class T>
 void CalcIsotropicMatrices(Matrix4<T>& P, Matrix4<T>& D, Cplx<T> (&kappa)[4], T theta, T k0, T d,
                            const Cplx<T>& n) {
-  modes::FillIsotropic<T>(P, D, kappa, modes::BoundedCosine<T>(theta), k0, d, n);
+  const Cplx<T> zero, one(T(1.0));
+  const Cplx<T> s = modes::BoundedCosine<T>(theta) / n;  // sine of the refracted angle against the normal
+  const Cplx<T> q = sqrt(one - s * s);
+  const Cplx<T> w = n * q;
+  kappa[0] = kappa[1] = w;
+  kappa[2] = kappa[3] = -w;
+
+  modes::SetRow<T>(D, 0, {one, zero, zero, w});
+  modes::SetRow<T>(D, 1, {zero, q, -n, zero});
+  modes::SetRow<T>(D, 2, {one, zero, zero, -w});
+  modes::SetRow<T>(D, 3, {zero, -q, -n, zero});
+
+  if (d == T(0.0)) return;
+  const Cplx<T> e = modes::PropagationFactor<T>(k0, d, w);
+  P = Matrix4<T>();
+  P(0, 0) = P(1, 1) = e;
+  P(2, 2) = P(3, 3) = T(1.0) / e;
 }
 
 template <class T>
@@ -164,12 +167,11 @@ void CalcTetragonalMatrices(Matrix4<T>& P, Matrix4<T>& D, Cplx<T> (&kappa)[4], T
 }
 
 template <class T>
-void CalcGeneralMatrices(Matrix4<T>& P, Matrix4<T>& D, Cplx<T> (&kappa)[4], T theta, T k0, T d,
-                         const Tensor<T>& tensor) {
+void CalcGeneralMatrices(const LayerMatrices<T>& layer, T theta, T k0, T d, const Tensor<T>& tensor) {
   const T c = cos(theta);
-  quartic::Solve<T>(modes::GeneralQuartic<T>(c, tensor), kappa);
-  modes::SetGeneralFields<true, T>(D, kappa, c, tensor);
-  modes::FillPropagation<T>(P, k0, d, kappa);
+  quartic::Solve<T>(modes::GeneralQuartic<T>(c, tensor), layer.kappa);
+  modes::SetGeneralFields<true, T>(layer.D, layer.kappa, c, tensor);
+  modes::FillPropagation<T>(layer.P, k0, d, layer.kappa);
 }
 
 }  // namespace tolvik::engine

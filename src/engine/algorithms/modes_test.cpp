@@ -175,7 +175,7 @@ TYPED_TEST(Modes, GeneralModesSolveMaxwell) {
     for (int i = 0; i < 9; ++i) e[i] = FromDouble<T>(t.e[i]);
     ModesOf<T> m;
     const double theta = 0.4375;
-    CalcGeneralMatrices<T>(m.P, m.D, m.kappa, T(theta), T(0.4), T(0.0), e);
+    CalcGeneralMatrices<T>({m.P, m.D, m.kappa}, T(theta), T(0.4), T(0.0), e);
     EXPECT_LT(WorstModeResidual(m, t.e, theta), 5000 * this->Epsilon()) << "trial " << trial;
     EXPECT_GT(static_cast<double>(m.kappa[1].real()), 0);
     EXPECT_LT(static_cast<double>(m.kappa[2].real()), 0);
@@ -190,7 +190,7 @@ TEST(GeneralModes, IsotropicTensorGivesTheRowsOfTheIsotropicCase) {
   const TensorOf t(n * n, n * n, n * n);
   ModesOf<double> general, isotropic;
   CalcIsotropicMatrices<double>(isotropic.P, isotropic.D, isotropic.kappa, 0.4, 0.3, 10.0, n);
-  CalcGeneralMatrices<double>(general.P, general.D, general.kappa, 0.4, 0.3, 10.0, t.e);
+  CalcGeneralMatrices<double>({general.P, general.D, general.kappa}, 0.4, 0.3, 10.0, t.e);
   for (int r = 0; r < 4; ++r) {
     EXPECT_LT(std::abs(general.kappa[r] - isotropic.kappa[r]), 1e-7) << r;
     EXPECT_LT(std::abs(general.P(r, r) / isotropic.P(r, r) - 1.0), 1e-6) << r;
@@ -209,7 +209,7 @@ TEST(GeneralModes, VectorsAreNormalised) {
   t.e[5] = Double(-0.02, 0.004);
   ModesOf<double> m;
   const double theta = 0.4, c = std::cos(theta);
-  CalcGeneralMatrices<double>(m.P, m.D, m.kappa, theta, 0.3, 10.0, t.e);
+  CalcGeneralMatrices<double>({m.P, m.D, m.kappa}, theta, 0.3, 10.0, t.e);
   for (int r = 0; r < 4; ++r) {
     const Double ez = (m.D(r, 2) + m.kappa[r] * m.D(r, 1)) / c;
     EXPECT_NEAR(std::norm(m.D(r, 0)) + std::norm(m.D(r, 1)) + std::norm(ez), 1.0, 1e-13);

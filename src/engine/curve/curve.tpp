@@ -27,7 +27,7 @@ WalkEnd WalkExact(CSolution& solution, const CState& state, const WalkSetting<T>
   const auto store = [&](std::int32_t i, const T& sum, const T&, bool) {
     solution.dataset_R0[i] = static_cast<double>(sum);
   };
-  return WalkSamples<T>(setting, solution.dataset_qz, 0, solution.dataset_qz.size,
+  return WalkSamples<T>(setting, {solution.dataset_qz, 0, solution.dataset_qz.size},
                         RuleOfResolution<T>(state.resolution), refuse, store);
 }
 

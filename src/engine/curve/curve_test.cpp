@@ -42,7 +42,7 @@ class Curve : public ::testing::Test {
     const T s = T(q) / (T(2.0) * k0);
     T intensity(-1.0);
     IntensityWork<T> work;
-    CalcIntensities<T>(profile, k0, OptionsOfState<T>(state), 1, &s, &intensity, nullptr, work);
+    CalcIntensities<T>({profile, k0, OptionsOfState<T>(state), {&s, 1}, &intensity}, work);
     return static_cast<double>(intensity);
   }
 };

@@ -26,15 +26,23 @@ std::int32_t CalcPoints(CSolution& solution, std::int32_t begin, std::int32_t en
     solution.dataset_Rp[i] = static_cast<double>(plus);
     solution.dataset_Rm[i] = static_cast<double>(minus);
   };
-  return CodeOf(WalkSamples<T>(setting, solution.dataset_qz, begin, end, rule, refuse, store));
+  return CodeOf(WalkSamples<T>(setting, {solution.dataset_qz, begin, end}, rule, refuse, store));
 }
 
+/// Point i, and the profile and the wavenumber that it meets.
+template <class T>
+struct PointAndProfile {
+  std::int32_t i;
+  Profile<T>& profile;
+  const T& k0;
+};
+
 template <Number T>
-std::int32_t CalcPoint(const CState& state, Profile<T>& profile, std::int32_t i, const T& k0,
-                       const ResolutionRule<T>& rule, CSolution& solution) {
+std::int32_t CalcPoint(const CState& state, const PointAndProfile<T>& point, const ResolutionRule<T>& rule,
+                       CSolution& solution) {
   SampleBlock<T> block(true);
   const IntensityOptions<T> options = OptionsOfState<T>(state);
-  return CalcPoints<T>(solution, i, i + 1, rule, {profile, k0, options, block});
+  return CalcPoints<T>(solution, point.i, point.i + 1, rule, {point.profile, point.k0, options, block});
 }
 
 /// One sample of weight 1 at qz itself.
@@ -73,14 +81,14 @@ void FoldCurves(CSolution& solution, double resolution) {
 template <Number T>
 std::int32_t CalcDichroicPoint(const CState& state, Profile<T>& profile, std::int32_t i, const T& k0,
                                CSolution& solution) {
-  return dichroism_detail::CalcPoint<T>(state, profile, i, k0, RuleOfResolution<T>(state.resolution),
+  return dichroism_detail::CalcPoint<T>(state, {i, profile, k0}, RuleOfResolution<T>(state.resolution),
                                         solution);
 }
 
 template <Number T>
 std::int32_t CalcDichroicPointFast(const CState& state, Profile<T>& profile, std::int32_t i, const T& k0,
                                    CSolution& solution) {
-  return dichroism_detail::CalcPoint<T>(state, profile, i, k0, dichroism_detail::BareRule<T>(), solution);
+  return dichroism_detail::CalcPoint<T>(state, {i, profile, k0}, dichroism_detail::BareRule<T>(), solution);
 }
 
 template <class T>

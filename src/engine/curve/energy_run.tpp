@@ -32,7 +32,7 @@ std::int32_t CalcPointsFrom(std::int32_t first, CSolution& points, const CState&
     points.dataset_R0[i] = static_cast<double>(sum);
     last = i;
   };
-  const WalkEnd end = WalkSamples<T>(setting, points.dataset_qz, first, points.dataset_qz.size,
+  const WalkEnd end = WalkSamples<T>(setting, {points.dataset_qz, first, points.dataset_qz.size},
                                      RuleOfResolution<T>(state.resolution), IsOutOfReach<T>, store);
   if (!end.Complete()) stopped.push_back({last, points.dataset_R0[last]});
   return last + 1;

@@ -52,7 +52,7 @@ std::int32_t CalcEScanCurve(CSolution& solution, CState& state) {
     const auto store = [&](std::int32_t index, const T& sum, const T&, bool) {
       solution.dataset_R0[index] = static_cast<double>(sum);
     };
-    return CodeOf(WalkSamples<T>({profile, k0, options, block}, solution.dataset_qz, i, i + 1,
+    return CodeOf(WalkSamples<T>({profile, k0, options, block}, {solution.dataset_qz, i, i + 1},
                                  RuleOfResolution<T>(state.resolution), IsOutOfReach<T>, store));
   };
   const std::int32_t code = ScanEnergies(solution, state, script, point);

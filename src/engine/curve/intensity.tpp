@@ -13,45 +13,46 @@ namespace tolvik::engine {
 namespace intensity_detail {
 
 template <Number T>
-T ParrattRay(Profile<T>& profile, const T& k0, const T& theta, const IntensityOptions<T>& options, int ray,
-             ParrattVectors<T>& work) {
+T ParrattRay(const AngleBatch<T>& batch, const T& theta, int ray, ParrattVectors<T>& work) {
+  const IntensityOptions<T>& options = batch.options;
   // The second ray sees the magnetisation the other way round.
   const T sense(ray == 1 ? 1.0 : -1.0);
-  CalcWavevectors<T>(profile, work.kz, k0, theta, options.magnetic ? sense : T(0.0));
-  CalcFresnelCoefficients<T>(profile, work.kz, work.rpi, work.rsigma);
-  return CalcParrattIntensity<T>(profile, work.kz, work.rpi, work.rsigma, options.polarisation, ray);
+  CalcWavevectors<T>(batch.profile, work.kz, batch.k0, theta, options.magnetic ? sense : T(0.0));
+  CalcFresnelCoefficients<T>(batch.profile, work.kz, work.rpi, work.rsigma);
+  return CalcParrattIntensity<T>(batch.profile, work.kz, work.rpi, work.rsigma, options.polarisation, ray);
 }
 
-/// Both rays at one angle; second may be null.
+/// The intensities of angle i by the plain path.
 template <Number T>
-void CalcSample(Profile<T>& profile, const T& k0, const IntensityOptions<T>& options, const T& theta,
-                T& first, T* second, IntensityWork<T>& work) {
+void CalcAngle(const AngleBatch<T>& batch, std::int32_t i, ParrattVectors<T>& work) {
+  const IntensityOptions<T>& options = batch.options;
+  const T theta = GrazingAngle(batch.s[static_cast<std::size_t>(i)]);
+  const bool both = batch.second != nullptr;
   T unused;
-  T& other = second != nullptr ? *second : unused;
+  T& first = batch.first[i];
+  T& second = both ? batch.second[i] : unused;
   switch (options.algorithm) {
-    case kParratt:
-      first = ParrattRay<T>(profile, k0, theta, options, 1, work.parratt);
-      if (second != nullptr) *second = ParrattRay<T>(profile, k0, theta, options, 2, work.parratt);
+    case Algorithm::kParratt:
+      first = ParrattRay<T>(batch, theta, 1, work);
+      if (both) second = ParrattRay<T>(batch, theta, 2, work);
       return;
-    case kMatrixOne:
-      CalcMatrixOne<T>({profile, options.transmission}, theta, options.maggamma, options.magphi, k0,
-                       options.magnetic, other, first, options.polarisation, options.tolerance);
+    case Algorithm::kMatrixOne:
+      CalcMatrixOne<T>({batch.profile, options.transmission}, theta, options.maggamma, options.magphi,
+                       batch.k0, options.magnetic, second, first, options.polarisation, options.tolerance);
       return;
-    case kMatrixTwo:
-      CalcMatrixTwo<T>({profile, options.transmission}, theta, options.maggamma, options.magphi, k0,
-                       options.magnetic, other, first, options.polarisation);
+    case Algorithm::kMatrixTwo:
+      CalcMatrixTwo<T>({batch.profile, options.transmission}, theta, options.maggamma, options.magphi,
+                       batch.k0, options.magnetic, second, first, options.polarisation);
       return;
     default:
-      first = T(0.0);
-      if (second != nullptr) *second = T(0.0);
+      first = second = T(0.0);
   }
 }
 
 template <Number T>
-lanes::LanesLeave TryLanes(const Profile<T>& profile, const T& k0, const IntensityOptions<T>& options,
-                           std::int32_t count, const T* s, T* first, T* second, IntensityWork<T>& work) {
+lanes::LanesLeave TryLanes(const AngleBatch<T>& batch, IntensityWork<T>& work) {
   if constexpr (lanes::HasLanes<T>) {
-    return lanes::CalcByLanes<T>(profile, k0, options, count, s, first, second, work.lanes);
+    return lanes::CalcByLanes<T>(batch, work.lanes);
   } else {
     return lanes::LanesLeave::kAll;
   }
@@ -60,22 +61,18 @@ lanes::LanesLeave TryLanes(const Profile<T>& profile, const T& k0, const Intensi
 }  // namespace intensity_detail
 
 template <Number T>
-BatchOutcome CalcIntensities(Profile<T>& profile, const T& k0, const IntensityOptions<T>& options,
-                             std::int32_t count, const T* s, T* first, T* second, IntensityWork<T>& work) {
+BatchOutcome CalcIntensities(const AngleBatch<T>& batch, IntensityWork<T>& work) {
+  const auto count = static_cast<std::int32_t>(batch.s.size());
   BatchOutcome outcome;
   try {
-    const auto left = intensity_detail::TryLanes<T>(profile, k0, options, count, s, first, second, work);
+    const lanes::LanesLeave left = intensity_detail::TryLanes<T>(batch, work);
     if (left == lanes::LanesLeave::kNothing) outcome.done = count;
     const bool by_lanes = left != lanes::LanesLeave::kAll;
-    while (outcome.done < count) {
-      const std::int32_t i = outcome.done;
-      if (by_lanes && isfinite(first[i]) && (second == nullptr || isfinite(second[i]))) {
-        ++outcome.done;
-        continue;
-      }
-      intensity_detail::CalcSample<T>(profile, k0, options, GrazingAngle(s[i]), first[i],
-                                      second != nullptr ? second + i : nullptr, work);
-      ++outcome.done;
+    const auto is_done = [&](std::int32_t i) {
+      return by_lanes && isfinite(batch.first[i]) && (batch.second == nullptr || isfinite(batch.second[i]));
+    };
+    for (; outcome.done < count; ++outcome.done) {
+      if (!is_done(outcome.done)) intensity_detail::CalcAngle<T>(batch, outcome.done, work.parratt);
     }
   } catch (...) {
     outcome.error = std::current_exception();

@@ -54,7 +54,7 @@ TYPED_TEST(Intensity, HandsTheOptionsOfTheStateToTheMatrixAlgorithms) {
     IntensityWork<T> work;
     T first, second, direct1, direct2;
     const BatchOutcome outcome =
-        CalcIntensities<T>(profile, k0, OptionsOfState<T>(state), 1, &s, &first, &second, work);
+        CalcIntensities<T>({profile, k0, OptionsOfState<T>(state), {&s, 1}, &first, &second}, work);
     EXPECT_EQ(outcome.done, 1);
     EXPECT_EQ(outcome.error, nullptr);
     if (algorithm == 1) {
@@ -82,10 +82,10 @@ TYPED_TEST(Intensity, ASampleDoesNotDependOnItsNeighbours) {
     Profile<T> profile = this->MagneticProfile();
     IntensityWork<T> work;
     std::vector<T> first(s.size()), second(s.size());
-    CalcIntensities<T>(profile, k0, options, 37, s.data(), first.data(), second.data(), work);
+    CalcIntensities<T>({profile, k0, options, s, first.data(), second.data()}, work);
     for (std::size_t i = s.size(); i-- > 0;) {
       T alone;
-      CalcIntensities<T>(profile, k0, options, 1, &s[i], &alone, nullptr, work);
+      CalcIntensities<T>({profile, k0, options, {&s[i], 1}, &alone}, work);
       EXPECT_EQ(alone, first[i]) << i;
     }
   }
@@ -129,12 +129,11 @@ TYPED_TEST(Intensity, BothSensesAreStacksOfTheirOwn) {
       std::rotate_copy(rays.begin(), rays.begin() + 4, rays.end(), swapped.polarisation);
       IntensityWork<T> work;
       std::vector<T> first(s.size()), second(s.size()), alone(s.size());
-      const auto count = static_cast<std::int32_t>(s.size());
-      CalcIntensities<T>(profile, k0, options, count, s.data(), first.data(), second.data(), work);
+      CalcIntensities<T>({profile, k0, options, s, first.data(), second.data()}, work);
       EXPECT_NE(first, second);
-      CalcIntensities<T>(profile, k0, options, count, s.data(), alone.data(), nullptr, work);
+      CalcIntensities<T>({profile, k0, options, s, alone.data()}, work);
       EXPECT_EQ(first, alone);
-      CalcIntensities<T>(turned, k0, swapped, count, s.data(), alone.data(), nullptr, work);
+      CalcIntensities<T>({turned, k0, swapped, s, alone.data()}, work);
       EXPECT_EQ(second, alone);
     }
   }
@@ -151,7 +150,7 @@ TYPED_TEST(Intensity, KnowsItsAlgorithms) {
   IntensityWork<T> work;
   T first(5.0), second(5.0);
   const T s = T(0.4);
-  CalcIntensities<T>(profile, T(this->kK0), OptionsOfState<T>(state), 1, &s, &first, &second, work);
+  CalcIntensities<T>({profile, T(this->kK0), OptionsOfState<T>(state), {&s, 1}, &first, &second}, work);
   EXPECT_EQ(first, T(0.0));
   EXPECT_EQ(second, T(0.0));
 }

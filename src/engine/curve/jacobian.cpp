@@ -66,12 +66,12 @@ class ActiveNodes {
 };
 
 void CalcNodes(const GradientTask& task, const ActiveNodes& active, GradientWork& work) {
-  const auto count = static_cast<std::int32_t>(active.size());
   work.first.assign(active.size(), 0.0);
   work.second.assign(HasSecond(task.rays) ? active.size() : 0, 0.0);
-  const BatchOutcome outcome = CalcIntensities<double>(
-      task.profile, task.k0, task.options, count, active.Sines().data(), work.first.data(),
-      HasSecond(task.rays) ? work.second.data() : nullptr, work.intensity);
+  const BatchOutcome outcome =
+      CalcIntensities<double>({task.profile, task.k0, task.options, active.Sines(), work.first.data(),
+                               HasSecond(task.rays) ? work.second.data() : nullptr},
+                              work.intensity);
   if (outcome.error) std::rethrow_exception(outcome.error);
 }
 

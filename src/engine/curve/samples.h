@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <exception>
+#include <span>
 #include <vector>
 
 #include "engine/curve/grazing.h"
@@ -74,9 +75,9 @@ class SampleBlock {
 
   /// Calculates all samples. Returns what ended the batch early, or null.
   std::exception_ptr Calculate(Profile<T>& profile, const T& k0, const IntensityOptions<T>& options) {
-    const BatchOutcome outcome =
-        CalcIntensities<T>(profile, k0, options, count_, sines_.data(), first_.data(),
-                           both_rays_ ? second_.data() : nullptr, work_);
+    const std::span<const T> s(sines_.data(), static_cast<std::size_t>(count_));
+    const BatchOutcome outcome = CalcIntensities<T>(
+        {profile, k0, options, s, first_.data(), both_rays_ ? second_.data() : nullptr}, work_);
     done_ = outcome.done;
     return outcome.error;
   }

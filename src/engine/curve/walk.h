@@ -29,19 +29,27 @@ struct WalkSetting {
   SampleBlock<T>& block;
 };
 
-/// Calculates the points begin .. end - 1 of a grid with the samples of a rule.
+/// The points begin .. end - 1 of a grid.
+struct GridPart {
+  const CArray<double>& grid;
+  std::int32_t begin, end;
+};
+
+/// Calculates part of a grid with the samples of a rule.
 /// refuse(s) tells which s = sin θ ends the walk. store(i, sum1, sum2, whole) gets both rays of each point in
 /// order; of the point in which the walk ends, the partial sums with whole false.
 template <Number T, class Refuse, class Store>
-WalkEnd WalkSamples(const WalkSetting<T>& setting, const CArray<double>& grid, std::int32_t begin,
-                    std::int32_t end, const ResolutionRule<T>& rule, Refuse refuse, Store store) {
+WalkEnd WalkSamples(const WalkSetting<T>& setting, const GridPart& part, const ResolutionRule<T>& rule,
+                    Refuse refuse, Store store) {
+  const std::int32_t end = part.end;
   WalkEnd result;
+  std::int32_t begin = part.begin;
   while (begin < end && result.Complete()) {
     const std::int32_t block_end = begin + std::min(end - begin, kPointsPerBlock);
     setting.block.Clear(block_end - begin, rule.samples);
     std::int32_t i = begin;
     for (; i < block_end && !result.out_of_reach; ++i) {
-      result.out_of_reach = !setting.block.GatherPoint(T(grid[i]), rule, setting.k0, refuse);
+      result.out_of_reach = !setting.block.GatherPoint(T(part.grid[i]), rule, setting.k0, refuse);
     }
     const std::int32_t refused_point = result.out_of_reach ? i - 1 : end;
     result.error = setting.block.Calculate(setting.profile, setting.k0, setting.options);

@@ -8,6 +8,7 @@
 
 #include "engine/algorithms/first_order_modes.tpp"
 #include "engine/algorithms/options.h"
+#include "engine/lanes/limits.h"
 #include "engine/lanes/ordinary_matter.h"
 
 namespace tolvik::engine::lanes {
@@ -15,16 +16,6 @@ namespace tolvik::engine::lanes {
 namespace {
 
 using Value = std::complex<double>;
-
-// Half the limit of the kernels' sine (functions.h).
-constexpr double kMaxPhase = 5e5;
-// Neither the growing waves nor the roughness factors of a whole stack may come near the range of a double.
-constexpr double kRange = 100.0;
-constexpr double kLargestChi = 0.2;
-// The matrix algorithms bound the angle by 1e-4.
-constexpr double kSmallestSine = 1.001e-4;
-// Below, the field of a wave hangs on digits that n² - cos²θ has lost.
-constexpr double kSmallestTurn = 1e-8;
 
 Pair PairOf(const Value& z) {
   return {z.real(), z.imag()};
@@ -60,7 +51,8 @@ FirstOrderJoint JointOf(const FirstOrderMatter<Pair>& lower, const FirstOrderMat
 
 bool MatrixLanes::Prepare(const Profile<double>& profile, double k0,
                           const IntensityOptions<double>& options) {
-  if (profile.size < 2 || !IsWithin(k0, 1e-5, 1e5)) return false;
+  if (profile.size < 2 || !IsWithin(k0, kSmallestWavenumber<double>, kLargestWavenumber<double>))
+    return false;
   entries_.assign(static_cast<std::size_t>(profile.size), MatrixEntry());
   largest_chi_ = 0.0;
   const double radians_per_degree = 0.017453292519943295;
@@ -69,10 +61,11 @@ bool MatrixLanes::Prepare(const Profile<double>& profile, double k0,
   for (std::int32_t j = 0; j < profile.size; ++j) {
     if (!SetEntry(profile[j], options, entries_[static_cast<std::size_t>(j)])) return false;
   }
-  if (!(largest_chi_ < kLargestChi)) return false;
+  if (!(largest_chi_ < kLargestContrast<double>)) return false;
 
-  stack_ = {entries_.data(), profile.size,        options.algorithm == kMatrixTwo, options.transmission, k0,
-            2.0 * kRange,    options.polarisation};
+  stack_ = {entries_.data(),      profile.size, options.algorithm == kMatrixTwo,
+            options.transmission, k0,           2.0 * kLargestGrowth<double>,
+            options.polarisation};
   // A ray comes from the ambient and leaves there, or in the substrate; in between lengths cancel.
   entries_.back().normalised = true;
   entries_.front().normalised = options.transmission;
@@ -92,7 +85,7 @@ bool MatrixLanes::SetEntry(const CLayer<double>& layer, const IntensityOptions<d
 // On top of the scalar entry.
 bool MatrixLanes::SetFirstOrder(const CLayer<double>& layer, MatrixEntry& entry) {
   const Value strength(-2.0 * layer.layer_ddelta, 2.0 * layer.layer_dbeta);
-  if (!(std::abs(strength) < kLargestChi)) return false;
+  if (!(std::abs(strength) < kLargestContrast<double>)) return false;
   if (strength != 0.0) entry.kind = ModeKind::kFirstOrder;
   entry.matter = PairsOf(FirstOrderMatterOf<double>(direction_, ValueOf(entry.index), strength));
   largest_chi_ = std::max(largest_chi_, std::hypot(entry.chi.real, entry.chi.imag) + std::abs(strength));
@@ -105,7 +98,7 @@ bool MatrixLanes::SetScalar(Value n, Value chi, MatrixEntry& entry) {
   entry.index = PairOf(n);
   entry.inverse = PairOf(1.0 / n);
   entry.chi = PairOf(chi);
-  entry.guarded = chi.imag() < 1e-13;
+  entry.guarded = chi.imag() < kGuardingAbsorption;
   largest_chi_ = std::max(largest_chi_, std::abs(chi));
   return true;
 }
@@ -126,7 +119,7 @@ bool MatrixLanes::SetTensor(const CLayer<double>& layer, double tolerance, Matri
     chi += std::abs(diagonal ? element - 1.0 : element);
     entry.tensor[i] = PairOf(element);
   }
-  if (!(chi < 3.0)) return false;
+  if (!(chi < kLargestContrast<double>)) return false;
   largest_chi_ = std::max(largest_chi_, chi);
   // What couples x with y and z parts the waves of a pair; both ways, or they stay one wave.
   const double turn2 =
@@ -142,7 +135,7 @@ bool MatrixLanes::SetGeometry(const Profile<double>& profile) {
     const MatrixEntry& above = entries_[static_cast<std::size_t>(j + 1)];
     entry.sigma = layer.layer_sigma;
     const double sigma_k0 = entry.sigma * stack_.k0;
-    if (!IsWithin(sigma_k0 * sigma_k0, 0.0, kMaxPhase / 4.0)) return false;
+    if (!IsWithin(sigma_k0 * sigma_k0, 0.0, kMaxPhase<double> / 4.0)) return false;
     roughness += 2.0 * sigma_k0 * sigma_k0;
     if (entry.kind == ModeKind::kScalar && above.kind == ModeKind::kScalar) {
       entry.along_index = PairOf(0.5 * ValueOf(above.index) * ValueOf(entry.inverse));
@@ -151,18 +144,18 @@ bool MatrixLanes::SetGeometry(const Profile<double>& profile) {
     if (stack_.first_order) entry.joint = JointOf(entry.matter, above.matter);
     if (j == 0) continue;
     entry.d = layer.layer_d;
-    if (!IsWithin(stack_.k0 * entry.d, 0.0, kMaxPhase)) return false;
+    if (!IsWithin(stack_.k0 * entry.d, 0.0, kMaxPhase<double>)) return false;
     const bool writes_propagation = entry.kind == ModeKind::kGeneral || entry.kind == ModeKind::kTetragonal;
     if (entry.d == 0.0 && !writes_propagation) return false;
   }
-  return roughness * largest_chi_ < kRange;
+  return roughness * largest_chi_ < kLargestGrowth<double>;
 }
 
-void MatrixLanes::Calculate(const Kernels& kernels, const double* s, std::int32_t count, double* first,
+void MatrixLanes::Calculate(const Kernels& kernels, std::span<const double> s, double* first,
                             double* second) const {
-  kernels.matrix(stack_, s, count, first, second);
-  for (std::int32_t i = 0; i < count; ++i) {
-    if (s[i] >= kSmallestSine) continue;
+  kernels.matrix(stack_, s.data(), static_cast<std::int32_t>(s.size()), first, second);
+  for (std::size_t i = 0; i < s.size(); ++i) {
+    if (s[i] >= kSmallestSineOfMatrix<double>) continue;
     first[i] = std::numeric_limits<double>::quiet_NaN();
     if (second != nullptr) second[i] = first[i];
   }

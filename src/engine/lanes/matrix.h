@@ -2,7 +2,7 @@
 // From a profile to the stack of the matrix kernels, and the judgement whether lanes may calculate it.
 #pragma once
 
-#include <cstdint>
+#include <span>
 #include <vector>
 
 #include "engine/algorithms/options.h"
@@ -23,10 +23,9 @@ class MatrixLanes {
   /// until Calculate.
   bool Prepare(const Profile<double>& profile, double k0, const IntensityOptions<double>& options);
 
-  /// Intensities of both rays at count angles, given as s = sin θ, 0 <= s <= 1; second may be null. The plain
-  /// path has to do each angle whose intensity is not finite.
-  void Calculate(const Kernels& kernels, const double* s, std::int32_t count, double* first,
-                 double* second) const;
+  /// Intensities of both rays at angles given as s = sin θ, 0 <= s <= 1; second may be null. The plain path
+  /// has to do each angle whose intensity is not finite.
+  void Calculate(const Kernels& kernels, std::span<const double> s, double* first, double* second) const;
 
  private:
   bool SetEntry(const CLayer<double>& layer, const IntensityOptions<double>& options, MatrixEntry& entry);

@@ -86,7 +86,8 @@ class InterfaceRoughness {
   Z exponent_[2], factor_[2];
 };
 
-/// An interface between first-order waves in closed form. Of what one unit of σ⁺, σ⁻, π⁺ and π⁻ below
+/// An interface between first-order waves in closed form, derived in
+/// docs/derivations/first_order_crossing.md. Of what one unit of σ⁺, σ⁻, π⁺ and π⁻ below
 /// (FirstOrderWaves) leaves above, ex hands on σ⁺ as it is, hx gives π⁺ from the others, ey and hy are two
 /// equations for σ⁻ and π⁻.
 template <class V>

@@ -33,19 +33,26 @@ struct MatrixModes {
     }
   }
 
+  /// An entry, and where its modes go.
+  struct Task {
+    const MatrixEntry& entry;
+    MatrixModes& modes;
+
+    bool IsOf(ModeKind kind) const { return entry.kind == kind; }
+  };
+
   /// Of two entries, which go side by side where both are of a kind whose roots and quotients keep the
   /// processor waiting.
-  static void CalculateTwo(const MatrixStack& stack, const MatrixEntry& one, MatrixModes& modes_of_one,
-                           const MatrixEntry& two, MatrixModes& modes_of_two,
+  static void CalculateTwo(const MatrixStack& stack, const Task& one, const Task& two,
                            const GrazingAngles<V>& angles) {
-    if (one.kind == ModeKind::kFirstOrder && two.kind == ModeKind::kFirstOrder) {
-      return CalcTwoFirstOrder(one, modes_of_one, two, modes_of_two, angles);
+    if (one.IsOf(ModeKind::kFirstOrder) && two.IsOf(ModeKind::kFirstOrder)) {
+      return CalcTwoFirstOrder(one, two, angles);
     }
-    if (one.kind == ModeKind::kGeneral && two.kind == ModeKind::kGeneral) {
-      return CalcTwoGeneral(one, modes_of_one, two, modes_of_two, angles);
+    if (one.IsOf(ModeKind::kGeneral) && two.IsOf(ModeKind::kGeneral)) {
+      return CalcTwoGeneral(one, two, angles);
     }
-    modes_of_one.Calculate(stack, one, angles);
-    modes_of_two.Calculate(stack, two, angles);
+    one.modes.Calculate(stack, one.entry, angles);
+    two.modes.Calculate(stack, two.entry, angles);
   }
 
   /// What the upper side of an interface needs besides.
@@ -88,20 +95,19 @@ struct MatrixModes {
     FinishGeneral(entry, angles, tensor, monic, quartic::StartOf<L>(monic));
   }
 
-  [[gnu::noinline]] static void CalcTwoGeneral(const MatrixEntry& one, MatrixModes& modes_of_one,
-                                               const MatrixEntry& two, MatrixModes& modes_of_two,
+  [[gnu::noinline]] static void CalcTwoGeneral(const Task& one, const Task& two,
                                                const GrazingAngles<V>& angles) {
-    const TensorOf tensor_of_one(one), tensor_of_two(two);
+    const TensorOf tensor_of_one(one.entry), tensor_of_two(two.entry);
     const auto a = modes::GeneralQuartic<L>(angles.cosine, tensor_of_one.element);
     const auto b = modes::GeneralQuartic<L>(angles.cosine, tensor_of_two.element);
     const quartic::MonicQuartic<Lanes<Twins<V>>> both = {Twin(a.A, b.A), Twin(a.B, b.B), Twin(a.C, b.C),
                                                          Twin(a.E, b.E)};
     const auto start = quartic::StartOf<Lanes<Twins<V>>>(both);
     const auto& z = start.z;
-    modes_of_one.FinishGeneral(one, angles, tensor_of_one, a,
-                               {{FirstOf(z[0]), FirstOf(z[1]), FirstOf(z[2]), FirstOf(z[3])}});
-    modes_of_two.FinishGeneral(two, angles, tensor_of_two, b,
-                               {{SecondOf(z[0]), SecondOf(z[1]), SecondOf(z[2]), SecondOf(z[3])}});
+    one.modes.FinishGeneral(one.entry, angles, tensor_of_one, a,
+                            {{FirstOf(z[0]), FirstOf(z[1]), FirstOf(z[2]), FirstOf(z[3])}});
+    two.modes.FinishGeneral(two.entry, angles, tensor_of_two, b,
+                            {{SecondOf(z[0]), SecondOf(z[1]), SecondOf(z[2]), SecondOf(z[3])}});
   }
 
   [[gnu::noinline]] void FinishGeneral(const MatrixEntry& entry, const GrazingAngles<V>& angles,
@@ -115,13 +121,12 @@ struct MatrixModes {
     }
   }
 
-  [[gnu::noinline]] static void CalcTwoFirstOrder(const MatrixEntry& one, MatrixModes& modes_of_one,
-                                                  const MatrixEntry& two, MatrixModes& modes_of_two,
+  [[gnu::noinline]] static void CalcTwoFirstOrder(const Task& one, const Task& two,
                                                   const GrazingAngles<V>& angles) {
-    modes_of_one.SetRoot(one, angles);
-    modes_of_two.SetRoot(two, angles);
-    modes_of_one.SetFirstOrder(one, angles);
-    modes_of_two.SetFirstOrder(two, angles);
+    one.modes.SetRoot(one.entry, angles);
+    two.modes.SetRoot(two.entry, angles);
+    one.modes.SetFirstOrder(one.entry, angles);
+    two.modes.SetFirstOrder(two.entry, angles);
   }
 
   [[gnu::noinline]] void CalcFirstOrder(const MatrixEntry& entry, const GrazingAngles<V>& angles) {

@@ -18,7 +18,7 @@ struct Pair {
 
 /// Which fields one unit of σ⁺ and of π⁺ below an interface (FirstOrderWaves) leave for the waves above it,
 /// once ex and hx are continuous; per power of the cosine c of the grazing angle. n, ey_pi and hy_pi are
-/// those above.
+/// those above. Derived in docs/derivations/first_order_joint.md.
 struct FirstOrderJoint {
   Pair ey_of_sigma;  ///< c² ey_of_sigma
   Pair hy_of_sigma;  ///< c hy_of_sigma

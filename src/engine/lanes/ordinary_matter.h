@@ -4,6 +4,8 @@
 
 #include <cmath>
 
+#include "engine/lanes/limits.h"
+
 namespace tolvik::engine::lanes {
 
 /// Whether x lies between the bounds, both included; false for a NaN.
@@ -15,13 +17,13 @@ bool IsWithin(T x, T low, T high) {
 /// Real part of an index or of its square.
 template <class T>
 bool IsRefraction(T x) {
-  return IsWithin(x, T(0.5), T(1.5));
+  return IsWithin(x, kSmallestRefraction<T>, kLargestRefraction<T>);
 }
 
 /// Imaginary part of an index or of its square: not negative, and not -0.
 template <class T>
 bool IsAbsorption(T x) {
-  return IsWithin(x, T(0.0), T(0.5)) && !std::signbit(x);
+  return IsWithin(x, T(0.0), kLargestAbsorption<T>) && !std::signbit(x);
 }
 
 }  // namespace tolvik::engine::lanes

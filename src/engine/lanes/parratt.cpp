@@ -7,26 +7,12 @@
 #include <type_traits>
 
 #include "engine/algorithms/modes.tpp"
+#include "engine/lanes/limits.h"
 #include "engine/lanes/ordinary_matter.h"
 #include "engine/lanes/parratt_entry.h"
 #include "engine/lanes/parratt_repeats.h"
 
 namespace tolvik::engine::lanes {
-
-namespace {
-
-// Limits of the kernels' sine (functions.h), halved: |w| stays below 2.
-template <class T>
-constexpr T kMaxPhase = std::is_same_v<T, double> ? T(5e5) : T(5e3);
-
-// |w²|² of the vacuum is s⁴, which must not underflow.
-template <class T>
-constexpr T kSmallestSine = std::is_same_v<T, double> ? T(1e-75) : T(1e-9);
-
-template <class T>
-constexpr T kMaxExponent = std::is_same_v<T, double> ? T(80) : T(10);
-
-}  // namespace
 
 template <class T>
 bool ParrattLanes<T>::Prepare(const Profile<T>& profile, T k0, bool magnetic) {
@@ -60,18 +46,18 @@ bool ParrattLanes<T>::PrepareMatrix(const Profile<T>& profile, T k0, bool tensor
   }
   if (!PrepareEntries(profile, k0)) return false;
   // Neither the growing waves nor the roughness factors of a whole stack may come near the range of T.
-  const T range = std::is_same_v<T, double> ? T(100.0) : T(10.0);
+  const T range = kLargestGrowth<T>;
   T roughness(0.0);
   for (const ParrattEntry<T>& entry : entries_) roughness += entry.roughness;
   stack_.largest_growth = T(2.0) * range;
-  stack_.smallest_sine = T(1.001e-4);  // the matrix algorithms bound the angle by 1e-4
+  stack_.smallest_sine = kSmallestSineOfMatrix<T>;
   return stack_.tame && near_vacuum_ && roughness * largest_chi_ < range;
 }
 
 template <class T>
 bool ParrattLanes<T>::PrepareEntries(const Profile<T>& profile, T k0) {
   const std::int32_t n = profile.size;
-  if (n < 2 || !IsWithin(k0, T(1e-5), T(1e5))) return false;
+  if (n < 2 || !IsWithin(k0, kSmallestWavenumber<T>, kLargestWavenumber<T>)) return false;
   T largest_roughness(0.0), contrast_below(0.0);
   largest_chi_ = T(0.0);
   stack_.shifted = false;
@@ -92,32 +78,19 @@ bool ParrattLanes<T>::PrepareEntries(const Profile<T>& profile, T k0) {
     entry.rough = layer.layer_sigma != T(0.0);
     entry.roughness = T(2.0) * sigma_k0 * sigma_k0;
     entry.phase = j > 0 ? T(2.0) * k0 * layer.layer_d : T(0.0);
-    if (!IsWithin(entry.roughness, T(0.0), T(1e20)) || !IsWithin(entry.phase, T(0.0), kMaxPhase<T>))
+    if (!IsWithin(entry.roughness, T(0.0), kLargestRoughness<T>) ||
+        !IsWithin(entry.phase, T(0.0), kMaxPhase<T>))
       return false;
     largest_roughness = std::max(largest_roughness, entry.roughness);
   }
   // |w|² <= 1 + |n² - 1|, and the real part of a product of two w is at least -|n² - 1|.
   stack_.tame = largest_roughness * (T(1.0) + largest_chi_) < kMaxPhase<T> &&
-                largest_roughness * largest_chi_ < kMaxExponent<T>;
-  near_vacuum_ = largest_chi_ < T(0.2);
+                largest_roughness * largest_chi_ < kLargestExponent<T>;
+  near_vacuum_ = largest_chi_ < kLargestContrast<T>;
   stack_.entry = entries_.data();
   stack_.entries = n;
   stack_.shared = NumberEqualEntries(std::span(entries_));
   return true;
-}
-
-template <class T>
-bool ParrattLanes<T>::Calculate(const Kernels& kernels, const T* s, std::int32_t count, RayShares<T> ray,
-                                T* intensity) {
-  const ParrattRay<T> rays[] = {{ray.sigma, ray.pi, intensity}};
-  return CalcRays(kernels, s, count, rays);
-}
-
-template <class T>
-bool ParrattLanes<T>::CalculateBoth(const Kernels& kernels, const T* s, std::int32_t count, RayShares<T> one,
-                                    T* first, RayShares<T> two, T* second) {
-  const ParrattRay<T> rays[] = {{one.sigma, one.pi, first}, {two.sigma, two.pi, second}};
-  return CalcRays(kernels, s, count, rays);
 }
 
 template <class T>
@@ -140,15 +113,15 @@ void ParrattLanes<T>::SetWanted(std::span<const ParrattRay<T>> rays) {
 }
 
 template <class T>
-bool ParrattLanes<T>::CalcRays(const Kernels& kernels, const T* s, std::int32_t count,
-                               std::span<const ParrattRay<T>> rays) {
+bool ParrattLanes<T>::Calculate(const Kernels& kernels, std::span<const T> s,
+                                std::span<const ParrattRay<T>> rays) {
   stack_.senses = stack_.shifted && rays.size() == 2 ? 2 : 1;
   SetWanted(rays);
-  const auto ray_count = static_cast<std::int32_t>(rays.size());
+  const auto count = static_cast<std::int32_t>(s.size()), ray_count = static_cast<std::int32_t>(rays.size());
   if constexpr (std::is_same_v<T, float>) {
-    return kernels.parratt_float(stack_, s, count, rays.data(), ray_count);
+    return kernels.parratt_float(stack_, s.data(), count, rays.data(), ray_count);
   } else {
-    return kernels.parratt_double(stack_, s, count, rays.data(), ray_count);
+    return kernels.parratt_double(stack_, s.data(), count, rays.data(), ray_count);
   }
 }
 

@@ -11,12 +11,6 @@
 
 namespace tolvik::engine::lanes {
 
-/// Squared moduli of a ray's sigma and pi parts.
-template <class T>
-struct RayShares {
-  T sigma, pi;
-};
-
 /// The recursion of Parratt by lanes, for float and double.
 ///
 /// Lanes take stacks of ordinary matter: 0.5 <= 1 - delta <= 1.5, 0 <= beta <= 0.5 and not -0, thicknesses
@@ -35,18 +29,13 @@ class ParrattLanes {
   /// for an entry that is not scalar within the tolerance, and for a slab without thickness.
   bool PrepareMatrix(const Profile<T>& profile, T k0, bool tensors, T tolerance);
 
-  /// |Y|² ray.sigma + |X|² ray.pi with the amplitude ratios Y of sigma and X of pi, at count angles given as
-  /// s = sin θ, 0 <= s <= 1. The plain path has to do each angle whose intensity is not finite; true when
-  /// there is none.
-  bool Calculate(const Kernels& kernels, const T* s, std::int32_t count, RayShares<T> ray, T* intensity);
-
-  /// The same for two rays. The second one sees the magnetic shift the other way round.
-  bool CalculateBoth(const Kernels& kernels, const T* s, std::int32_t count, RayShares<T> one, T* first,
-                     RayShares<T> two, T* second);
+  /// |Y|² ray.sigma + |X|² ray.pi with the amplitude ratios Y of sigma and X of pi, at angles given as
+  /// s = sin θ, 0 <= s <= 1, of one ray or two. The second one sees the magnetic shift the other way round.
+  /// The plain path has to do each angle whose intensity is not finite; true when there is none.
+  bool Calculate(const Kernels& kernels, std::span<const T> s, std::span<const ParrattRay<T>> rays);
 
  private:
   bool PrepareEntries(const Profile<T>& profile, T k0);
-  bool CalcRays(const Kernels& kernels, const T* s, std::int32_t count, std::span<const ParrattRay<T>> rays);
   void SetWanted(std::span<const ParrattRay<T>> rays);
 
   std::vector<ParrattEntry<T>> entries_;

@@ -6,6 +6,7 @@
 #include <complex>
 #include <type_traits>
 
+#include "engine/lanes/limits.h"
 #include "engine/lanes/ordinary_matter.h"
 #include "engine/lanes/parratt_stack.h"
 #include "engine/profile/layer.h"
@@ -49,7 +50,8 @@ bool SetShift(const CLayer<T>& layer, ParrattEntry<T>& entry) {
   entry.ddelta = layer.layer_ddelta;
   entry.dbeta = layer.layer_dbeta;
   entry.shifted = entry.ddelta != T(0.0) || entry.dbeta != T(0.0);
-  return IsWithin(entry.ddelta, T(-0.1), T(0.1)) && IsWithin(entry.dbeta, T(-0.1), T(0.1));
+  return IsWithin(entry.ddelta, -kLargestShift<T>, kLargestShift<T>) &&
+         IsWithin(entry.dbeta, -kLargestShift<T>, kLargestShift<T>);
 }
 
 /// Largest |n² - 1| of an entry at any angle.
@@ -76,7 +78,10 @@ template <class T>
 bool MayVanishOnTop(const ParrattEntry<T>& below, const ParrattEntry<T>& ambient) {
   if (!std::is_same_v<T, float> || below.shifted || ambient.shifted) return true;
   const T step = std::hypot(ambient.chi_real - below.chi_real, ambient.chi_imag - below.chi_imag);
-  return step * step < T(16.0) * kSmallestModulus2<T> || below.roughness * below.roughness * step > T(100.0);
+  // With |w²| at its limit of 2.4e-7 in the ambient, the next |w²| is four times that or more, and the
+  // exponent of the roughness factor, roughness |w w'| / 2, stays below 0.0025.
+  const T smallest_step2 = T(16.0) * kSmallestModulus2<T>, largest_exponent2 = T(100.0);
+  return step * step < smallest_step2 || below.roughness * below.roughness * step > largest_exponent2;
 }
 
 }  // namespace tolvik::engine::lanes

@@ -46,7 +46,7 @@ class ParrattRatios : protected ParrattWaves<V, registers> {
 
   // Brings the ratios to scale now and then, after the interface above entry j.
   void RescaleAfter(std::int32_t j) {
-    if (j % kRescaleEvery != kRescaleEvery - 1) return;
+    if (j % kRescaleEvery<Scalar> != kRescaleEvery<Scalar> - 1) return;
     if (wants_sigma_) Rescale(sigma_);
     if (wants_pi_) Rescale(pi_);
   }
@@ -84,8 +84,6 @@ class ParrattRatios : protected ParrattWaves<V, registers> {
  private:
   using Base::Doubt;
   using Base::doubtful_, Base::growth_, Base::s_, Base::smallest2_;
-
-  static constexpr int kRescaleEvery = sizeof(Scalar) == 8 ? 16 : 4;
 
   // Brings |D| near 1 by a power of two, which rounds nothing.
   [[gnu::noinline]] void Rescale(Ratio& ratio) {

@@ -4,12 +4,11 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "engine/lanes/limits.h"
+
 namespace tolvik::engine::lanes {
 
 namespace {
-
-// In a shorter stack there is nothing to gain.
-constexpr std::int32_t kFewestShared = 6;
 
 template <class T>
 bool IsSameWave(const ParrattEntry<T>& a, const ParrattEntry<T>& b) {

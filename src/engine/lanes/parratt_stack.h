@@ -26,15 +26,6 @@ struct ParrattEntry {
   std::int8_t interface;              ///< and interfaces of equal sides and roughness
 };
 
-/// Smallest |w²|² that the plain form does not drown in the rounding errors of n² - cos²θ.
-template <class Scalar>
-inline constexpr Scalar kSmallestModulus2 = sizeof(Scalar) == 8 ? Scalar(1e-28) : Scalar(6e-14);
-
-/// Largest phase of a roughness factor that takes the short sine. With the mean m and half the difference h
-/// of n² - 1 on both sides the product of the w is s² + m - r with |r| <= |h|, since (s² + m)² - h² is its
-/// square.
-inline constexpr double kShortRoughnessPhase = 0.125;
-
 /// Most different waves, passages or interfaces of a shared stack.
 inline constexpr int kMaxShared = 16;
 
@@ -59,7 +50,7 @@ struct ParrattStack {
   Scalar largest_growth;
   Scalar smallest_sine;  ///< angles below go to the plain path
 
-  // From the rays, by Calculate and CalculateBoth, anew at each call.
+  // From the rays, by Calculate, anew at each call.
   std::int32_t senses;  ///< 2 if shifted and two rays: the second one sees the shift the other way round
   bool wants_sigma[2];  ///< in each of the senses; at least one polarisation is wanted in each
   bool wants_pi[2];

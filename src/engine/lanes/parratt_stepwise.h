@@ -28,11 +28,11 @@ class ParrattStepwise : protected ParrattRatios<V> {
       const Complex& E = j > 0 ? PassageOf(lower, *below, places) : passage_[0];
       if (j > 0) AddGrowth(lower.phase, *below);
       const Complex& F = lower.rough ? FactorOf(lower, upper, *below, *above, places) : factor_[0];
-      if (wants_sigma_) AddInterface<Coefficient::kSigma>(lower.rough, j == 0, *below, *above, F, E, sigma_);
+      const Interface at{*below, *above, F, E, lower.rough, j == 0};
+      if (wants_sigma_) AddInterface<Coefficient::kSigma>(at, sigma_);
       if (wants_pi_) {
-        stack_.shifted
-            ? AddInterface<Coefficient::kPiOfShifted>(lower.rough, j == 0, *below, *above, F, E, pi_)
-            : AddInterface<Coefficient::kPi>(lower.rough, j == 0, *below, *above, F, E, pi_);
+        stack_.shifted ? AddInterface<Coefficient::kPiOfShifted>(at, pi_)
+                       : AddInterface<Coefficient::kPi>(at, pi_);
       }
       RescaleAfter(j);
       below = above;
@@ -43,20 +43,26 @@ class ParrattStepwise : protected ParrattRatios<V> {
   using Base::AddGrowth, Base::CalcPassage, Base::CalcRoughness, Base::CalcWave, Base::RescaleAfter;
   using Base::pi_, Base::sigma_, Base::sign_, Base::stack_, Base::used_, Base::wants_pi_, Base::wants_sigma_;
 
+  // An interface, and the passage through the entry below it.
+  struct Interface {
+    const Wave &below, &above;
+    const Complex &F, &E;
+    bool rough, first;
+  };
+
   template <Coefficient kind, bool rough, bool first>
-  [[gnu::noinline]] void Step(const Wave& below, const Wave& above, const Complex& F, const Complex& E,
-                              Ratio& ratio) {
+  [[gnu::noinline]] void Step(const Interface& at, Ratio& ratio) {
     for (int i = 0; i < used_; ++i) {
       Z lower, upper;
-      Base::template Sides<kind>(below, above, i, lower, upper);
+      Base::template Sides<kind>(at.below, at.above, i, lower, upper);
       const Z q = upper + lower;
       Z t = upper - lower;
-      if constexpr (rough) t = t * F[i];
+      if constexpr (rough) t = t * at.F[i];
       if constexpr (first) {
         ratio.n.Set(i, t);
         ratio.d.Set(i, q);
       } else {
-        const Z n = ratio.n[i] * E[i];
+        const Z n = ratio.n[i] * at.E[i];
         const Z d = ratio.d[i];
         ratio.n.Set(i, MulAdd(q, n, t * d));
         ratio.d.Set(i, MulAdd(t, n, q * d));
@@ -65,14 +71,11 @@ class ParrattStepwise : protected ParrattRatios<V> {
   }
 
   template <Coefficient kind>
-  void AddInterface(bool rough, bool first, const Wave& below, const Wave& above, const Complex& F,
-                    const Complex& E, Ratio& ratio) {
-    if (first) {
-      rough ? Step<kind, true, true>(below, above, F, E, ratio)
-            : Step<kind, false, true>(below, above, F, E, ratio);
+  void AddInterface(const Interface& at, Ratio& ratio) {
+    if (at.first) {
+      at.rough ? Step<kind, true, true>(at, ratio) : Step<kind, false, true>(at, ratio);
     } else {
-      rough ? Step<kind, true, false>(below, above, F, E, ratio)
-            : Step<kind, false, false>(below, above, F, E, ratio);
+      at.rough ? Step<kind, true, false>(at, ratio) : Step<kind, false, false>(at, ratio);
     }
   }
 

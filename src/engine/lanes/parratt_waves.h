@@ -4,6 +4,7 @@
 #pragma once
 
 #include "engine/lanes/block.h"
+#include "engine/lanes/limits.h"
 #include "engine/lanes/parratt_stack.h"
 
 namespace tolvik::engine::lanes {
@@ -104,7 +105,7 @@ class ParrattWaves {
     for (int i = 0; i < used_; ++i) {
       const Z exponent = quarter * (below.v[i] * above.v[i]);
       const Mask<V> vanishes = exponent.real() < L(Scalar(1.1) * C::exp_lowest);
-      Doubt(i, !(exponent.real() < L(kLargestExponent)));
+      Doubt(i, !(exponent.real() < L(kLargestExponent<Scalar>)));
       Doubt(i, !(abs(exponent.imag()) < L(C::max_phase)) && !vanishes);
     }
   }
@@ -125,8 +126,7 @@ class ParrattWaves {
   }
 
  private:
-  // Largest exponent of a roughness factor that is sure not to overflow on the way.
-  static constexpr Scalar kLargestExponent = sizeof(Scalar) == 8 ? Scalar(80) : Scalar(10);
+  static_assert(Scalar(2) * kMaxPhase<Scalar> <= FunctionConstants<Scalar>::max_phase);
   static_assert(Scalar(kShortRoughnessPhase) <= FunctionConstants<Scalar>::short_phase);
 
   // 2 sqrt(z) and |2 z|² of a z in the upper half of the plane, given as 2 z = x + i y.

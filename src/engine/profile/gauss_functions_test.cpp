@@ -41,8 +41,8 @@ Profile<double> Sliced(std::initializer_list<CGaussFunction> functions, std::int
   CArray<CGaussFunction> list;
   for (const CGaussFunction& function : functions) list.Append(function);
   auto profile = Stack();
-  SegmentProfile(profile, list, LayerSegmentationMode::kSlices, magnetizationmode, SegmentationModel::kSteps,
-                 {0.5, 0.5, 0});
+  SegmentProfile(profile, list, LayerSegmentationMode::kSlices, magnetizationmode,
+                 {0.5, 0.5, 0, SegmentationModel::kSteps});
   return profile;
 }
 
@@ -81,7 +81,7 @@ TEST(GaussFunctions, AddNoMomentToALayerWithout) {
   auto profile = MakeProfile<double>({{0, 0.02, 0.01, 3}, {50, 0.05, 0.02, 4}, {}});
   CArray<CGaussFunction> list;
   list.Append(Gaussian(5, 5, 20, 6));
-  SegmentProfile(profile, list, 1, 2, 2, {0.5, 0.5, 0});
+  SegmentProfile(profile, list, 1, 2, {0.5, 0.5, 0, 2});
   for (const auto& slice : profile) EXPECT_EQ(slice.layer_ddelta, 0.0);
 }
 

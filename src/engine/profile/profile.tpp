@@ -38,9 +38,9 @@ void PrepareProfile(const CState& state, Profile<T>& profile) {
     profile_detail::ConvertLayer<T>(state.layers[i], profile[i]);
   }
   StackHeights(profile);
-  SegmentProfile(profile, state.gaussfunctions, state.layersegmentationmode, state.magnetizationmode,
-                 state.segmentationmodel,
-                 {state.minlayerthickness, state.maxlayerthickness, state.gradientscale});
+  SegmentProfile(
+      profile, state.gaussfunctions, state.layersegmentationmode, state.magnetizationmode,
+      {state.minlayerthickness, state.maxlayerthickness, state.gradientscale, state.segmentationmodel});
 }
 
 }  // namespace tolvik::engine

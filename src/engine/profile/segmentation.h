@@ -9,23 +9,24 @@
 
 namespace tolvik::engine {
 
-/// Bounds of one slice, Å, and the scale of the rule that makes slices thin where the profile is steep.
+/// Bounds of one slice, Å, the scale of the rule that makes slices thin where the profile is steep, and the
+/// segmentationmodel that gives their values (ProfileSampler).
 struct SliceRule {
   double minlayerthickness = 0;  ///< wins where the bounds cross
   double maxlayerthickness = 0;
   double gradientscale = 0;
+  std::int32_t model = 0;
 };
 
 /// Replaces the profile by slices of the stack and applies the gauss functions to them, unless
 /// layersegmentationmode is kRoughInterfaces. The gauss functions are read with magnetizationmode
-/// kGaussFunctions only. segmentationmodel as in ProfileSampler. A stack whose range ends below its begin
-/// gives an empty profile; a single entry does not change. Never returns when the slices have no thickness:
-/// with minlayerthickness 0 and gradientscale or maxlayerthickness 0. Throws std::bad_alloc when the slices
-/// need more than 2 GiB.
+/// kGaussFunctions only. A stack whose range ends below its begin gives an empty profile; a single entry does
+/// not change. Never returns when the slices have no thickness: with minlayerthickness 0 and gradientscale or
+/// maxlayerthickness 0. Throws std::bad_alloc when the slices need more than 2 GiB.
 template <class T>
 void SegmentProfile(Profile<T>& profile, const CArray<CGaussFunction>& gaussfunctions,
                     std::int32_t layersegmentationmode, std::int32_t magnetizationmode,
-                    std::int32_t segmentationmodel, const SliceRule& rule);
+                    const SliceRule& rule);
 
 /// Appends to slices those of a profile of two entries or more, heights and values. The ambient of profile is
 /// moved away: its layer_z becomes 1e100 and its layer_sigma 1e-10.

@@ -97,11 +97,11 @@ void CalcSliceGrid(Profile<T>& profile, std::int32_t model, const T& min, const 
 template <class T>
 void SegmentProfile(Profile<T>& profile, const CArray<CGaussFunction>& gaussfunctions,
                     std::int32_t layersegmentationmode, std::int32_t magnetizationmode,
-                    std::int32_t segmentationmodel, const SliceRule& rule) {
+                    const SliceRule& rule) {
   if (layersegmentationmode == LayerSegmentationMode::kRoughInterfaces || profile.size < 2) return;
   StackHeights(profile);
   Profile<T> slices;
-  CalcSliceGrid<T>(profile, segmentationmodel, T(rule.minlayerthickness), T(rule.maxlayerthickness),
+  CalcSliceGrid<T>(profile, rule.model, T(rule.minlayerthickness), T(rule.maxlayerthickness),
                    T(rule.gradientscale), slices);
   for (std::int32_t i = 1; i < slices.size; ++i)
     slices[i].layer_d = slices[i].layer_z - slices[i - 1].layer_z;

@@ -21,8 +21,9 @@ const Slab kVacuum;
 const CArray<CGaussFunction> kNoFunctions;
 
 template <class T>
-Profile<T> Slice(Profile<T> profile, const SliceRule& rule, std::int32_t model = 2) {
-  SegmentProfile(profile, kNoFunctions, 1, 0, model, rule);
+Profile<T> Slice(Profile<T> profile, SliceRule rule, std::int32_t model = 2) {
+  rule.model = model;
+  SegmentProfile(profile, kNoFunctions, 1, 0, rule);
   return profile;
 }
 
@@ -35,7 +36,7 @@ TEST(Segmentation, ModeZeroLeavesTheStackAlone) {
   CArray<CGaussFunction> functions;
   functions.Append(CGaussFunction());
   functions[0].gauss_delta = 5;
-  SegmentProfile(profile, functions, 0, 2, 2, {1, 1, 0});
+  SegmentProfile(profile, functions, 0, 2, {1, 1, 0, 2});
   ASSERT_EQ(profile.size, 3);
   EXPECT_EQ(profile[1].layer_ddelta, 0.003);
   EXPECT_EQ(profile[2].layer_z, 50.0);

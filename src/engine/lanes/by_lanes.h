@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The batch of angles of a curve, by lanes where they can.
+// A batch of angles, by lanes where they can.
 #pragma once
 
 #include <concepts>
-#include <cstdint>
 
+#include "engine/algorithms/angle_batch.h"
 #include "engine/lanes/matrix.h"
 #include "engine/lanes/parratt.h"
-#include "engine/profile/layer.h"
 
 namespace tolvik::engine::lanes {
 
@@ -15,17 +14,17 @@ namespace tolvik::engine::lanes {
 template <class T>
 concept HasLanes = std::same_as<T, float> || std::same_as<T, double>;
 
-/// Work space, kept over a curve.
+/// Work space, kept from batch to batch.
 template <class T>
-struct BatchWork {};
+struct LanesWork {};
 
 template <>
-struct BatchWork<float> {
+struct LanesWork<float> {
   ParrattLanes<float> parratt;
 };
 
 template <>
-struct BatchWork<double> {
+struct LanesWork<double> {
   ParrattLanes<double> parratt;
   MatrixLanes matrix;
 };
@@ -38,9 +37,8 @@ enum class LanesLeave {
   kAll         ///< the whole batch
 };
 
-/// Intensities of both rays, as CalcIntensities (engine/curve/intensity.h) describes; second may be null.
+/// Intensities of a batch, as CalcIntensities (engine/curve/intensity.h) describes.
 template <HasLanes T>
-LanesLeave CalcByLanes(const Profile<T>& profile, T k0, const IntensityOptions<T>& options,
-                       std::int32_t count, const T* s, T* first, T* second, BatchWork<T>& work);
+LanesLeave CalcByLanes(const AngleBatch<T>& batch, LanesWork<T>& work);
 
 }  // namespace tolvik::engine::lanes
