@@ -9,12 +9,12 @@
 
 namespace tolvik::engine {
 
-/// Brings the state up to date (optical tables, script), builds the profile and calculates dataset_R0 on the
+/// Updates the state (optical tables, script), builds the profile and calculates dataset_R0 on the
 /// grid dataset_qz in the number type T. The exact path calculates nine samples of the resolution for each
 /// point; with fastresolution the curve is calculated once, into dataset_Rp, and folded.
 /// Returns 1, also after the silent stop of the exact path: at a sample with |qz / (2 k0)| >= 1 or NaN, or at
-/// an exception of algorithm 0 or 1, the curve ends as it is then, without the finishing step. Returns 2 on
-/// the fast path for a point with |qz / (2 k0)| >= 1. An exception of algorithm 2 travels on.
+/// an exception of algorithm 0 or 1, the curve ends there, without the finishing step. Returns 2 on the fast
+/// path for a point with |qz / (2 k0)| >= 1. An exception of algorithm 2 reaches the caller.
 template <class T>
 std::int32_t CalcReflectivityCurve(CSolution& solution, CState& state);
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// What an exception in mid-curve leaves behind, shown by a number type whose square roots run out.
+// The curve after an exception in its middle, tested by a number type whose square roots run out.
 #include <gtest/gtest.h>
 
 #include <stdexcept>
@@ -98,7 +98,7 @@ TEST(CurveException, KeepsThePartialSumOfItsPoint) {
   EXPECT_EQ(cut.dataset_R0[1], 1.0);
 }
 
-// Both happen: the exception comes first in the walk over the samples and decides.
+// Both happen: the exception is first in the order of the samples and decides.
 TEST(CurveException, ComesBeforeALaterPointOutOfReach) {
   CState state = Substrate();
   CSolution cut = testing::MakeGrid({0.1, 0.2, 9.0});
@@ -125,7 +125,7 @@ TEST(CurveException, EndsTheFastPathWithWhatWasDone) {
   EXPECT_EQ(cut.dataset_R0, testing::MakeGrid({1, 1, 1}).dataset_qz) << "neither folded nor finished";
 }
 
-// Algorithm 2 keeps no guard of its own: the caller gets the exception, with the curve as it was then.
+// Algorithm 2 does not catch: the caller gets the exception, with the unfinished curve.
 TEST(CurveException, TravelsOutOfAlgorithmTwo) {
   CState state = Substrate();
   for (int algorithm : {Algorithm::kMatrixOne, Algorithm::kMatrixTwo}) {

@@ -83,7 +83,7 @@ TYPED_TEST(Curve, TheResolutionSumsNineSamples) {
   }
 }
 
-// Nine samples at almost one place weigh 0.999999; a smaller resolution leaves the bare value.
+// Nine samples at almost one place weigh 0.999999; a smaller resolution gives the plain value.
 TYPED_TEST(Curve, NineSamplesBeginAtOneTenBillionth) {
   using T = TypeParam;
   CState state = Film();
@@ -142,7 +142,7 @@ TYPED_TEST(Curve, TheExactPathLeavesRpAlone) {
 
 TYPED_TEST(Curve, APointOutOfReachEndsTheExactPathSilently) {
   CState state = Film();
-  state.mulqz4 = 1;  // the finishing step does not run any more
+  state.mulqz4 = 1;  // the finishing step is not done any more
   CSolution solution = MakeGrid({0.1, 9.0, 0.2});
   EXPECT_EQ(this->Calculate(solution, state), ReturnCode::kSuccess);
   EXPECT_EQ(solution.dataset_R0[0], this->Direct(state, 0.1));
@@ -162,8 +162,8 @@ TYPED_TEST(Curve, AnySampleOutOfReachStopsTheCurve) {
   EXPECT_EQ(solution.dataset_R0[2], 1.0);
 }
 
-// With r huge, sample 0 is in reach, sample 1 negative and left out, and so on; a grid far below zero brings
-// the upper samples into reach and keeps all others out without an angle.
+// With a huge r, sample 0 is in reach, sample 1 negative and left out, and so on; on a grid far below zero
+// the upper samples are in reach and all others have no angle.
 TYPED_TEST(Curve, ASampleBelowMinusTwoK0StopsExceptInMpfr) {
   using T = TypeParam;
   CState state = Film();
@@ -232,7 +232,7 @@ TYPED_TEST(Curve, TheFastPathFoldsTheBareCurve) {
   for (int i = 0; i < 300; ++i) {
     const double bare = this->Direct(state, solution.dataset_qz[i]);
     EXPECT_EQ(solution.dataset_Rp[i], bare);
-    // Reads at a grid point come as a + (b - a), so the neighbour's rounding counts.
+    // A read at a grid point is a + (b - a), so the rounding of the neighbour enters.
     const double scale = std::max(bare, i > 0 ? solution.dataset_Rp[i - 1] : bare);
     EXPECT_NEAR(solution.dataset_R0[i], 0.999999 * bare, 8 * Epsilon<T>() * scale);
   }
@@ -316,7 +316,7 @@ TEST(CurveDispatch, AnUnknownPrecisionIsDouble) {
   }
 }
 
-// The number types give different last digits, so each precision is seen to have its own.
+// The number types give different last digits, which shows that each precision has its own.
 TEST(CurveDispatch, EachPrecisionHasItsOwnNumberType) {
   CSolution curves[4];
   for (int precision = 0; precision < 4; ++precision) {

@@ -77,7 +77,7 @@ TYPED_TEST(DicEScan, APointOutOfReachEndsTheScanWithCodeTwo) {
   EXPECT_EQ(scan.dataset_Rm[2], 1.0);
 }
 
-// The choice of a map's wavelength is that of plain scans alone.
+// Only plain scans read the choice of a map's wavelength.
 TYPED_TEST(DicEScan, KeepLambdaIsNotRead) {
   CState state = Sample();
   state.maprange.keeplambda = 1;

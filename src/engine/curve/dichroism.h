@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Dichroism: the reflectivity of two polarisations, or of two opposite magnetisations.
 //
-// dataset_Rp is the first ray with the magnetisation as it is, dataset_Rm the second ray; in algorithm 0 the
-// second ray sees the magnetisation reversed. The finishing step takes dataset_A = (Rp - Rm) / (Rp + Rm).
+// dataset_Rp is the first ray with the magnetisation of the state, dataset_Rm the second ray; in algorithm 0
+// the magnetisation is reversed for the second ray. The finishing step calculates dataset_A = (Rp - Rm) / (Rp
+// + Rm).
 #pragma once
 
 #include <cstdint>
@@ -22,7 +23,7 @@ template <Number T>
 std::int32_t CalcDichroicPoint(const CState& state, Profile<T>& profile, std::int32_t i, const T& k0,
                                CSolution& solution);
 
-/// The same for exactly one sample at the point's qz, whatever the resolution.
+/// The same for exactly one sample at the point's qz, without the resolution.
 template <Number T>
 std::int32_t CalcDichroicPointFast(const CState& state, Profile<T>& profile, std::int32_t i, const T& k0,
                                    CSolution& solution);

@@ -145,7 +145,7 @@ TYPED_TEST(Dichroism, OneSampleOutOfReachRefusesThePoint) {
   EXPECT_EQ(above.dataset_Rp[0], 1.0);
 }
 
-// λ = 4π gives k0 = 0.5, so that s is qz to the last digit of every number type but the rounding of λ.
+// λ = 4π gives k0 = 0.5, so that s is qz to the last digit of every number type except for the rounding of λ.
 TYPED_TEST(Dichroism, SineOneIsReachedBySamplesButNotOnTheFastPath) {
   using T = TypeParam;
   CState state = Film(1);

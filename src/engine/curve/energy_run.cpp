@@ -12,14 +12,14 @@
 namespace tolvik::engine {
 namespace {
 
-/// Numbers the different energies in the order in which they first come. By their bits: the two zeros are two
+/// Numbers the different energies in the order of their first points. By their bits: the two zeros are two
 /// energies, and a NaN is one.
 class EnergyNumbers {
  public:
   std::int32_t NumberOf(double energy) {
     const auto bits = std::bit_cast<std::uint64_t>(energy);
     if (IsAt(last_, bits)) return last_;
-    // A grid goes through its energies again and again.
+    // A grid repeats its energies again and again.
     const std::int32_t next = last_ + 1 < Count() ? last_ + 1 : 0;
     last_ = IsAt(next, bits) ? next : Find(bits);
     return last_;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Points of a scan that share one energy.
 //
-// A scan brings tables, tensors and profile to the energy of each point. In a map hundreds of points share an
-// energy, and one profile serves them all.
+// A scan evaluates tables, tensors and profile at the energy of each point. In a map hundreds of points share
+// an energy and need only one profile.
 #pragma once
 
 #include <cstdint>
@@ -20,16 +20,16 @@ struct EnergyRun {
 
 /// All points of a scan, ordered by their energies.
 struct EnergyRuns {
-  std::vector<std::int32_t> points;  ///< indices into the scan; the order of equal energies stays
+  std::vector<std::int32_t> points;  ///< indices into the scan; points of equal energy keep their order
   std::vector<EnergyRun> runs;       ///< the energies in the order of their first points
 };
 
-/// Whether the order of points is of no consequence: no script that remembers, a wavelength of its own for
-/// each point, and tables that give every energy the same values at any time.
+/// Whether the order of points has no effect: no script that remembers, a wavelength of its own for each
+/// point, and tables whose values depend on the energy only.
 bool MayReorderPoints(const CState& state);
 
-/// Collects the points of equal energies in runs of at most longest points. False, with nothing of use in
-/// runs, where energies hardly repeat, or where a point has no energy or no value. Throws std::bad_alloc.
+/// Collects the points of equal energies in runs of at most longest points. False, with unspecified runs,
+/// where energies hardly repeat, or where a point has no energy or no value. Throws std::bad_alloc.
 bool CollectEnergyRuns(const CSolution& scan, std::int32_t longest, EnergyRuns& runs);
 
 /// Calculates dataset_R0 of points that share the energy dataset_eng[0], each as CalcEScanDLL calculates a

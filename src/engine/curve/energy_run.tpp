@@ -17,13 +17,13 @@ inline void MoveCursorsBelow(CState& state, double energy) {
   }
 }
 
-/// A value that the finishing step passes over.
+/// A value that the finishing step ignores.
 struct StoppedPoint {
   std::int32_t index;
   double value;
 };
 
-/// The points from `first` on, until one ends the walk. Returns the point behind the last one calculated.
+/// The points from `first` on, until one ends the walk. Returns the point after the last one calculated.
 template <Number T>
 std::int32_t CalcPointsFrom(std::int32_t first, CSolution& points, const CState& state,
                             const WalkSetting<T>& setting, std::vector<StoppedPoint>& stopped) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Points that share an energy share tables, tensors and profile. Each must come out as a scan of its own.
+// Points that share an energy share tables, tensors and profile. Each must equal a scan of its own.
 #include "engine/curve/energy_run.h"
 
 #include <gtest/gtest.h>
@@ -19,7 +19,7 @@ namespace {
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInf = std::numeric_limits<double>::infinity();
 
-// An energy that survives the way through the wavelength.
+// An energy that is exact after the conversion to the wavelength and back.
 const double kRowEnergy = EnergyFromLambda(LambdaFromEnergy(620));
 
 // Tables with a row at an energy of the map, of values at which the two ways to it round differently.
@@ -34,8 +34,8 @@ CState Sample() {
   return state;
 }
 
-// A map, energy running fastest, that leaves the tables (850 eV), the reach of the wavelength (qz 0.9) and
-// the side above the surface.
+// A map, energy running fastest, with points outside the tables (850 eV), out of reach of the wavelength (qz
+// 0.9) and below the surface.
 CSolution Map() {
   CSolution map;
   for (double qz : {0.02, -0.1, 0.05, 0.9, kInf, 0.1, kNan, 0.15, 0.2, 0.63, 0.0}) {
@@ -68,7 +68,7 @@ CArray<double> Parallel(const CState& sample, CSolution map, int threads) {
   return map.dataset_R0;
 }
 
-// Equal bits; NaN is a value like others.
+// Equal bits; NaN equals NaN.
 void ExpectSame(const CArray<double>& result, const CArray<double>& expected, const std::string& what) {
   ASSERT_EQ(result.size, expected.size);
   for (int i = 0; i < result.size; ++i) {
@@ -134,7 +134,7 @@ TEST(EnergyRun, ElementProfilesServeAllPointsOfTheirEnergy) {
   ExpectScansOfTheirOwn(state, "elements");
 }
 
-// What the points before did to the cursors is of no consequence to a run.
+// The cursors that earlier points left have no effect on a run.
 TEST(EnergyRun, ComesFromBelowToTheEnergyOfARow) {
   CSolution fresh = testing::MakeScan({0.1, 0.2}, {kRowEnergy, kRowEnergy}), used = fresh;
   fresh.dataset_R0 = used.dataset_R0 = fresh.dataset_qz;

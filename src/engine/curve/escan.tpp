@@ -20,8 +20,8 @@ inline std::int32_t CodeOf(const WalkEnd& end) {
   return end.out_of_reach ? ReturnCode::kWrongDataPoints : ReturnCode::kSuccess;
 }
 
-/// The walks of a scan over its points: point(i) calculates point i and returns its code. Optical constants,
-/// script and wavelength are brought to the point's energy before. The code of the last point called.
+/// Loops over the points of a scan: point(i) calculates point i and returns its code. Optical constants,
+/// script and wavelength are set for the point's energy before. Returns the code of the last point called.
 template <class Point>
 std::int32_t ScanEnergies(const CSolution& solution, CState& state, ScriptSession& script, Point point) {
   std::int32_t code = ReturnCode::kSuccess;

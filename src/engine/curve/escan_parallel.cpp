@@ -39,7 +39,7 @@ void CalcPoint(CSolution& solution, std::int32_t i, CState& state) {
   if (i < solution.dataset_R0.size) solution.dataset_R0[i] = point.dataset_R0[0];
 }
 
-/// What a thread works on where points share energies.
+/// The data of a thread where points share energies.
 struct RunContext : CEScanContext {
   const EnergyRuns* runs = nullptr;
 };

@@ -29,7 +29,7 @@ CState Sample() {
   return state;
 }
 
-/// Points that also leave the tables (900 eV) and the reach of their wavelength (qz 0.9), as a map has them.
+/// Points of a map, some outside the tables (900 eV) or out of reach of their wavelength (qz 0.9).
 CSolution Points() {
   CSolution scan;
   for (int i = 0; i < kPoints; ++i) {
@@ -76,7 +76,7 @@ TEST_F(EScanParallel, OutputDoesNotDependOnTheNumberOfThreads) {
   }
 }
 
-// A long scan hands out several points at a time; its last turn is a short one.
+// A long scan distributes several points at a time, and fewer at the end.
 TEST_F(EScanParallel, LongScansReachEveryPointOnce) {
   CSolution scan;
   for (int i = 0; i < 1501; ++i) {
@@ -188,7 +188,7 @@ TEST_F(EScanParallel, FewerThreadsDoWhereMoreAreNotToBeHad) {
   }
 }
 
-// An element of 1e12 Å makes a profile that fits into no memory; the exception stays inside its thread.
+// The profile of an element of 1e12 Å does not fit into memory; the exception stays inside its thread.
 TEST_F(EScanParallel, AnExceptionInAThreadLeavesTheProcessAlive) {
   CState state = Sample();
   state.mode = Mode::kElement;

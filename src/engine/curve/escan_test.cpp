@@ -54,7 +54,7 @@ class EScan : public ::testing::Test {
     EXPECT_EQ(CalcReflectivityDLL(&solution, &state), ReturnCode::kSuccess);
     return solution.dataset_R0[0];
   }
-  // Interpolated constants may differ in the last digit, which float turns into more.
+  // Interpolated constants may differ in the last digit, which float amplifies.
   static void ExpectClose(double value, double expected) {
     EXPECT_NEAR(value, expected, (std::is_same_v<T, float> ? 1e-3 : 1e-11) * expected);
   }
@@ -75,7 +75,7 @@ TYPED_TEST(EScan, EachPointHasItsOwnEnergyAndConstants) {
 TYPED_TEST(EScan, TheResolutionIsTheExactOne) {
   CState state = Sample();
   state.resolution = 0.01;
-  state.fastresolution = true;  // no matter to a scan
+  state.fastresolution = true;  // has no effect on a scan
   CSolution scan = MakeScan({0.1}, {700});
   EXPECT_EQ(this->Scan(scan, state), ReturnCode::kSuccess);
   CState at = SampleAt(700);
@@ -102,7 +102,7 @@ TYPED_TEST(EScan, APointBeyondATableKeepsItsValue) {
 
 TYPED_TEST(EScan, APointOutOfReachEndsTheScanWithCodeTwo) {
   CState state = Sample();
-  state.mulqz4 = 1;                                             // the finishing step does not run
+  state.mulqz4 = 1;                                             // the finishing step is not done
   CSolution scan = MakeScan({0.1, 0.8, 0.1}, {650, 700, 750});  // 2 k0 is 0.71 at 700 eV
   EXPECT_EQ(this->Scan(scan, state), ReturnCode::kWrongDataPoints);
   this->ExpectClose(scan.dataset_R0[0], this->Reflectivity(0.1, SampleAt(650)));
@@ -156,7 +156,7 @@ TYPED_TEST(EScan, AScriptChangesTheCallersState) {
   this->ExpectClose(scan.dataset_R0[0], this->Reflectivity(0.1, expected));
 }
 
-// k0 belongs to the point; what the script does to the energy comes too late for it.
+// k0 is that of the point; a script that changes the energy runs after k0 is set.
 TYPED_TEST(EScan, AScriptThatSetsTheEnergyDoesNotMoveTheWavevector) {
   CState state = Sample();
   state.scriptlines.Append("energy = 400");

@@ -39,7 +39,7 @@ void CorrectPolarisation(CSolution& solution) {
   for (std::int32_t i = 0; i < solution.dataset_qz.size; ++i) {
     const double k = kWavevectorPerEnergy * PointEnergy(solution, i);
     const double s = solution.dataset_qz[i] / (2 * k);
-    // A point without an angle is divided by cos²(-2), as everywhere a missing angle is -1.
+    // A point without an angle is divided by cos²(-2), since a missing angle is -1 everywhere.
     const double theta = std::abs(s) < 1 ? std::atan2(s, std::sqrt(1 - s * s)) : -1;
     const double cosine = std::cos(2 * theta);
     const double divisor = cosine * cosine;

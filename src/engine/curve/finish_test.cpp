@@ -136,7 +136,7 @@ TEST(FinishSolution, AnEmptyRecordStaysEmpty) {
   EXPECT_EQ(solution.dataset_R0.size + solution.dataset_Rp.size + solution.dataset_A.size, 0);
 }
 
-// Arrays of sizes that no curve of ours has must not be read past their ends.
+// Arrays of unequal sizes must not be read past their ends.
 TEST(FinishSolution, ShortArraysAreTreatedUpToTheirSize) {
   CSolution solution = ThreePoints();
   MakePi(solution);

@@ -18,8 +18,8 @@ T GrazingSine(const T& q, const T& k0) {
   return q / (T(2.0) * k0);
 }
 
-/// |s| >= 1: no angle has this qz at this wavelength. Angles by asin are refused at s >= 1 only; a NaN is no
-/// refusal here, it has no angle (HasAngle).
+/// |s| >= 1: no angle has this qz at this wavelength. Angles by asin are refused at s >= 1 only; a NaN is not
+/// refused here, it has no angle (HasAngle).
 template <Number T>
 bool IsOutOfReach(const T& s) {
   if constexpr (NumberTraits<T>::angle_by_asin) {

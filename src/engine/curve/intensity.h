@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Intensities of a batch of angles, by the algorithm that the state names. This is the one place where the
-// algorithms meet the curves.
+// Intensities of a batch of angles, by the algorithm of the state: the only connection between the algorithms
+// and the curves.
 #pragma once
 
 #include <cstdint>
@@ -13,10 +13,10 @@
 
 namespace tolvik::engine {
 
-/// How far a batch came.
+/// The outcome of a batch.
 struct BatchOutcome {
   std::int32_t done = 0;     ///< angles calculated, counted from the first
-  std::exception_ptr error;  ///< what ended the batch before its last angle; null if nothing did
+  std::exception_ptr error;  ///< the exception that ended the batch before its last angle, or null
 };
 
 /// Work space of CalcIntensities, kept from batch to batch.
@@ -29,7 +29,7 @@ struct IntensityWork {
 /// Intensities of a batch, angle by angle in their order.
 /// first gets ray one. second gets ray two, and algorithm 0 takes the opposite sense of the magnetic shift
 /// there; with null it is left out. The intensities of an angle do not depend on its neighbours.
-/// An exception ends the batch; the results before it stand. With an algorithm unknown all results are 0.
+/// An exception ends the batch; the results before it are valid. With an unknown algorithm all results are 0.
 template <Number T>
 BatchOutcome CalcIntensities(const AngleBatch<T>& batch, IntensityWork<T>& work);
 

@@ -15,7 +15,7 @@ namespace intensity_detail {
 template <Number T>
 T ParrattRay(const AngleBatch<T>& batch, const T& theta, int ray, ParrattVectors<T>& work) {
   const IntensityOptions<T>& options = batch.options;
-  // The second ray sees the magnetisation the other way round.
+  // For the second ray the magnetisation is reversed.
   const T sense(ray == 1 ? 1.0 : -1.0);
   CalcWavevectors<T>(batch.profile, work.kz, batch.k0, theta, options.magnetic ? sense : T(0.0));
   CalcFresnelCoefficients<T>(batch.profile, work.kz, work.rpi, work.rsigma);

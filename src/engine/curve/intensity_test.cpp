@@ -21,7 +21,7 @@ class Intensity : public ::testing::Test {
          {}},
         {.gamma = 30, .phi = 60, .on = true});
   }
-  /// Every option has a value of its own.
+  /// Every option has a different value.
   static CState AllOptions() {
     CState state;
     state.scattering = Scattering::kTransmission;
@@ -69,7 +69,7 @@ TYPED_TEST(Intensity, HandsTheOptionsOfTheStateToTheMatrixAlgorithms) {
   }
 }
 
-// A sample of a long batch is the sample alone, with or without the second ray.
+// A sample of a long batch equals the sample alone, with or without the second ray.
 TYPED_TEST(Intensity, ASampleDoesNotDependOnItsNeighbours) {
   using T = TypeParam;
   const T k0 = T(this->kK0);
@@ -91,9 +91,9 @@ TYPED_TEST(Intensity, ASampleDoesNotDependOnItsNeighbours) {
   }
 }
 
-// The second ray is the first one of the stack magnetised the other way round, though both share what does
-// not depend on the sense. Angles enough for a full block and a part of one; rays that leave a polarisation
-// out.
+// The second ray is the first one of the stack with reversed magnetisation, although both share the
+// quantities that do not depend on the sense. The angles fill one block and a part of another; some rays lack
+// a polarisation.
 TYPED_TEST(Intensity, BothSensesAreStacksOfTheirOwn) {
   using T = TypeParam;
   const T k0 = T(this->kK0);

@@ -86,7 +86,7 @@ void SumPoints(const GradientTask& task, const ActiveNodes& active, const std::v
   }
 }
 
-// One ray: adds the derivatives of all nodes to what target(point) gives, times the scale of the point.
+// One ray: adds the derivatives of all nodes, times the scale of the point, to target(point).
 class Derivatives {
  public:
   Derivatives(const GradientTask& task, const ActiveNodes& active, int ray, GradientWork& work)

@@ -8,7 +8,7 @@
 //  - At a critical edge without absorption (a normal wavevector of 0 inside matter) dR/dn² diverges as one
 //    over the wavevector. A derivative that is not finite comes back as NaN, in each point with such a node
 //    and each parameter that moves the index there. Values stay finite.
-//  - R is even in sigma: dR/dsigma = 0 exactly at sigma = 0. What starts there should move
+//  - R is even in sigma: dR/dsigma = 0 exactly at sigma = 0. A fit that starts there should move
 //    ProfileField::kRoughnessSquared, whose derivative is finite; it is (dR/dsigma) / (2 sigma) elsewhere.
 //  - A slab of thickness 0 has derivatives by all its fields. That by its index is 0 in exact arithmetic but
 //    for its roughness; here it is the difference of nearly equal terms and carries their rounding, about
@@ -44,7 +44,7 @@ struct CurveNodes {
   std::span<const NodeTerm> terms;    ///< parameters that move nodes; mostly none
 };
 
-/// Which rays are calculated. The second one sees the magnetic shift the other way round.
+/// The rays to calculate. The second one has the reversed magnetic shift.
 enum class Rays : std::uint8_t { kFirst, kSecond, kBoth };
 
 inline bool HasFirst(Rays rays) {
@@ -54,7 +54,7 @@ inline bool HasSecond(Rays rays) {
   return rays != Rays::kFirst;
 }
 
-/// What is to be differentiated.
+/// The input of a differentiation.
 struct GradientTask {
   Profile<double>& profile;  ///< only its scalarindex changes
   double k0;                 ///< 2π / wavelength, Å⁻¹
@@ -70,7 +70,7 @@ struct RayJacobian {
   std::vector<double> jacobian;  ///< [point][parameter], row major: d value / d parameter
 };
 
-/// Both rays; one that is not asked for is left empty.
+/// Both rays; one that is not requested is empty.
 struct CurveJacobian {
   RayJacobian first, second;
 };
@@ -78,7 +78,7 @@ struct CurveJacobian {
 /// Some consecutive points, for the seeds of a gradient: d loss / d value, to be written.
 struct SeedBlock {
   std::int32_t begin;             ///< number of the first point
-  std::span<const double> first;  ///< values of the points; empty for a ray not asked for
+  std::span<const double> first;  ///< values of the points; empty for a ray that is not requested
   std::span<const double> second;
   std::span<double> first_seed;  ///< as many as values, 0 on entry
   std::span<double> second_seed;
@@ -87,7 +87,7 @@ using SeedFunction = std::function<void(const SeedBlock&)>;
 
 /// Values of all points and the gradient of a loss.
 struct CurveGradient {
-  std::vector<double> first, second;  ///< [point]; empty for a ray not asked for
+  std::vector<double> first, second;  ///< [point]; empty for a ray that is not requested
   std::vector<double> gradient;       ///< [parameter]
 };
 
@@ -108,10 +108,10 @@ bool HasGradient(const IntensityOptions<double>& options);
 void CalcJacobian(const GradientTask& task, CurveJacobian& result, GradientWork& work);
 
 /// Values, and the gradient sum_i seed_i d value_i / d parameter over the points of all rays. seed is called
-/// for blocks of points, in order and each point once, as soon as their values stand; a loss that needs all
-/// values at once (a scale fitted within) takes CalcJacobian instead. A seed of 0 leaves its point out, NaN
+/// for blocks of points, in order and each point once, as soon as their values are known; a loss that needs
+/// all values at once (with a fitted scale) uses CalcJacobian instead. A seed of 0 leaves its point out, NaN
 /// derivatives included.
-/// Throws as CalcJacobian does, and what seed throws.
+/// Throws as CalcJacobian does, and the exceptions of seed.
 void CalcGradient(const GradientTask& task, const SeedFunction& seed, CurveGradient& result,
                   GradientWork& work);
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// How parameters move a profile: the sparse matrix d(profile) / d(parameter).
+// The effect of parameters on a profile: the sparse matrix d(profile) / d(parameter).
 #pragma once
 
 #include <cstdint>
@@ -7,7 +7,7 @@
 
 namespace tolvik::engine {
 
-/// A number of a profile entry by which a curve has a derivative.
+/// The fields of a profile entry by which a curve can be differentiated.
 enum class ProfileField : std::uint8_t {
   kDelta,             ///< layer_delta
   kBeta,              ///< layer_beta
@@ -19,7 +19,7 @@ enum class ProfileField : std::uint8_t {
 };
 inline constexpr int kProfileFields = 7;
 
-/// The parameter moves a field of an entry by factor per unit of the parameter.
+/// A parameter that moves a field of an entry, by factor per unit of the parameter.
 struct ChainTerm {
   std::int32_t parameter;  ///< 0 .. parameters - 1
   std::int32_t entry;      ///< index in the profile, 0 = substrate
@@ -27,8 +27,8 @@ struct ChainTerm {
   double factor;
 };
 
-/// The matrix as its terms. They may stand in any order; terms of one place add up, and a parameter without a
-/// term has the derivative 0.
+/// The matrix as its terms, in any order; terms of one place are summed, and a parameter without a term has
+/// the derivative 0.
 struct ProfileChain {
   std::int32_t parameters = 0;
   std::vector<ChainTerm> terms;

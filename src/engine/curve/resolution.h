@@ -11,20 +11,20 @@ namespace tolvik::engine {
 
 inline constexpr int kResolutionSamples = 9;
 
-/// One sample of the rule: at qz + r offset, r being half a width in the units of qz.
+/// One sample of the rule: at qz + r offset, with the resolution r in the unit of qz.
 struct ResolutionSample {
   double offset;
   double weight;
 };
 
-/// Ordinates 0.135, 0.325, 0.605, 0.88, 1 over their sum 4.89. The six-digit weights add up to 0.999999; not
-/// renormalised anywhere, also where samples are left out.
+/// Ordinates 0.135, 0.325, 0.605, 0.88, 1 over their sum 4.89. The six-digit weights add up to 0.999999; they
+/// are not renormalised, not even where samples are left out.
 inline constexpr ResolutionSample kResolutionRule[kResolutionSamples] = {
     {1.0, 0.027607},  {-1.0, 0.027607}, {0.75, 0.066462},  {-0.75, 0.066462}, {0.5, 0.123722},
     {-0.5, 0.123722}, {0.25, 0.179959}, {-0.25, 0.179959}, {0.0, 0.204499},
 };
 
-/// The rule of one curve in the number type T: where the samples of a point lie and how they weigh.
+/// The rule of one curve in the number type T: positions and weights of the samples of a point.
 template <class T>
 struct ResolutionRule {
   int samples = 0;
@@ -41,15 +41,16 @@ ResolutionRule<T> FullRule(double resolution);
 template <Number T>
 ResolutionRule<T> RuleOfResolution(double resolution);
 
-/// What InterpolateSolution reads; a curve that is empty (or shorter than the grid) leaves its field alone.
+/// The result of InterpolateSolution; a curve that is empty (or shorter than the grid) does not set its
+/// field.
 template <class T>
 struct InterpolatedPoint {
   T R0{}, Rp{}, Rm{};
 };
 
 /// Reads the curves of a solution at q by linear interpolation. The search starts at point i of the grid and
-/// walks towards q. A q beyond the grid, and one in its last interval seen from below, yields the value of
-/// point i itself. Repeated grid values are harmless.
+/// moves towards q. A q beyond the grid, or in its last interval above i, gives the value of point i itself.
+/// Repeated grid values are harmless.
 template <Number T>
 void InterpolateSolution(InterpolatedPoint<T>& out, const CSolution& solution, const T& q, std::int32_t i,
                          const CArray<double>& grid);

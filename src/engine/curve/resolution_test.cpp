@@ -105,8 +105,8 @@ TYPED_TEST(Resolution, FoldWithoutResolutionLosesAMillionth) {
   }
 }
 
-// At 0.1 with r = 0.16 the samples at -1 and -0.75 fall below 0. Below the first point the value of the point
-// itself is read, above it the line. Weights: 1 - w(-1) - w(-0.75) is left.
+// At 0.1 with r = 0.16 the samples at -1 and -0.75 are below 0. Below the first point the value of the point
+// itself is read, above it the line. The weights sum to 1 - w(-1) - w(-0.75).
 TYPED_TEST(Resolution, FoldLeavesOutNegativePositions) {
   using T = TypeParam;
   const CSolution line = this->Line();

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The samples of some consecutive points of a curve: gathered first, calculated as one batch, summed last.
 //
-// The sums are exactly those of a walk from sample to sample: a sample out of reach ends the gathering, an
-// exception ends the batch, and in both cases the points before stand, the present point holds the partial
-// sum of its samples, and nothing is known of later points.
+// The sums are exactly those of a loop from sample to sample: a sample out of reach ends the gathering, an
+// exception ends the batch, and in both cases the points before are complete, the present point has the
+// partial sum of its samples, and later points are not calculated.
 #pragma once
 
 #include <algorithm>
@@ -49,8 +49,8 @@ class SampleBlock {
     ends_.back() = ++count_;
   }
 
-  /// Opens a point at q0 and adds its samples in the order of the rule. stops(s) tells which s ends the
-  /// curve: then false, the point open with the samples so far.
+  /// Opens a point at q0 and adds its samples in the order of the rule. Returns false at the first s for
+  /// which stops(s) is true, with the point open and its samples so far.
   template <class Stops>
   bool GatherPoint(const T& q0, const ResolutionRule<T>& rule, const T& k0, Stops stops) {
     BeginPoint();
@@ -66,14 +66,14 @@ class SampleBlock {
       ends_.back() = count_ += rule.samples;
       return true;
     }
-    for (int j = 0; j < rule.samples; ++j) {  // what is kept moves to the front
+    for (int j = 0; j < rule.samples; ++j) {  // kept samples move to the front
       if (stops(s[j])) return false;
       Add(s[j], rule.weight[j]);
     }
     return true;
   }
 
-  /// Calculates all samples. Returns what ended the batch early, or null.
+  /// Calculates all samples. Returns the exception that ended the batch early, or null.
   std::exception_ptr Calculate(Profile<T>& profile, const T& k0, const IntensityOptions<T>& options) {
     const std::span<const T> s(sines_.data(), static_cast<std::size_t>(count_));
     const BatchOutcome outcome = CalcIntensities<T>(
@@ -82,8 +82,8 @@ class SampleBlock {
     return outcome.error;
   }
 
-  /// Calls take(point, sum1, sum2, complete) for each point in order, as far as the batch came; of the point
-  /// in which it ended, the partial sums with complete false. sum2 is 0 without the second ray.
+  /// Calls take(point, sum1, sum2, complete) for each calculated point in order; for the point in which the
+  /// batch ended, with the partial sums and complete false. sum2 is 0 without the second ray.
   template <class Take>
   void Sum(Take take) const {
     std::int32_t index = 0;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The walk over the points of a curve, shared by curves, scans and dichroism. It goes in blocks of samples,
-// with the outcome of a walk from sample to sample.
+// The walk over the points of a curve, shared by curves, scans and dichroism. It calculates blocks of
+// samples, with the outcome of a walk from sample to sample.
 #pragma once
 
 #include <algorithm>
@@ -12,7 +12,7 @@
 
 namespace tolvik::engine {
 
-/// How a walk ended.
+/// The end of a walk.
 struct WalkEnd {
   bool out_of_reach = false;  ///< at a sample that the caller's rule refuses
   std::exception_ptr error;   ///< at an exception of a sample; then out_of_reach is false
@@ -20,7 +20,7 @@ struct WalkEnd {
   bool Complete() const { return !out_of_reach && !error; }
 };
 
-/// What stays the same during a walk.
+/// The constants of a walk.
 template <class T>
 struct WalkSetting {
   Profile<T>& profile;
@@ -36,8 +36,8 @@ struct GridPart {
 };
 
 /// Calculates part of a grid with the samples of a rule.
-/// refuse(s) tells which s = sin θ ends the walk. store(i, sum1, sum2, whole) gets both rays of each point in
-/// order; of the point in which the walk ends, the partial sums with whole false.
+/// The walk ends at an s = sin θ with refuse(s) true. store(i, sum1, sum2, whole) gets both rays of each
+/// point in order; of the point in which the walk ends, the partial sums with whole false.
 template <Number T, class Refuse, class Store>
 WalkEnd WalkSamples(const WalkSetting<T>& setting, const GridPart& part, const ResolutionRule<T>& rule,
                     Refuse refuse, Store store) {
@@ -62,7 +62,7 @@ WalkEnd WalkSamples(const WalkSetting<T>& setting, const GridPart& part, const R
   return result;
 }
 
-/// Calculates all points of a grid once, without resolution. A point without an angle is passed over.
+/// Calculates all points of a grid once, without resolution. A point without an angle is skipped.
 /// store(i, value1, value2) gets both rays of each other point in order.
 template <Number T, class Refuse, class Store>
 WalkEnd WalkOnce(const WalkSetting<T>& setting, const CArray<double>& grid, Refuse refuse, Store store) {
@@ -91,7 +91,7 @@ WalkEnd WalkOnce(const WalkSetting<T>& setting, const CArray<double>& grid, Refu
   return result;
 }
 
-/// Old values stay in a curve that has the right size already.
+/// A curve that already has the right size keeps its old values.
 inline void SizeCurve(CArray<double>& curve, std::int32_t points, double value) {
   if (curve.size != points) curve.Assign(points, value);
 }
