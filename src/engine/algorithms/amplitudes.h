@@ -6,9 +6,9 @@
 
 namespace tolvik::engine {
 
-/// Intensity of one ray behind a stack, summed over both outgoing polarisations.
+/// Intensity of one ray after a stack, summed over both outgoing polarisations.
 ///
-/// M turns amplitudes in the substrate (row vector) into those in the ambient; the order of modes is sigma
+/// M maps amplitudes in the substrate (row vector) to those in the ambient; the order of modes is sigma
 /// down, pi down, sigma up, pi up. ray: sigma real, sigma imaginary, pi real, pi imaginary. transmission: the
 /// amplitudes in the substrate instead of the reflected ones; they carry no flux factor.
 template <class T>

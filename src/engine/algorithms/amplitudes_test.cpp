@@ -26,7 +26,7 @@ Matrix4<double> SomeMatrix() {
   return m;
 }
 
-// Amplitudes (t0, t1) in the substrate that make the incident wave (s, p): the rule of Cramer.
+// Amplitudes (t0, t1) in the substrate that give the incident wave (s, p), by the rule of Cramer.
 void SolveIncident(const Matrix4<double>& m, Double s, Double p, Double& t0, Double& t1) {
   const Double delta = m(0, 0) * m(1, 1) - m(1, 0) * m(0, 1);
   t0 = (s * m(1, 1) - p * m(1, 0)) / delta;

@@ -12,9 +12,9 @@ struct Direction {
   T transverse, longitudinal, polar;
 };
 
-/// What the first-order waves of an entry take from its matter alone: the index n, and the parts that the
-/// magnetic strength Q adds to the fields, named as at FirstOrderWaves, without the cosine c of the grazing
-/// angle and the angle of refraction.
+/// The parts of the first-order waves of an entry that depend on its matter only: the index n, and the
+/// contributions of the magnetic strength Q to the fields, named as in FirstOrderWaves, without the cosine c
+/// of the grazing angle and the angle of refraction.
 template <class C>
 struct FirstOrderMatter {
   C n, inverse_n, inverse_n2;
@@ -38,7 +38,7 @@ struct FirstOrderWaves {
   Cplx<T> ey_difference, hx_difference;
   Cplx<T> hy_pi, hy_difference;
 
-  /// A slab of thickness d turns the waves down by TurnDown() k0 d, those up by TurnUp() k0 d.
+  /// A slab of thickness d rotates the waves down by TurnDown() k0 d, those up by TurnUp() k0 d.
   Cplx<T> TurnDown() const { return MinusI(hy_difference + hy_pi); }
   Cplx<T> TurnUp() const { return MinusI(hy_difference - hy_pi); }
 

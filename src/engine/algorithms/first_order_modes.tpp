@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// first_order_modes.tpp is included by matrix_two.tpp and lanes/*.cpp only.
 #pragma once
 
 #include "engine/algorithms/first_order_modes.h"

@@ -8,7 +8,7 @@
 
 namespace tolvik::engine {
 
-/// What a matrix algorithm works on: the depth profile, and whether the transmitted intensity is asked for.
+/// The input of a matrix algorithm: the depth profile, and whether the transmitted intensity is requested.
 template <class T>
 struct MatrixContext {
   const Profile<T>& profile;
@@ -19,19 +19,19 @@ struct MatrixContext {
 /// 62, 502 (1972), and Yeh, Surf. Sci. 96, 41 (1980): reflected, or transmitted without the flux factor of
 /// the substrate.
 ///
-/// All magnetism comes in by the tensor of each magnetic entry; the angles maggamma and magphi and the flag
-/// magnetic are there to match CalcMatrixTwo. k0: wavenumber, Å⁻¹. polarisation: eight numbers, per ray sigma
-/// and pi as complex numbers. tolerance: smaller off-diagonal elements count as 0. Never fails; NaN and
-/// infinity pass.
+/// All magnetism is in the tensors of the magnetic entries; the angles maggamma and magphi and the flag
+/// magnetic only match the signature of CalcMatrixTwo. k0: wavenumber, Å⁻¹. polarisation: eight numbers, per
+/// ray sigma and pi as complex numbers. tolerance: smaller off-diagonal elements count as 0. Never fails; NaN
+/// and infinity pass.
 template <class T>
 void CalcMatrixOne(const MatrixContext<T>& context, T theta, T maggamma, T magphi, T k0, bool magnetic,
                    T& out2, T& out1, const double* polarisation, T tolerance);
 
 /// Multiplies the interface matrix interface(lower mode, upper mode) element by element by
 /// exp(-½ sigma² k0² (upper - lower)²), the roughness factor of each pair of modes; wavevectors in units of
-/// k0. Waves that run the same way join with the difference of their wavevectors, opposite ones with the sum:
-/// for the ratio of both this is the factor of Névot and Croce, Rev. Phys. Appl. 15, 761 (1980). sigma 0
-/// changes nothing.
+/// k0. Waves that run the same way have the difference of their wavevectors, opposite ones the sum: the ratio
+/// of both factors is the factor of Névot and Croce, Rev. Phys. Appl. 15, 761 (1980). sigma 0 changes
+/// nothing.
 template <class T>
 void ApplyRoughness(Matrix4<T>& interface, const T& sigma, const T& k0, const Cplx<T> (&upper)[4],
                     const Cplx<T> (&lower)[4]);

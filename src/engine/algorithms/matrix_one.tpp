@@ -8,7 +8,7 @@
 
 namespace tolvik::engine {
 
-// The tensor algorithm as CalcTransferMatrix asks for it.
+// The tensor algorithm in the form for CalcTransferMatrix.
 template <class T>
 struct TensorAlgorithm {
   T theta;

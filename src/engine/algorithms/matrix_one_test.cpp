@@ -96,7 +96,7 @@ TEST(MatrixOne, NoEntryIsNoObstacle) {
 }
 
 TEST(MatrixOne, TwoEntriesHaveNoPropagation) {
-  // Fresnel amplitudes of one interface; the thicknesses of both half spaces are without effect.
+  // Fresnel amplitudes of one interface; the thicknesses of both half spaces have no effect.
   const auto profile = MakeProfile<double>({{123, 0.05, 0.02}, {77, 0, 0}});
   const double theta = 0.35;
   const std::complex<double> n(0.95, 0.02), w = std::sqrt(n * n - std::cos(theta) * std::cos(theta));
@@ -121,7 +121,7 @@ TEST(MatrixOne, ZeroThicknessScalarEntryUnderTheAmbientLosesTheResult) {
   EXPECT_TRUE(std::isnan(MatrixOne(profile, 0.4, 0.1, true).second));
 }
 
-// The ambient is calculated first: a general tensor there writes the propagation of no thickness, the
+// The ambient is calculated first: a general tensor there writes the propagation of thickness 0, the
 // identity.
 TEST(MatrixOne, ZeroThicknessScalarEntryUnderATensorAmbientIsTheIdentity) {
   const Slab substrate{0, 0.03, 0.01}, film{20, 0.06, 0.02}, empty{0, 0.02, 0.01}, ambient{0, 0.01, 0};

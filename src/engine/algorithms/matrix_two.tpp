@@ -8,7 +8,7 @@
 
 namespace tolvik::engine {
 
-// The first-order algorithm as CalcTransferMatrix asks for it.
+// The first-order algorithm in the form for CalcTransferMatrix.
 template <class T>
 struct FirstOrderAlgorithm {
   T theta;

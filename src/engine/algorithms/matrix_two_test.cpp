@@ -57,7 +57,7 @@ TYPED_TEST_SUITE(MatrixTwoOf, NumberTypes);
 
 TYPED_TEST(MatrixTwoOf, WithoutMagnetismEqualsAlgorithmOne) {
   using T = TypeParam;
-  // The magnetic constants are there but not asked for.
+  // The magnetic constants are set but not requested.
   const auto profile =
       MakeProfile<T>({{0, 0.03, 0.01, 4}, {25, 0.06, 0.02, 3, 0.01, 0.02}, {40, 0.01, 0.004, 2}, kVacuum});
   const double h = std::sqrt(0.5);

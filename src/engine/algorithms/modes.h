@@ -10,8 +10,8 @@
 //   P       propagation matrix across the thickness d, from the lower to the upper face
 //
 // Order of modes: downward first (+, +, -, -) from the isotropic and the general case, but (+, -, +, -) from
-// the tetragonal one. Inside a stack the order is without effect; a tetragonal substrate or ambient mixes up
-// the waves that come and go.
+// the tetragonal one. Inside a stack the order has no effect; a tetragonal substrate or ambient confuses the
+// waves that run up and down.
 #pragma once
 
 #include "engine/number/matrix4.h"
@@ -25,8 +25,8 @@ enum TensorClass : int { kIsotropic = 0, kAnisotropic = 1, kTetragonal = 2 };
 template <class T>
 using Tensor = Cplx<T>[9];
 
-/// kAnisotropic when an off-diagonal element reaches the tolerance in modulus or is not a number; kIsotropic
-/// when, besides, the diagonal elements differ by less than the tolerance; kTetragonal otherwise.
+/// kAnisotropic when an off-diagonal element reaches the tolerance in modulus or is NaN; otherwise kIsotropic
+/// when the diagonal elements differ by less than the tolerance, else kTetragonal.
 template <class T>
 int ClassifyTensor(T tolerance, const Tensor<T>& tensor);
 
@@ -38,7 +38,7 @@ void CalcLayerMatrices(Matrix4<T>& P, Matrix4<T>& D, Cplx<T> (&kappa)[4], T thet
                        const Cplx<T>& n, const Tensor<T>& tensor, T tolerance);
 
 /// Modes of a slab of index n, in the order sigma down, pi down, sigma up, pi up. Angles below 1e-4 rad count
-/// as 1e-4. A thickness of exactly 0 leaves P as it was.
+/// as 1e-4. A thickness of exactly 0 does not change P.
 template <class T>
 void CalcIsotropicMatrices(Matrix4<T>& P, Matrix4<T>& D, Cplx<T> (&kappa)[4], T theta, T k0, T d,
                            const Cplx<T>& n);
@@ -56,8 +56,7 @@ struct LayerMatrices {
 };
 
 /// Modes of a slab of any tensor, in the order of SolveModes; the electric vector of each is normalised. A
-/// tensor without off-diagonal elements has modes whose vector vanishes here, and gives values that are not
-/// numbers.
+/// tensor without off-diagonal elements has modes whose vector vanishes here, and gives NaN.
 template <class T>
 void CalcGeneralMatrices(const LayerMatrices<T>& layer, T theta, T k0, T d, const Tensor<T>& tensor);
 

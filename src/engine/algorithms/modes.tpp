@@ -11,7 +11,7 @@
 namespace tolvik::engine {
 namespace modes {
 
-// cos θ of the isotropic case: an angle below 1e-4 rad, or one that is not a number, counts as 1e-4.
+// cos θ of the isotropic case: an angle below 1e-4 rad, or NaN, counts as 1e-4.
 template <class T>
 T BoundedCosine(T theta) {
   const T bounded = Select(theta >= T(1e-4), theta, T(1e-4));
@@ -45,7 +45,7 @@ inline void SetRow(Matrix4<T>& matrix, int row, const RowOfFour<T>& m) {
   matrix(row, 3) = m.m3;
 }
 
-// The cases below take the cosine c of the grazing angle; an angle never enters otherwise.
+// The cases below use the cosine c of the grazing angle, not the angle itself.
 
 template <class T>
 void FillTetragonal(Matrix4<T>& D, Cplx<T> (&kappa)[4], const T& c, const Tensor<T>& tensor) {
@@ -87,7 +87,7 @@ quartic::MonicQuartic<T> GeneralQuartic(const T& c, const Tensor<T>& tensor) {
       ezx * exy * eyz + exz * eyx * ezy - a * eyz * ezy + eyy * (a * b - ezx * exz) - b * exy * eyx);
 }
 
-// From the polished roots on. unit: electric vectors of length 1. Without it they have the length that comes.
+// The modes from the polished roots. unit: electric vectors of length 1; otherwise they are not normalised.
 template <bool unit, class T>
 void SetGeneralFields(Matrix4<T>& D, const Cplx<T> (&kappa)[4], const T& c, const Tensor<T>& tensor) {
   const auto& [exx, exy, exz, eyx, eyy, eyz, ezx, ezy, ezz] = tensor;
@@ -115,7 +115,7 @@ template <class T>
 int ClassifyTensor(T tolerance, const Tensor<T>& tensor) {
   const auto& [exx, exy, exz, eyx, eyy, eyz, ezx, ezy, ezz] = tensor;
   for (const Cplx<T>& element : {exy, exz, eyx, eyz, ezx, ezy}) {
-    // Worded so that a modulus that is not a number travels into the curve instead of vanishing.
+    // Written so that a NaN modulus travels into the curve instead of vanishing.
     if (!(abs(element) < tolerance)) return kAnisotropic;
   }
   for (const Cplx<T>& difference : {exx - ezz, exx - eyy, eyy - ezz}) {

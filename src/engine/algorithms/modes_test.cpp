@@ -74,7 +74,7 @@ TEST(ClassifyTensor, EachOffDiagonalElementAtTheToleranceIsAnisotropic) {
 }
 
 TEST(ClassifyTensor, EachDiagonalDifferenceAtTheToleranceIsTetragonal) {
-  const double half = 0.5;  // so that half + tolerance - half is exact enough to come out as the tolerance
+  const double half = 0.5;  // so that half + tolerance - half is exactly the tolerance
   const double tolerance = std::ldexp(1.0, -14);
   for (const auto& [xx, yy, zz] :
        {std::array{half + tolerance, half, half}, std::array{half, half + tolerance, half},
@@ -154,7 +154,7 @@ TYPED_TEST(Modes, TetragonalModesSolveMaxwellInTheirOrder) {
   EXPECT_TRUE(m.kappa[3] == -m.kappa[2]);
   EXPECT_GT(static_cast<double>(m.kappa[0].real()), 0);
   EXPECT_GT(static_cast<double>(m.kappa[2].real()), 0);
-  // P is the identity at d = 0, not left alone.
+  // P is set to the identity at d = 0.
   for (int r = 0; r < 4; ++r) {
     for (int c = 0; c < 4; ++c) EXPECT_EQ(static_cast<double>(abs(m.P(r, c))), r == c ? 1.0 : 0.0);
   }
@@ -184,8 +184,8 @@ TYPED_TEST(Modes, GeneralModesSolveMaxwell) {
 }
 
 TEST(GeneralModes, IsotropicTensorGivesTheRowsOfTheIsotropicCase) {
-  // Sent here by force, a tensor n² has the isotropic wavevectors; its field vectors are those of the pi
-  // waves up to a factor, or not numbers, since the sigma vector of this formula vanishes.
+  // Calculated here on purpose, a tensor n² has the isotropic wavevectors; its field vectors are those of the
+  // pi waves up to a factor, or NaN, since the sigma vector of this formula vanishes.
   const Double n(0.97, 0.03);
   const TensorOf t(n * n, n * n, n * n);
   ModesOf<double> general, isotropic;

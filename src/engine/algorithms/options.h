@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The algorithms, and what they read of a state beside its profile.
+// The options of the algorithms, read from a state.
 #pragma once
 
 #include <cstdint>
@@ -11,16 +11,16 @@ namespace tolvik::engine {
 
 using enum Algorithm::Value;
 
-/// Whether the number names an algorithm; with any other a curve stays as its frame left it.
+/// Whether the number is that of an algorithm; with any other a curve keeps its start values.
 inline bool IsAlgorithm(std::int32_t algorithm) {
   return algorithm >= kParratt && algorithm <= kMatrixTwo;
 }
 
-/// What the algorithms read beside the profile, k0 and the angle.
+/// The options of the algorithms, besides the profile, k0 and the angle.
 template <class T>
 struct IntensityOptions {
   std::int32_t algorithm = kParratt;
-  bool transmission = false;    ///< scattering non-zero; no matter to algorithm 0
+  bool transmission = false;    ///< scattering non-zero; not used by algorithm 0
   bool magnetic = false;        ///< magnetizationmode non-zero
   T maggamma{};                 ///< azimuth of the magnetisation, degrees
   T magphi{};                   ///< polar angle against z, degrees
@@ -28,7 +28,7 @@ struct IntensityOptions {
   T tolerance{};                ///< tolerance of the tensor classes of algorithm 1
 };
 
-/// The options of a state as they are now, after its script.
+/// The present options of a state, after its script.
 template <Number T>
 IntensityOptions<T> OptionsOfState(const CState& state);
 

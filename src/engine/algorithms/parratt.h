@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Algorithm 0: the recursion of Parratt with Névot-Croce roughness.
+// Algorithm 0: the Parratt recursion with Névot-Croce roughness.
 //
 // L. G. Parratt, Phys. Rev. 95, 359 (1954); L. Névot and P. Croce, Rev. Phys. Appl. 15, 761 (1980).
 // Magnetism enters as a shift of the scalar index to first order in the magnetic constants. Sigma and pi are
@@ -22,8 +22,8 @@ struct ParrattVectors {
 
 /// Normal wavevectors kz = k0 sqrt(n² - cos²θ) of all entries, and the index n at this angle into
 /// scalarindex. k0: wavevector in vacuum, Å⁻¹. theta: grazing angle in vacuum, radians. sign: +1 or -1 shifts
-/// the index by the magnetic constants times ±cos θ (delta rises where beta falls), 0 leaves them out. Never
-/// fails but for memory; NaN and infinity pass through.
+/// the index by the magnetic constants times ±cos θ (delta rises where beta falls), 0 leaves them out. Fails
+/// only when out of memory; NaN and infinity pass through.
 template <Number T>
 void CalcWavevectors(Profile<T>& profile, CArray<Cplx<T>>& kz, const T& k0, const T& theta, const T& sign);
 
@@ -35,7 +35,7 @@ void CalcFresnelCoefficients(const Profile<T>& profile, const CArray<Cplx<T>>& k
 
 /// Intensity reflected by the stack, from the substrate upwards. polarisation: eight doubles, ray one and ray
 /// two, each sigma and pi, each real and imaginary part. ray: 1, or anything else for the second ray.
-/// A profile without an interface reflects nothing. Never fails; NaN and infinity pass through.
+/// A profile without an interface gives 0. Never fails; NaN and infinity pass through.
 template <Number T>
 T CalcParrattIntensity(const Profile<T>& profile, const CArray<Cplx<T>>& kz, const CArray<Cplx<T>>& rpi,
                        const CArray<Cplx<T>>& rsigma, const double* polarisation, int ray);

@@ -26,7 +26,7 @@ Cplx<T> RoundTripPhase(const Cplx<T>& kz, const T& d) {
   return exp(Cplx<T>(T(-2.0) * imag(kz) * d, T(2.0) * real(kz) * d));
 }
 
-/// Amplitude of a slab's upper interface r on top of the amplitude below, seen through the slab.
+/// Amplitude at a slab's upper interface r, from the amplitude below it through the slab.
 template <Number T>
 Cplx<T> AddInterface(const Cplx<T>& r, const Cplx<T>& below) {
   return (r + below) / (T(1.0) + r * below);
@@ -65,7 +65,7 @@ void CalcFresnelCoefficients(const Profile<T>& profile, const CArray<Cplx<T>>& k
     const Cplx<T>& lower = kz[j];
     rsigma[j] = (upper - lower) / (upper + lower);
 
-    // n² of the other side weighs each wavevector: continuity of kz/n² Hy.
+    // Each wavevector is weighted by n² of the other side: continuity of kz/n² Hy.
     const Cplx<T> lower_n2 = squared_index(j);
     const Cplx<T> weighted_upper = lower_n2 * upper;
     const Cplx<T> weighted_lower = upper_n2 * lower;

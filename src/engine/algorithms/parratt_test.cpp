@@ -122,8 +122,8 @@ TYPED_TEST(Parratt, RoughnessMultipliesByTheFactorOfBothWavevectors) {
   ExpectClose<T>(rough.v.rpi[0], times(smooth.v.rpi[0]), 16 * Epsilon<T>());
 }
 
-// Were it multiplied by its factor, the product of these wavevectors would be infinite in float and double
-// and exp(-0 · ∞) leave NaN behind.
+// With its roughness factor the product of these wavevectors would be infinite in float and double, and
+// exp(-0 · ∞) NaN.
 TYPED_TEST(Parratt, ASmoothInterfaceIsNotMultipliedAtAll) {
   using T = TypeParam;
   const double large = std::is_same_v<T, float> ? 1e30 : 1e200;
@@ -166,7 +166,7 @@ TYPED_TEST(Parratt, OneFilmInterferesAsTheRecursionSays) {
   EXPECT_NEAR(r.Intensity(kSigmaFirst, 1), static_cast<double>(std::norm(Y)), 64 * Epsilon<T>());
 }
 
-// Thicknesses of substrate and ambient take no part, nor does the roughness of the ambient.
+// Thicknesses of substrate and ambient have no effect, nor has the roughness of the ambient.
 TYPED_TEST(Parratt, TheOutermostThicknessesAreNotRead) {
   using T = TypeParam;
   const double nan = std::numeric_limits<double>::quiet_NaN();

@@ -10,7 +10,7 @@ namespace tolvik::engine {
 /// each polished by up to ten Newton steps.
 ///
 /// Order: falling real part, then positions 0 and 1, and positions 2 and 3, each by falling imaginary part.
-/// Never fails; a4 = 0 gives values that are not numbers.
+/// Never fails; a4 = 0 gives NaN.
 template <class T>
 void SolveModes(const Cplx<T>& a4, const Cplx<T>& a3, const Cplx<T>& a2, const Cplx<T>& a1, const Cplx<T>& a0,
                 Cplx<T> (&roots)[4]);

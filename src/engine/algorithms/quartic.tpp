@@ -4,9 +4,9 @@
 // y                                   root of the resolvent cubic, with P and Q its depressed coefficients
 // W² = α + 2y                         splits the quartic into two quadratics; S1, S2 their discriminants
 //
-// Any root of the resolvent serves in exact arithmetic. Here the one with the largest |α + 2y| is taken: a
+// In exact arithmetic any root of the resolvent serves. Here the one with the largest |α + 2y| is taken: a
 // magnetisation in the surface makes β tiny but not 0, the principal cube root then leaves only rounding
-// noise in W, both roots of a pair come out as their mean, and no polishing parts them again.
+// noise in W, both roots of a pair result as their mean, and no polishing splits them again.
 #pragma once
 
 #include "engine/algorithms/quartic.h"
@@ -29,7 +29,7 @@ auto IsZero(const Cplx<T>& z) {
   return z.real() == T(0.0) && z.imag() == T(0.0);
 }
 
-// A cube root of z. Any of the three serves; a number type may bring a faster one.
+// A cube root of z. Any of the three serves; a number type may overload a faster one.
 template <class C>
 C CubeRoot(const C& z) {
   using T = typename C::value_type;
@@ -109,10 +109,10 @@ FourRoots<T> SolveFerrari(const Cplx<T>& shift, const Cplx<T>& alpha, const Cplx
            (W - S2) / T(2.0) + shift}};
 }
 
-// Ten rounds of Newton steps, each step kept only where it does not increase |f|. A root that a step left
-// where it was stays there. Lanes call it settled earlier: once |f| is what rounding leaves of f, whose terms
-// are as large as the product E of the roots, or comes near that and stops falling; further steps would only
-// exchange one rounding error for another.
+// Ten rounds of Newton steps, each step kept only where it does not increase |f|. A root that a step did not
+// move stays there. Lanes stop earlier: once |f| is down to the rounding error of f, whose terms are as large
+// as the product E of the roots, or is near that and stops falling; further steps would only exchange one
+// rounding error for another.
 template <class T>
 void PolishRoots(const MonicQuartic<T>& quartic, Cplx<T> (&z)[4]) {
   constexpr double rounding = NumberTraits<T>::rounding_of_quartic;

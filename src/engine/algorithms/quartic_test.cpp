@@ -40,7 +40,7 @@ Four Roots(const Five& a) {
   return result;
 }
 
-// How far a root may move when each coefficient moves by eps of its own size.
+// The change of a root when each coefficient changes by eps of its own size.
 double RootTolerance(const Five& a, const Double& z, double eps) {
   double size = 0;
   Double slope = 0;
@@ -178,8 +178,8 @@ TEST(QuarticOrder, DoesNotDependOnThePath) {
 }
 
 TEST(QuarticTinyBeta, KeepsBothRootsOfAPair) {
-  // ±0.3(1 + 1e-3), ±0.3(1 - 1e-3), each moved so that β is of the size of one rounding error: what a
-  // magnetisation in the surface gives. The principal cube root alone yields their means.
+  // ±0.3(1 + 1e-3), ±0.3(1 - 1e-3), each moved so that β is of the size of one rounding error, as for a
+  // magnetisation in the surface. The principal cube root alone gives their means.
   const Four z = {Double(0.3003, 0.002), Double(0.2997, 0.003), Double(-0.2997, -0.003),
                   Double(-0.3003, -0.002)};
   for (const Double shift : {Double(6e-17, 0), Double(-6e-17, 2e-17), Double(0, 5e-17)}) {

@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// transfer.tpp is included by matrix_one.tpp and matrix_two.tpp only.
-//
-// The walk through the stack that both matrix algorithms share. With row vectors of amplitudes a and field
+// The loop through the stack that both matrix algorithms share. With row vectors of amplitudes a and field
 // matrices D, continuity of (ex, ey, hx, hy) at an interface reads a_up D_up = a_lo D_lo, so a_up = a_lo T
 // with T = D_lo D_up⁻¹.
 #pragma once
@@ -21,10 +19,10 @@ struct EntryModes {
 
 /// The matrix M with a_ambient = a_substrate M; the identity for an empty profile.
 ///
-/// Algorithm gives CalcModes(modes, layer, d), Propagate(P, M) and Roughen(T, sigma, upper, lower), the last
-/// two in place. An entry whose thickness is exactly 0 may leave P alone: it then keeps what the entry above
-/// wrote, and the propagation of that entry is applied once more; under an ambient that wrote none P is 0 and
-/// the result is lost. Users remove such layers from their stacks.
+/// Algorithm has CalcModes(modes, layer, d), Propagate(P, M) and Roughen(T, sigma, upper, lower), the last
+/// two in place. For an entry whose thickness is exactly 0 CalcModes may leave P unchanged: it is then that
+/// of the entry above, whose propagation is applied once more; directly below an ambient that wrote none P is
+/// 0 and the result NaN. Users remove such layers from their stacks.
 template <class T, class Algorithm>
 Matrix4<T> CalcTransferMatrix(const Profile<T>& profile, const Algorithm& algorithm) {
   Matrix4<T> M = Matrix4<T>::Identity();
@@ -34,7 +32,7 @@ Matrix4<T> CalcTransferMatrix(const Profile<T>& profile, const Algorithm& algori
   EntryModes<T> modes;
   algorithm.CalcModes(upper, profile[ambient], T(0.0));
   Matrix4<T> A = Inverse(upper.D);
-  modes.P = upper.P;  // 0, or the identity if the modes of the ambient came with one
+  modes.P = upper.P;  // 0, or the identity if the modes of the ambient set it
   for (std::int32_t i = ambient - 1; i >= 1; --i) {
     algorithm.CalcModes(modes, profile[i], profile[i].layer_d);
     Matrix4<T> interface = modes.D * A;
