@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Scopes in which memory may leak: a library in C that an exception passes through cannot free its memory.
+// Scopes in which memory may be lost: a library in C that an exception passes through cannot let go of its
+// own.
 #pragma once
 
 #if defined(__SANITIZE_ADDRESS__)

@@ -45,7 +45,7 @@ inline std::vector<Genes> GenesOf(const CEvolution& evolution) {
   return genes;
 }
 
-// Runs a generation and returns its output.
+// Runs a generation and gives what it prints.
 inline std::string Iterate(CEvolution& evolution) {
   ::testing::internal::CaptureStdout();
   evolution.Iterate();
