@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """exported_names.py NM HEADER LIBRARY PROGRAM
 
-The library exports what the header marks and nothing else; the program exports all of it too.
+Checks that the library exports exactly the functions that the header marks, and the program exports them too.
 """
 import re
 import subprocess

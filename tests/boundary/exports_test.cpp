@@ -61,7 +61,7 @@ CSolution Grid() {
   return solution;
 }
 
-// A measurement that the substrate itself gives, so that an error of 0 can be reached.
+// A measurement calculated from the substrate itself, so that an error of 0 can be reached.
 CState WithMeasurement() {
   CState state = Substrate();
   CDataset data = Grid();
@@ -108,7 +108,7 @@ TEST_F(Exports, ScansWithoutTablesKeepTheirPoints) {
   for (int i = 0; i < 5; ++i) EXPECT_EQ(solution.dataset_R0[i], 1.0);
 }
 
-// A front end that calls in the wrong order learns that there is nothing yet.
+// Before a fit or an evolution exists, getters return null or change nothing.
 TEST_F(Exports, WithoutAFitOrAnEvolutionThereIsNothingToRead) {
   CState given = Substrate();
   CState* model = &given;
@@ -118,7 +118,7 @@ TEST_F(Exports, WithoutAFitOrAnEvolutionThereIsNothingToRead) {
   CEvolution* evolution = reinterpret_cast<CEvolution*>(&given);
   EXPECT_EQ(FIND(FitIterateDLL)(), ReturnCode::kDone);
   EXPECT_EQ(FIND(FitGetFitStateDLL)(&model), ReturnCode::kDone);
-  EXPECT_EQ(model, &given);  // left as it was
+  EXPECT_EQ(model, &given);  // unchanged
   EXPECT_EQ(FIND(FitGetFitDataDLL)(&curve), ReturnCode::kDone);
   EXPECT_EQ(curve, nullptr);
   EXPECT_EQ(FIND(FitGetFitDLL)(&fit), ReturnCode::kDone);
@@ -141,7 +141,7 @@ TEST_F(Exports, AFitFindsTheMeasuredSubstrate) {
   EXPECT_LT(FIND(FitGetLastErrorDLL)(), 1e-9);
   EXPECT_EQ(FIND(FitGetFitStateDLL)(&model), ReturnCode::kDone);
   EXPECT_NEAR(model->layers[0].layer_delta, 7.6e-6, 1e-9);
-  EXPECT_EQ(given.layers[0].layer_delta, 7.6e-6);  // the state given stays as it is
+  EXPECT_EQ(given.layers[0].layer_delta, 7.6e-6);  // the given state does not change
   FIND(FitGetFitDataDLL)(&curve);
   EXPECT_EQ(curve->dataset_R0.size, 5);
   FIND(FitGetFitDLL)(&fit);

@@ -1,7 +1,7 @@
 # cmake -DBUILD=build folder -DSOURCE=consumer folder -DWORK=scratch folder -DCXX=compiler -P install_and_use.cmake
 #
-# Installs into a scratch prefix, moves that to another place (an installed tree must not know where it was made),
-# and there: the consumer is built and run through the CMake package, and once more through pkg-config.
+# Installs into a scratch prefix, moves that to another place (an installed tree must not depend on its first place),
+# then builds and runs the consumer there through the CMake package, and once more through pkg-config.
 include(${CMAKE_CURRENT_LIST_DIR}/run.cmake)
 
 file(REMOVE_RECURSE ${WORK})

@@ -1,4 +1,4 @@
-# run(command argument...): runs a command, shows what it prints, and ends the script where it fails.
+# run(command argument...): runs a command, shows its output, and ends the script where it fails.
 function(run)
   execute_process(COMMAND ${ARGV} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
   list(JOIN ARGV " " command)

@@ -3,7 +3,7 @@
 """page_test.py HOST STATE ROWS [SCREENSHOT]
 
 Starts the host program on a state and looks at its page with a real browser: it must load as XHTML with MathML without
-a parse error, show one row a slice, and take new values from the form.
+a parse error, show one row per slice, and take new values from the form.
 """
 import pathlib
 import shutil

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""As much of the WebDriver protocol (W3C) as a test of one page needs."""
+"""The part of the WebDriver protocol (W3C) that a test of one page needs."""
 import base64
 import json
 import subprocess

@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """run_cases.py PROGRAM CASES [NAME-PART ...]
 
-Runs PROGRAM on each case folder of CASES (README.md there tells what a case is), compares byte for byte, numbers
-with a tolerance only where the case states one, and ends with "N passed, M failed".
+Runs PROGRAM on each case folder of CASES (README.md there describes a case), compares byte for byte, numbers
+with a tolerance only where the case gives one, and ends with "N passed, M failed".
 """
 import math
 import pathlib
@@ -13,7 +13,7 @@ import sys
 import tempfile
 
 SECONDS = 60
-# Files of a case that are not copied to where the program runs.
+# Files of a case that are not copied to the scratch folder of the program.
 OUR_OWN = {"argv", "stdout", "stderr", "exit", "tolerance", "output"}
 
 
@@ -42,7 +42,7 @@ def tokens_agree(expected, got, relative, floor):
 
 
 def differences(what, expected, got, tolerance):
-    """At most ten lines that say where the two differ."""
+    """At most ten lines that show where the two differ."""
     if expected == got:
         return []
     relative, floor = tolerance
@@ -65,7 +65,7 @@ def read_tolerance(case):
 
 
 def run_case(program, case):
-    """The list of what is wrong; empty when the case passes."""
+    """The list of faults; empty when the case passes."""
     with tempfile.TemporaryDirectory(prefix="tolvik-cli-") as folder:
         scratch = pathlib.Path(folder)
         for item in case.iterdir():

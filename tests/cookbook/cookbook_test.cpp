@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The constraints of examples/cookbook: each state is loaded, its script run once, and what it sets compared
-// with numbers worked out by hand from the parameters in the file.
+// The constraints of examples/cookbook: each state is loaded, its script is run once, and the numbers that it
+// sets are compared with numbers calculated by hand from the parameters in the file.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -20,7 +20,7 @@ class Cookbook : public ::testing::Test {
     ASSERT_EQ(StartScriptDLL(&state_), ReturnCode::kSuccess);
   }
 
-  // A second run, as the commands make it, must not change anything more.
+  // A second run, as in some commands, must not change anything more.
   void ExpectSettled() {
     const CState once = state_;
     StartScriptDLL(&state_);
@@ -114,7 +114,7 @@ TEST_F(Cookbook, MagneticInterface) {
 
 TEST_F(Cookbook, Energy) {
   Open("09_energy");
-  // (8048 / 6000)² = 1.79918..., worked out from 64770304 / 36000000
+  // (8048 / 6000)² = 1.79918..., from 64770304 / 36000000
   const double squared = 64770304.0 / 36000000.0;
   EXPECT_NEAR(state_.layers[1].layer_delta, 2.4318e-05 * squared, 1e-18);
   EXPECT_NEAR(state_.layers[1].layer_beta, 4.9528e-07 * squared * squared, 1e-20);

@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """check_examples.py PROGRAM EXAMPLES
 
-The state files of the folder are those that write_examples.py writes, and the program's curve of each agrees with
-the plain recursion of textbook.py, or of textbook_slices.py where it is sliced or given by elements.
+Checks that the state files of the folder are those that write_examples.py writes, and that the program's curve of each
+agrees with the plain recursion of textbook.py, or of textbook_slices.py where it is sliced, magnetic or given by elements.
 """
 import pathlib
 import subprocess
@@ -13,7 +13,7 @@ import tempfile
 sys.dont_write_bytecode = True
 # Seven printed digits on the program's side; the textbook's n^2 - cos^2 loses about 1e-11, more in deep minima.
 RELATIVE, FLOOR = 2e-6, 1e-14
-# The program's error function comes from a table that is good to 5e-7.
+# The program's error function comes from a table that is accurate to 5e-7.
 RELATIVE_SLICES = 1e-5
 
 
@@ -25,7 +25,7 @@ def differs(line, qz, expected, relative):
 
 
 def expected_curve(path):
-    """[(qz, R)] by the textbook, and how well the program must agree."""
+    """[(qz, R)] by the textbook, and the tolerance for the program."""
     import textbook  # lie beside the examples
     import textbook_slices
 

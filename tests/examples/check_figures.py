@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """check_figures.py PROGRAM EXAMPLES
 
-The figures of README.md, docs/ and examples/ that are cheap to check: each test names the sentence that it holds.
+Checks figures of README.md, docs/ and examples/, where that is cheap: each check names its sentence.
 """
 import math
 import pathlib

@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """check_l_edge.py PROGRAM FOLDER
 
-The files of the example are those that write_tables.py writes; its tables hold to the Kramers-Kronig relation; its
-curves hold to what symmetry demands and agree with each other where two commands calculate the same.
+Checks that the files of the example are those that write_tables.py writes, that its tables obey the Kramers-Kronig
+relation, and that its curves have the required symmetry and agree where two commands calculate the same.
 """
 import math
 import pathlib

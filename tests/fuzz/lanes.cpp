@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Differential fuzzing of the lanes: any numbers in any field of a stack, magnetic ones included. Where the
-// plain algorithm gives a number, each lane set gives one as near to the truth, where it gives NaN or
-// infinity so do they, and an angle alone gives the bits that it has in a batch.
+// plain algorithm gives a number, the number of each lane set must be as accurate; where it gives NaN or
+// infinity so must they; and a single angle must give the same bits as in a batch.
 #include <algorithm>
 #include <cmath>
 #include <complex>
@@ -19,8 +19,8 @@ namespace {
 using namespace tolvik::engine;
 using lanes::LaneSet;
 
-// Doubles as they stand in the input; 0 once it ends. One leading byte chooses between any number and a tame
-// one.
+// Doubles from the bytes of the input; 0 after its end. One leading byte chooses between any number and one
+// of usual size.
 class Input {
  public:
   Input(const std::uint8_t* data, std::size_t size) : data_(data), size_(size) {}
@@ -126,8 +126,7 @@ std::vector<double> Calculate(const Case& test, const std::vector<double>& angle
   std::vector<T> sines(angles.begin(), angles.end());
   std::vector<T> first(sines.size()), second(sines.size());
   IntensityWork<T> work;
-  CalcIntensities<T>(profile, T(test.k0), options, static_cast<std::int32_t>(sines.size()), sines.data(),
-                     first.data(), second.data(), work);
+  CalcIntensities<T>({profile, T(test.k0), options, sines, first.data(), second.data()}, work);
   std::vector<double> result;
   for (std::size_t i = 0; i < sines.size(); ++i) {
     result.push_back(static_cast<double>(first[i]));
@@ -140,8 +139,8 @@ bool SameBits(double a, double b) {
   return std::memcmp(&a, &b, sizeof a) == 0 || (std::isnan(a) && std::isnan(b));
 }
 
-// How far the plain path is off at stacks next to this one. Waves of a magnetic entry that nearly coincide
-// turn rounding errors into large ones.
+// The error of the plain path at stacks next to this one. Waves of a magnetic entry that nearly coincide
+// amplify rounding errors.
 double NoiseAt(const Case& test, std::size_t i) {
   double largest = 0.0;
   for (int turn = -8; turn <= 8; ++turn) {
@@ -167,7 +166,7 @@ void Check(const Case& test, LaneSet set, const std::vector<double>& plain,
       continue;
     }
     if (!std::isfinite(lane[i])) std::abort();
-    // Coarse on purpose: the unit tests hold lanes to the conditioning.
+    // Coarse on purpose: the unit tests compare lanes with the conditioning.
     const double granted = 1e-6 * std::abs(plain[i]) + 1e-20;
     if (std::abs(lane[i] - plain[i]) <= granted || !std::isfinite(exact[i])) continue;
     if (std::abs(lane[i] - exact[i]) <= 2 * std::abs(plain[i] - exact[i]) + granted) continue;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Fuzzes the reader of measured maps, and holds the fast gathering of points against the plain one.
+// Fuzzes the reader of measured maps, and compares the fast gathering of points with the plain one.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Fuzzes what a script can do through `array` and `element`: the input chooses calls and numbers, never text,
+// Fuzzes the calls of a script to `array` and `element`: the input chooses calls and numbers, never text,
 // since a script as such may do anything. Under the address sanitizer no call may leave a record.
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Fuzzes the state file: whatever a file holds loads without harm, and what is saved of it reads back as it
-// was.
+// Fuzzes the state file: any file loads without harm, and a saved state reads back unchanged.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -25,8 +24,8 @@ std::string LoadAndSave(std::string_view text) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  // The first save may hold what no file can: infinities, or a name out of an old table with a "#" in it. The
-  // second has lost them and is final.
+  // The first save may contain values that no file can give: infinities, or a name from an old table with a
+  // "#" in it. The second has lost them and is final.
   const std::string first = LoadAndSave(std::string_view(reinterpret_cast<const char*>(data), size));
   const std::string second = LoadAndSave(first);
   if (LoadAndSave(second) != second) std::abort();

@@ -89,8 +89,8 @@ TEST(Berreman, BiaxialFilmTurnedAnyWay) {
 }
 
 TEST(Berreman, DecoupledSigmaWaveOfTheGeneralCaseIsLost) {
-  // A turn about x leaves the sigma wave alone. Its vector vanishes in the formulas of the general case:
-  // users turn such a tensor by a little.
+  // A rotation about x does not change the sigma wave. Its vector vanishes in the formulas of the general
+  // case: users rotate such a tensor slightly.
   const auto stack = [](double tilt) {
     Value e[9] = {{0.975, 0.02}, 0, tilt, 0, {0.985, 0.012}, {0.002, 0.001}, tilt, {0.002, 0.001},
                   {0.99, 0.006}};
@@ -145,8 +145,8 @@ TEST(Berreman, RandomMagnetisationsOfRandomStrength) {
   std::uniform_real_distribution<double> unit(-1, 1);
   for (int trial = 0; trial < 40; ++trial) {
     const double gamma = 180 * unit(random), phi = 180 * unit(random);
-    // A magnetic beta beyond the plain one would amplify, and leave it open which waves of the substrate come
-    // in.
+    // A magnetic beta above the plain one would amplify, and it would be undefined which waves of the
+    // substrate run up.
     const double ddelta = 0.004 * unit(random), dbeta = 0.0015 * unit(random);
     ExpectMagnetic({gamma, phi}, ddelta, dbeta, 2e-8);
   }

@@ -51,14 +51,14 @@ TEST_P(EachRay, SubstrateReflectsByFresnelsFormula) {
       for (int i = 0; i < grid.dataset_qz.size; ++i) {
         const long double s = SinTheta(grid.dataset_qz[i]);
         const long double expected = std::norm(Fresnel(1, n, s, GetParam()));
-        // n² - cos²θ cancels in both media: in double their indices act as if off by some roundings of 1.
+        // n² - cos²θ cancels in both media: in double their indices have errors of some roundings of 1.
         constexpr long double kStep = 1e-8L;
         long double slope = 0;
         for (const Index& step : {Index(kStep), Index(0, kStep)}) {
           slope += std::abs(std::norm(Fresnel(1, n + step, s, GetParam())) - expected) / kStep;
           slope += std::abs(std::norm(Fresnel(1.0L + step, n, s, GetParam())) - expected) / kStep;
         }
-        // The amplitude itself is a difference, rounded beside 1: it counts where pi almost vanishes.
+        // The amplitude itself is a difference, rounded relative to 1: that matters where pi almost vanishes.
         const long double tolerance =
             8 * std::numeric_limits<double>::epsilon() * (slope + std::sqrt(expected));
         EXPECT_NEAR(curve[i], static_cast<double>(expected), static_cast<double>(tolerance))
@@ -141,7 +141,7 @@ TEST(Fresnel, PiVanishesAtBrewstersAngle) {
   EXPECT_LT(Curve(state, MakeGrid({4 * M_PI / kLambda * sine}))[0], 1e-30);
 }
 
-// Grazing x-rays hardly tell sigma from pi: the difference is of the order of the intensity times θ².
+// For grazing x-rays sigma and pi hardly differ: the difference is of the order of the intensity times θ².
 TEST(Fresnel, SigmaAndPiMeetAtGrazingAngles) {
   CState sigma = MakeState({{.delta = 7.6e-6, .beta = 1.7e-7}, {}});
   CState pi = sigma;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// What theory says of whole stacks: invariances, bounds, Bragg peaks, Kiessig fringes, the kinematic limit.
+// Theory of whole stacks: invariances, bounds, Bragg peaks, Kiessig fringes, the kinematic limit.
 #include <algorithm>
 #include <cmath>
 #include <complex>
@@ -68,8 +68,8 @@ TEST(Multilayer, AThickAbsorberHidesWhatIsBelow) {
   ExpectSameCurves(MakeState({thick, {}}), MakeState({{.delta = 0.5, .beta = 0.1}, thick, {}}), 1e-9);
 }
 
-// Smooth stacks of any contrast, rough ones of x-ray contrast: the factor of Névot and Croce holds for
-// roughness below the penetration depth only and amplifies beyond.
+// Smooth stacks of any contrast, rough ones of x-ray contrast: the Névot-Croce factor is valid for roughness
+// below the penetration depth only and amplifies beyond.
 TEST(Multilayer, NothingReflectsMoreThanItGets) {
   constexpr unsigned kSeed = 4711;
   RecordProperty("seed", static_cast<int>(kSeed));

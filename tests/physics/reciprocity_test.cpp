@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Source and detector exchanged: reciprocity holds with absorption too, where energy conservation says
-// nothing.
+// Source and detector exchanged: reciprocity holds with absorption too, where energy conservation cannot be
+// tested.
 #include <gtest/gtest.h>
 
 #include "support/intensities.h"
@@ -12,7 +12,7 @@ namespace {
 constexpr double kWavevector = 0.32;
 
 // R. J. Potton, Rep. Prog. Phys. 67, 717 (2004): a free-standing stack transmits alike from both sides.
-// Sees a wrong field matrix or interface; a wrong phase of all slabs alike keeps the symmetry.
+// Detects a wrong field matrix or interface; the same wrong phase in all slabs keeps the symmetry.
 TEST(Reciprocity, AFreeStandingStackTransmitsAlikeFromBothSides) {
   const Slab first{30, 0.02, 0.01}, second{15, -0.01, 0.03}, third{50, 0.04, 0.002}, vacuum{};
   const auto stack = MakeProfile<double>({vacuum, first, second, third, vacuum});
@@ -32,10 +32,10 @@ double Unpolarised(const engine::Profile<double>& profile, double theta) {
          TensorIntensity(profile, kWavevector, theta, kPi);
 }
 
-// L. Onsager, Phys. Rev. 37, 405 (1931): reversing the beam is reversing the magnetisation. A turn of the
-// sample by half a circle about its normal brings the beam back, so that only the normal part has changed its
-// sign. A mirror at the plane of incidence turns that part and the one along the beam, so either may go
-// alone.
+// L. Onsager, Phys. Rev. 37, 405 (1931): reversing the beam is equivalent to reversing the magnetisation. A
+// rotation of the sample by half a circle about its normal restores the beam, so that only the normal part
+// has changed its sign. A mirror at the plane of incidence reverses that part and the one along the beam, so
+// either may be reversed alone.
 TEST(Reciprocity, UnpolarisedLightDoesNotSeeTheSignOfTheNormalPart) {
   const auto magnetised = [](double gamma, double phi) {
     return MakeProfile<double>({{0, 0.02, 0.01, 0, 0.004, 0.001},

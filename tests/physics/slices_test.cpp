@@ -13,7 +13,7 @@ constexpr double kWavevector = 0.32;
 using Profile = engine::Profile<double>;
 
 Profile Slice(Profile profile, double step, const CArray<CGaussFunction>& functions = {}) {
-  engine::SegmentProfile(profile, functions, 1, 2, 2, {step, step, 0});
+  engine::SegmentProfile(profile, functions, 1, 2, {step, step, 0, 2});
   return profile;
 }
 
@@ -22,8 +22,8 @@ Profile Interface(double sigma) {
 }
 
 // Relative distance of the sliced interface from the Névot-Croce factor. Without absorption: the error
-// function is laid through the index and not its square, which shifts the interface by (δ - iβ) σ / 2√π, and
-// an imaginary shift shows.
+// function is that of the index and not of its square, which shifts the interface by (δ - iβ) σ / 2√π, and an
+// imaginary shift changes R.
 double Distance(double sigma, double theta) {
   const auto interface = MakeProfile<double>({{0, 0.009, 0, sigma}, {}});
   const double rough = RecursionIntensity(interface, kWavevector, theta, kSigma);
@@ -31,7 +31,7 @@ double Distance(double sigma, double theta) {
 }
 
 TEST(Slices, OfOneErrorFunctionConvergeToNevotCroce) {
-  // The factor is exact to second order in the roughness; of an odd order nothing can remain.
+  // The factor is exact to second order in the roughness; odd orders vanish.
   for (double theta : {0.2, 0.5, 0.8}) {
     EXPECT_LT(Distance(2, theta), 2e-5) << theta;
     EXPECT_LT(Distance(2, theta), Distance(4, theta) / 14) << theta;
@@ -58,7 +58,7 @@ TEST(Slices, ThinnerThanNeededChangeNothing) {
 TEST(Slices, AdaptiveOnesEqualEvenOnes) {
   auto stack = MakeProfile<double>({{0, 0.004, 0.002, 4}, {120, 0.009, 0.004, 3}, {}});
   auto adaptive = stack;
-  engine::SegmentProfile(adaptive, {}, 1, 0, 2, {0.2, 5, 1});
+  engine::SegmentProfile(adaptive, {}, 1, 0, {0.2, 5, 1, 2});
   const auto even = Slice(stack, 0.2);
   EXPECT_LT(adaptive.size, even.size / 2);
   for (double theta : {0.1, 0.3, 0.6}) {
@@ -114,7 +114,7 @@ TEST(Slices, ElementProfileOfOneInterfaceIsTheLayerWithThatDensity) {
   const double scale = 415.1761541 / (energy * energy);
   auto stack = MakeProfile<double>(
       {{0, scale * 0.5 * 9, scale * 0.5 * 4, 2}, {20, scale * 0.2 * 9, scale * 0.2 * 4, 2}, {}});
-  engine::SegmentProfile(stack, {}, 1, 0, 1, {0.5, 0.5, 0});
+  engine::SegmentProfile(stack, {}, 1, 0, {0.5, 0.5, 0, 1});
   for (double theta : {0.1, 0.3, 0.6}) {
     const double expected = RecursionIntensity(stack, kWavevector, theta, kSigma);
     // The two grids lie a quarter of a step apart.

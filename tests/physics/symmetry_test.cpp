@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// What a turn or a mirror of the sample does to the tensor algorithm.
+// Rotations and mirrors of the sample in the tensor algorithm.
 #include <gtest/gtest.h>
 
 #include "support/intensities.h"

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// How many digits of a curve are right, in each precision, on three usual samples: prints the table of
-// docs/numerics.md and holds the errors to what the contrast allows.
+// The accuracy of curves in each precision, on three usual samples: prints the table of docs/numerics.md and
+// compares the errors with a bound from the contrast.
 //
-// The optical contrast enters as n² - cos²θ, rounded beside 1. An interface reflects by the difference of two
-// such numbers, about 2 delta, so a rounding ε of 1 leaves the amplitude ε / (2 delta) uncertain, and the
-// intensity twice that; a stack adds some of these.
+// The optical contrast enters as n² - cos²θ, rounded relative to 1. An interface reflects by the difference
+// of two such numbers, about 2 delta, so a rounding ε of 1 makes the amplitude uncertain by ε / (2 delta),
+// and the intensity by twice that; a stack adds some of these.
 #include <gtest/gtest.h>
 
 #include <algorithm>

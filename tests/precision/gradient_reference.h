@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Derivatives of a reflectivity by central differences of 200 bits, from a recursion of its own: the textbook
-// one with k = k0 sqrt(n² - 1 + s²), which shares no line with the engine.
+// Derivatives of a reflectivity by central differences of 200 bits, from an independent recursion: the
+// textbook one with k = k0 sqrt(n² - 1 + s²), which shares no line with the engine.
 #pragma once
 
 #include <vector>
@@ -24,8 +24,8 @@ inline constexpr ProfileField kAllFields[] = {
     ProfileField::kRoughnessSquared,
 };
 
-/// A derivative, and 2 |r| |dr/dp| summed over both polarisations with their shares: what remains of it when
-/// the phases of amplitude and slope do not cancel, the measure of its rounding errors.
+/// A derivative, and 2 |r| |dr/dp| summed over both polarisations with their shares: its size without the
+/// cancellation between the phases of amplitude and slope, the scale of its rounding errors.
 struct ReferenceSlope {
   double derivative = 0;
   double modulus = 0;

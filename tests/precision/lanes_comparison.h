@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Lanes against the plain path on one case, with a wider type as the referee.
+// Lanes against the plain path on one case, with a wider type as the reference.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -35,8 +35,8 @@ inline double Share(const RandomCase& test, int ray) {
   return part[0] * part[0] + part[1] * part[1] + part[2] * part[2] + part[3] * part[3];
 }
 
-// What rounding must be granted: a few units for each coefficient (x - y) / (x + y), whose error is absolute
-// and so weighs more the smaller the intensity is.
+// The allowance for rounding: a few units for each coefficient (x - y) / (x + y), whose error is absolute and
+// so weighs more the smaller the intensity is.
 template <class T>
 double RoundingOf(const RandomCase& test, double intensity, double share) {
   const double epsilon = static_cast<double>(std::numeric_limits<T>::epsilon());
@@ -48,7 +48,7 @@ double RoundingOf(const RandomCase& test, double intensity, double share) {
          smallest;
 }
 
-// x rounded to T. Through memory: GCC 12 leaves the last two conversions out when it vectorises a loop of
+// x rounded to T. Through memory: GCC 12 omits the last two conversions when it vectorises a loop of
 // them.
 template <class T>
 double RoundThrough(double x) {
@@ -76,8 +76,8 @@ void RoundTo(RandomCase& test) {
   test.options.tolerance = RoundThrough<T>(test.options.tolerance);
 }
 
-// The intensities in a wider type; how far they move when each number of the stack moves by the rounding of
-// T: the conditioning; and how far the plain path of T is off at these stacks next to this one: its noise.
+// The intensities in a wider type; their change when each number of the stack changes by the rounding of T:
+// the conditioning; and the error of the plain path of T at these stacks next to this one: its noise.
 class Referee {
  public:
   template <class T, class Exact>
@@ -150,7 +150,7 @@ Referee JudgeOf(const RandomCase& test, bool strict, int moves) {
   return strict ? Referee::Of<T, CNumber>(test, moves) : Referee::Of<T, long double>(test, moves);
 }
 
-// A few neighbours tell the conditioning of nearly all angles; where a lane seems off, many are asked.
+// A few neighbours give the conditioning of nearly all angles; where a lane seems wrong, many are used.
 inline constexpr int kFewMoves = 4;
 inline constexpr int kManyMoves = 40;
 
@@ -209,7 +209,7 @@ class Comparison {
   Intensities<T> plain_, lane_;
 };
 
-// One angle alone, the same angle inside a long batch, and the batch turned about: the same bits.
+// One angle alone, the same angle inside a long batch, and the reversed batch: the same bits.
 template <class T>
 void ExpectSameInAnyBatch(const RandomCase& test, LaneSet set, int number) {
   const auto same = [](T a, T b) { return a == b || (std::isnan(a) && std::isnan(b)); };

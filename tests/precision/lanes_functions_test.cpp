@@ -134,7 +134,7 @@ TYPED_TEST(LanesFunctions, RootIsWithinOnePlaceAndItsInverseWithinTwo) {
   }
 }
 
-// √x / x and not x / x, so that the numerators are any numbers.
+// √x / x and not x / x, so that the numerators vary.
 TYPED_TEST(LanesFunctions, QuotientIsWithinOnePlace) {
   using Exact = typename TestFixture::Wider;
   for (const Kernels* kernels : this->Sets()) {
@@ -150,7 +150,7 @@ TYPED_TEST(LanesFunctions, QuotientIsWithinOnePlace) {
   }
 }
 
-// What lies below the range of the exponential is 0, at the very end and far beyond it.
+// Below the range of the exponential the result is 0, at the very end and far beyond it.
 TYPED_TEST(LanesFunctions, ExponentialVanishesBelowItsRange) {
   for (const Kernels* kernels : this->Sets()) {
     const std::vector<TypeParam> x = {TypeParam(-800), TypeParam(-1e30),

@@ -73,7 +73,7 @@ TYPED_TEST(LanesMatrix, ResultsDoNotDependOnTheBatch) {
   }
 }
 
-// How far lanes are off beside how far the plain path is, over many intensities.
+// The error of lanes relative to that of the plain path, over many intensities.
 class ErrorRatios {
  public:
   void Add(double lane, double plain, double exact, double share) {
@@ -95,7 +95,7 @@ class ErrorRatios {
   double logarithms_ = 0;
 };
 
-// A single intensity may come out worse by chance, most may not.
+// A single intensity may be worse by chance, most may not.
 TEST(LanesMatrixErrors, AreOnTheWholeSmallerThanPlain) {
   for (const LaneSet set : LaneSetsHere()) {
     for (const int algorithm : {Algorithm::kMatrixOne, Algorithm::kMatrixTwo}) {
@@ -123,7 +123,7 @@ TEST(LanesMatrixErrors, AreOnTheWholeSmallerThanPlain) {
 }
 
 // One wave at a time through a thick absorber: the growing waves of the matrices overflow first, and where
-// they do the result is not a number, by lanes as without.
+// they do the result is NaN, with lanes as without.
 TYPED_TEST(LanesMatrix, OverflowOfTheGrowingWavesStays) {
   RandomCase test;
   test.k0 = 4.0;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The recursion of Parratt by lanes, against the plain recursion of the same precision. Where the two differ
-// the plain recursion of a wider type is the referee: the 200-bit one for some cases, the next wider built-in
+// The Parratt recursion by lanes, against the plain recursion of the same precision. Where the two differ the
+// plain recursion of a wider type is the reference: the 200-bit one for some cases, the next wider built-in
 // one, which is a hundred times faster, for the rest.
 #include <gtest/gtest.h>
 
@@ -53,7 +53,7 @@ TYPED_TEST(LanesParratt, ResultsDoNotDependOnTheBatch) {
   }
 }
 
-// A contrast below the spacing of T at 1 is none: the interface vanishes, as in the plain form.
+// A contrast below the spacing of T at 1 is lost: the interface vanishes, as in the plain form.
 TYPED_TEST(LanesParratt, ContrastThatTheTypeCannotHoldVanishes) {
   RandomCase test;
   test.k0 = 4.0;

@@ -12,7 +12,7 @@
 
 namespace tolvik::test {
 
-/// Holds a lane set while it lives; afterwards the widest one is back.
+/// Selects a lane set for its lifetime; afterwards the widest one is selected again.
 class LanesForNow {
  public:
   explicit LanesForNow(engine::lanes::LaneSet set) { engine::lanes::ChooseLanes(set); }
@@ -87,9 +87,9 @@ Intensities<T> Calculate(const RandomCase& test) {
   result.first.assign(sines.size(), T(-1.0));
   result.second.assign(sines.size(), T(-1.0));
   engine::IntensityWork<T> work;
-  engine::CalcIntensities<T>(profile, T(test.k0), ConvertOptions<T>(test.options),
-                             static_cast<std::int32_t>(sines.size()), sines.data(), result.first.data(),
-                             result.second.data(), work);
+  engine::CalcIntensities<T>({profile, T(test.k0), ConvertOptions<T>(test.options), sines,
+                              result.first.data(), result.second.data()},
+                             work);
   return result;
 }
 

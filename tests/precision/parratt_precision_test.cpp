@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Float, double and long double against MPFR on random stacks.
 //
-// The tolerance is not a guess. A result in floating point is the exact one of slightly wrong numbers; here
-// the numbers are the indices (n² - cos²θ cancels, so an error of one rounding beside 1 is magnified),
-// thicknesses and roughnesses, each wrong by a few roundings. The slopes of R with respect to all of them,
-// taken in MPFR, give the error to be expected.
+// Source of the tolerance: a result in floating point is the exact one of slightly wrong numbers; here the
+// numbers are the indices (n² - cos²θ cancels, so an error of one rounding of 1 is magnified), thicknesses
+// and roughnesses, each wrong by a few roundings. The slopes of R with respect to all of them, taken in MPFR,
+// give the expected error.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -31,7 +31,7 @@ T Reflect(Profile<T>& profile, const CState& state, double s) {
   T first;
   const T sine(static_cast<float>(s));
   const T k0 = WavevectorFromLambda(T(state.lambda));
-  CalcIntensities<T>(profile, k0, OptionsOfState<T>(state), 1, &sine, &first, nullptr, work);
+  CalcIntensities<T>({profile, k0, OptionsOfState<T>(state), {&sine, 1}, &first}, work);
   return first;
 }
 
@@ -115,10 +115,10 @@ TEST(ParrattPrecision, ErrsAsTheConditioningSays) {
       constexpr double kDouble = std::numeric_limits<double>::epsilon();
       constexpr auto kLongDouble = static_cast<double>(std::numeric_limits<long double>::epsilon());
       in_double.Add(Reflect<double>(state, s), expected, expected.Error(kDouble));
-      // The result comes out as a double, whose own rounding is added to that of long double.
+      // The result is a double, whose rounding is added to that of long double.
       in_long_double.Add(Reflect<long double>(state, s), expected,
                          expected.Error(kLongDouble) + kDouble * expected.r);
-      // In float the slopes hold where the rounding of 1 is small beside n² - cos²θ.
+      // In float the slopes are valid where the rounding of 1 is small compared with n² - cos²θ.
       if (s > 0.05) in_float.Add(Reflect<float>(state, s), expected, expected.Error(kFloat));
     }
   }
@@ -127,7 +127,7 @@ TEST(ParrattPrecision, ErrsAsTheConditioningSays) {
   in_long_double.Print("long double");
   EXPECT_GT(in_double.count, kStacks * kAngles / 2);
   EXPECT_GT(in_float.count, kStacks);
-  // An expectation far above the errors would let everything pass.
+  // An expectation far above the errors would accept any result.
   EXPECT_GT(in_double.sum / in_double.count, 0.01);
   EXPECT_GT(in_float.sum / in_float.count, 0.01);
 }

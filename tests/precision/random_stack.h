@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Random stacks and angles for the comparison of number types, ordinary ones and every odd corner.
+// Random stacks and angles for the comparison of number types, ordinary ones and unusual ones.
 #pragma once
 
 #include <cmath>
@@ -86,14 +86,14 @@ class RandomCases {
     }
   }
 
-  /// An ordinary case in which a few things are odd.
+  /// An ordinary case with a few unusual numbers.
   RandomCase Odd(int angles) {
     RandomCase result = Ordinary(angles);
     MakeOdd(result);
     return result;
   }
 
-  /// Spoils a few things of a case.
+  /// Replaces a few numbers of a case by unusual ones.
   void MakeOdd(RandomCase& result) {
     if (OneIn(10)) result.layers.resize(1 + static_cast<std::size_t>(Below(2)));
     for (int change = 1 + Below(3); change > 0; --change) {
@@ -125,7 +125,7 @@ class RandomCases {
     for (std::size_t j = 3; j + 1 < layers.size(); ++j) layers[j] = layers[j - 2];
   }
 
-  // Angles crowd where the physics is: around the critical angles.
+  // More angles where R changes most: around the critical angles.
   double Sine(double k0) {
     if (OneIn(4)) return Uniform(0.0, 1.0);
     return std::min(0.999, Logarithmic(1e-4, 1.5) / (2 * k0));

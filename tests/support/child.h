@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// A function in a process of its own, for commands that never come back.
+// A function in a process of its own, for commands that never return.
 #pragma once
 
 #include <fcntl.h>
@@ -17,8 +17,8 @@
 
 namespace tolvik::testing {
 
-/// Runs a function in a forked process whose working directory is the folder given. Its standard output and
-/// standard error come through pipes. The destructor kills it.
+/// Runs a function in a forked process in the given working directory. Its standard output and standard error
+/// come through pipes. The destructor kills it.
 class Child {
  public:
   enum class Output { kRead, kDropped };
@@ -70,7 +70,7 @@ class Child {
     return WIFEXITED(status_) ? WEXITSTATUS(status_) : -1;
   }
 
-  /// What comes through standard output until it holds that many lines, the process ends or the time is over.
+  /// The standard output up to that many lines, the end of the process or the end of the time.
   std::string ReadOut(int lines, std::chrono::milliseconds within) { return Read(out_, lines, within); }
   std::string ReadErr(int lines, std::chrono::milliseconds within) { return Read(err_, lines, within); }
 
@@ -97,8 +97,8 @@ class Child {
   int err_ = -1;
 };
 
-/// Runs a function in a forked process with the streams of this one: the exit value that it gives, or minus
-/// the signal that ended it.
+/// Runs a function in a forked process with the streams of this one. Returns its exit value, or minus the
+/// number of the signal that ended it.
 template <class Function>
 int RunAside(Function run) {
   const pid_t child = fork();

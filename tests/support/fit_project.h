@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// A small project to fit: one film on a substrate with a measurement of its own making.
+// A small project to fit: one film on a substrate with a calculated measurement.
 #pragma once
 
 #include <initializer_list>

@@ -7,7 +7,7 @@
 
 namespace tolvik::testing {
 
-/// Connects to a port of the local machine, waiting up to ten seconds for a server to listen. Gives the
+/// Connects to a port of the local machine, waiting up to ten seconds for a server to listen. Returns the
 /// socket, or throws std::runtime_error.
 int ConnectTo(std::uint16_t port);
 

@@ -50,7 +50,7 @@ inline double RecursionIntensity(engine::Profile<double> profile, double k0, dou
   return engine::CalcParrattIntensity<double>(profile, kz, rpi, rsigma, rays, 1);
 }
 
-/// The tensor that the tensor algorithm takes for an entry.
+/// The tensor that the tensor algorithm uses for an entry.
 inline Tensor3 TensorOfEntry(const engine::CLayer<double>& entry) {
   Tensor3 e{};
   const Complex n(1.0L - static_cast<Real>(entry.layer_delta), entry.layer_beta);
@@ -67,8 +67,7 @@ inline Tensor3 TensorOfEntry(const engine::CLayer<double>& entry) {
   return e;
 }
 
-/// Reflected intensity by the independent solution; roughness does not exist there, and the ambient is
-/// vacuum.
+/// Reflected intensity by the independent solution, without roughness, under vacuum.
 inline double IndependentIntensity(const engine::Profile<double>& profile, double k0, double theta,
                                    const Ray& ray) {
   std::vector<BerremanLayer> layers;

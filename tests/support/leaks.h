@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Scopes in which memory may be lost: a library in C that an exception passes through cannot let go of its
-// own.
+// Scopes in which memory may leak: a library in C that an exception passes through cannot free its memory.
 #pragma once
 
 #if defined(__SANITIZE_ADDRESS__)

@@ -35,7 +35,7 @@ constexpr int PrecisionOf() {
   return 1;
 }
 
-/// Relative spacing of T at 1, but not below that of the double in which results come out.
+/// Relative spacing of T at 1, but not below that of the double that holds the results.
 template <class T>
 double Epsilon() {
   if constexpr (std::is_same_v<T, float>) return std::numeric_limits<float>::epsilon();

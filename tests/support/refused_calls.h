@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// A kernel that refuses system calls, for what a test cannot bring about otherwise: an old file system, a
+// A kernel that refuses system calls, for situations that a test cannot make otherwise: an old file system, a
 // kill at one exact point.
 #pragma once
 
@@ -21,8 +21,8 @@ struct RefusedCall {
   unsigned flag = 0;
 };
 
-/// Makes the calls end as `action` says, for the rest of this process: run it in a forked one. False where
-/// the kernel does not allow such a filter.
+/// Makes the calls end by `action` for the rest of this process: use it in a forked one. False where the
+/// kernel does not allow such a filter.
 inline bool FilterCalls(std::initializer_list<RefusedCall> calls, unsigned action) {
   std::vector<sock_filter> program;
   for (const RefusedCall& call : calls) {

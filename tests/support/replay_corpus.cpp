@@ -17,7 +17,7 @@ void Replay(const std::filesystem::path& file) {
   std::ifstream in(file, std::ios::binary);
   const std::vector<char> bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
   std::printf("%s: %zu bytes\n", file.filename().c_str(), bytes.size());
-  std::fflush(stdout);  // the last name stands when the target dies
+  std::fflush(stdout);  // so that the last name is printed when the target dies
   LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
 }
 

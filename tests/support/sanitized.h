@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Whether the tests run under a sanitizer, where times and resident memory say nothing.
+// Whether the tests run under a sanitizer, where times and resident memory are meaningless.
 #pragma once
 
 #if !defined(__has_feature)
-#define __has_feature(name) 0  // clang's way to ask; g++ defines the macros instead
+#define __has_feature(name) 0  // of clang; g++ defines macros instead
 #endif
 
 namespace tolvik::testing {

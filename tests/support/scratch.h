@@ -30,7 +30,7 @@ class ScratchFolder {
   /// Path of a file of that name in the folder.
   std::string Path(const std::string& name) const { return (path_ / name).string(); }
 
-  /// Writes a file byte for byte and gives its path.
+  /// Writes a file byte for byte and returns its path.
   std::string Write(const std::string& name, const std::string& text) const {
     std::ofstream(Path(name), std::ios::binary) << text;
     return Path(name);

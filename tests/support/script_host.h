@@ -11,7 +11,7 @@
 
 namespace tolvik::testing {
 
-/// Call Start() when state_ holds what the scripts are to see.
+/// Call Start() when state_ is complete.
 class ScriptHost : public ::testing::Test {
  protected:
   ~ScriptHost() override {

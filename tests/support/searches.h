@@ -45,7 +45,7 @@ inline std::vector<Genes> GenesOf(const CEvolution& evolution) {
   return genes;
 }
 
-// Runs a generation and gives what it prints.
+// Runs a generation and returns its output.
 inline std::string Iterate(CEvolution& evolution) {
   ::testing::internal::CaptureStdout();
   evolution.Iterate();

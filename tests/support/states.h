@@ -10,7 +10,7 @@
 
 namespace tolvik::testing {
 
-/// What a test says of a layer; lengths in Å.
+/// The numbers of a layer that a test gives; lengths in Å.
 struct Slab {
   double delta = 0;
   double beta = 0;

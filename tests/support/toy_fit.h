@@ -18,7 +18,7 @@ inline double SumOfSquares(const Point& p) {
   return sum;
 }
 
-/// Minimises a function of the variables. Without residuals of its own a function serves the simplexes only.
+/// Minimises a function of the variables. A function without residuals is for the simplexes only.
 class ToyFit final : public CChiSquareFit {
  public:
   using Function = std::function<double(const Point&)>;
@@ -68,7 +68,7 @@ class ToyFit final : public CChiSquareFit {
   Point Errors() const { return {vertexerrors.begin(), vertexerrors.end()}; }
   Point Sum() const { return {vertexsum.begin(), vertexsum.end()}; }
 
-  std::vector<Point> evaluated;  ///< all points that the optimiser asked for, in order
+  std::vector<Point> evaluated;  ///< all points that the optimiser evaluated, in order
 
  private:
   Function function_;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// What a call prints.
+// The output of a call.
 #pragma once
 
 #include <fcntl.h>
@@ -11,7 +11,7 @@
 
 namespace tolvik::testing {
 
-/// Catches standard output from its making to Take or to its end.
+/// Captures standard output from its construction to Take or to its destruction.
 class CapturedOutput {
  public:
   CapturedOutput() : file_(std::tmpfile()) {
@@ -24,7 +24,7 @@ class CapturedOutput {
   CapturedOutput(const CapturedOutput&) = delete;
   CapturedOutput& operator=(const CapturedOutput&) = delete;
 
-  /// Gives standard output back and returns what was caught.
+  /// Restores standard output and returns the captured text.
   std::string Take() {
     if (file_ == nullptr) return {};
     std::fflush(stdout);

@@ -12,19 +12,19 @@
 
 namespace tolvik::testing {
 
-/// One case: calls in order, each with what is expected of it.
+/// One case: calls in order, each with its expected results.
 class CasePlayer {
  public:
   explicit CasePlayer(const nlohmann::json& plan);
 
-  /// Writes the files of the case into the working directory and plays its steps. Gives what differs first,
-  /// with the step and the value, or nothing.
+  /// Writes the files of the case into the working directory and plays its steps. Returns the first
+  /// difference, with the step and the value, or an empty text.
   std::optional<std::string> Play();
 
  private:
   using Json = nlohmann::json;
 
-  /// Makes the call and gives everything that a step may expect, by the names of the expectation.
+  /// Makes the call and returns all results that a step may expect, by the names of the expectation.
   Json Call(const Json& step);
   Json CallOnState(const std::string& call, const Json& step, CState& state);
   Json CallFit(const std::string& call, const Json& step);

@@ -65,7 +65,7 @@ std::optional<std::string> FindDifference(const json& want, const json& got, Tol
     }
     return std::nullopt;
   }
-  // A bool of the record may be told as a number.
+  // A bool of the record may be given as a number.
   const json plain = got.is_boolean() && want.is_number() ? json(got.get<bool>() ? 1 : 0) : got;
   const auto a = AsNumber(want), b = AsNumber(plain);
   if (a && b) return Agree(*a, *b, tolerance) ? std::nullopt : std::optional(Tell(place, want, got));

@@ -14,13 +14,13 @@ struct Tolerance {
   double abs = 0;
 };
 
-/// What differs first, with its place, or nothing. Lists agree by length and element; the texts "nan", "inf"
-/// and
-/// "-inf" stand for such numbers, and the sign of a NaN does not count.
+/// The first difference, with its place, or an empty text. Lists agree by length and element; the texts
+/// "nan", "inf" and
+/// "-inf" mean such numbers, and the sign of a NaN is ignored.
 std::optional<std::string> FindDifference(const nlohmann::json& want, const nlohmann::json& got,
                                           Tolerance tolerance, const std::string& place);
 
-/// The same for two pages: the texts between the numbers are exact, but for the layout of what stands before
+/// The same for two pages: the texts between the numbers are exact, except for the layout of the text before
 /// the head; "-nan" counts as "nan" and "-0" as "0".
 std::optional<std::string> FindPageDifference(const std::string& want, const std::string& got,
                                               Tolerance tolerance);

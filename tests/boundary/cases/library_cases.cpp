@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // library-cases FOLDER: plays every JSON file of a folder against the exported functions, each in a process
-// and a working directory of its own, prints what differs and last "N passed, M failed".
+// and a working directory of its own, prints the differences and last "N passed, M failed".
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -19,7 +19,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Plays one case; the exit value of the process that does it.
+// Plays one case; the exit value of its process.
 int PlayCase(const fs::path& file) {
   std::optional<std::string> difference;
   try {

@@ -10,12 +10,12 @@
 
 namespace tolvik::testing {
 
-/// The value of a member: a number, a bool, a text or a list; values that are no numbers as "nan", "inf",
-/// "-inf". A complex element is a list of two. Throws std::out_of_range for a path that names nothing.
+/// The value of a member: a number, a bool, a text or a list; values that are not finite as "nan", "inf",
+/// "-inf". A complex element is a list of two. Throws std::out_of_range for a path without a member.
 nlohmann::json GetByPath(CState& record, const std::string& path);
 nlohmann::json GetByPath(CDataset& record, const std::string& path);
 
-/// Assigns a member. Throws std::out_of_range for a path that names nothing and nlohmann's errors for a value
+/// Assigns a member. Throws std::out_of_range for a path without a member and nlohmann's errors for a value
 /// of another type.
 void SetByPath(CState& record, const std::string& path, const nlohmann::json& value);
 void SetByPath(CDataset& record, const std::string& path, const nlohmann::json& value);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Somebody else's front end: loads a state, calculates its curve, steps a fit and an evolution, all through
-// the installed package.
+// A foreign front end: loads a state, calculates its curve, steps a fit and an evolution, all through the
+// installed package.
 #include <tolvik/state_file.h>
 #include <tolvik/tolvik.h>
 
