@@ -5,8 +5,8 @@
 // Software Manual for the Elementary Functions, 1980); the polynomials interpolate the remainder at the
 // Chebyshev nodes, relative error below 2e-17 (double) and 2e-10 (float) before rounding. Against the general
 // functions of a library these leave out all that a reflectivity never asks: huge arguments and results below
-// the smallest normal number (0 here). On AVX2 in double they take 0.23 to 0.40 (exponential) and 0.49 to 0.59
-// (sine and cosine) of the time of xsimd 8.1, with largest errors of 1.0 and 1.6 units of the last place
+// the smallest normal number (0 here). On AVX2 in double they take 0.23 to 0.40 (exponential) and 0.49 to
+// 0.59 (sine and cosine) of the time of xsimd 8.1, with largest errors of 1.0 and 1.6 units of the last place
 // instead of 0.9 and 2.3 (bench/functions).
 #pragma once
 

@@ -2,6 +2,11 @@
 // Two registers as one number: the templates of the physics, calculated with twins, are two calculations
 // woven into each other. Where one alone would wait for the outcome of each step, as in the closed form of a
 // quartic, the other fills the gaps.
+//
+// Measured on stacks of general tensors, AVX2 and AVX-512: without twins such a stack takes 1.05 to 1.11
+// times as long with 2 or 3 layers and 1.12 to 1.23 times with 10 or 60. ForTwoAtOnce (lanes/block.h) in
+// their place saves little of that, 1.04 to 1.17 times: the closed form has branches, over which the compiler
+// interleaves nothing.
 #pragma once
 
 #include "engine/simd/complex_functions.h"
