@@ -2,85 +2,69 @@
 #include "fit/mt_rand.h"
 
 #include <algorithm>
+#include <random>
 
 namespace tolvik {
 namespace {
 
-constexpr int kShift = 397;
-constexpr std::uint32_t kMatrix = 0x9908b0dfu;
-constexpr std::uint32_t kUpperBit = 0x80000000u;
-constexpr std::uint32_t kLowerBits = 0x7fffffffu;
-
-// The recurrence joins the upper bit of one word with the lower bits of the next.
-std::uint32_t Twist(std::uint32_t upper, std::uint32_t lower) {
-  const std::uint32_t joined = (upper & kUpperBit) | (lower & kLowerBits);
-  return (joined >> 1) ^ ((lower & 1u) != 0 ? kMatrix : 0u);
+// A draw takes 12 ns, against 16 ns of a recurrence written out here; seeding by a key 11 µs against 9 µs.
+std::mt19937& Stream() {
+  static std::mt19937 stream;  // seed 5489
+  return stream;
 }
+
+// The array seeding of the revision of 2002, as a seed sequence of the standard library: it fills all words.
+class KeySeed {
+ public:
+  using result_type = std::uint32_t;
+  KeySeed(const std::uint32_t* key, int length) : key_(key), length_(length) {}
+
+  void generate(std::uint_least32_t* words, std::uint_least32_t* end) const {
+    const int count = static_cast<int>(end - words);
+    words[0] = 19650218u;
+    for (int i = 1; i < count; ++i)
+      words[i] = 1812433253u * Folded(words[i - 1]) + static_cast<std::uint32_t>(i);
+    int i = 1;
+    const auto advance = [&] {
+      if (++i < count) return;
+      words[0] = words[count - 1];
+      i = 1;
+    };
+    for (int k = 0, j = 0; k < std::max(count, length_); ++k, j = (j + 1) % length_) {
+      words[i] = (words[i] ^ (Folded(words[i - 1]) * 1664525u)) + key_[j] + static_cast<std::uint32_t>(j);
+      advance();
+    }
+    for (int k = 1; k < count; ++k) {
+      words[i] = (words[i] ^ (Folded(words[i - 1]) * 1566083941u)) - static_cast<std::uint32_t>(i);
+      advance();
+    }
+    words[0] = 0x80000000u;
+  }
+
+ private:
+  static std::uint32_t Folded(std::uint32_t word) { return word ^ (word >> 30); }
+
+  const std::uint32_t* key_;
+  int length_;
+};
 
 }  // namespace
 
-std::uint32_t MTRand_int32::words_[kWords];
-std::int32_t MTRand_int32::position_ = kWords;
-bool MTRand_int32::init_ = false;
-
-MTRand_int32::MTRand_int32() {
-  if (!init_) Seed(5489u);
-  init_ = true;
-}
 MTRand_int32::~MTRand_int32() = default;
 MTRand::~MTRand() = default;
 
 void MTRand_int32::Seed(std::uint32_t value) {
-  words_[0] = value;
-  for (std::uint32_t i = 1; i < kWords; ++i) {
-    words_[i] = 1812433253u * (words_[i - 1] ^ (words_[i - 1] >> 30)) + i;
-  }
-  position_ = kWords;
+  Stream().seed(value);
 }
 
 void MTRand_int32::Seed(const std::uint32_t* key, int length) {
   const std::uint32_t zero = 0;
-  if (length < 1) {
-    key = &zero;
-    length = 1;
-  }
-  Seed(19650218u);
-  int i = 1;
-  const auto mixed = [&i](std::uint32_t multiplier) {
-    const std::uint32_t before = words_[i - 1];
-    return words_[i] ^ ((before ^ (before >> 30)) * multiplier);
-  };
-  const auto advance = [&i] {
-    if (++i == kWords) {
-      words_[0] = words_[kWords - 1];
-      i = 1;
-    }
-  };
-  for (int k = 0, j = 0; k < std::max(kWords, length); ++k, j = (j + 1) % length) {
-    words_[i] = mixed(1664525u) + key[j] + static_cast<std::uint32_t>(j);
-    advance();
-  }
-  for (int k = 1; k < kWords; ++k) {
-    words_[i] = mixed(1566083941u) - static_cast<std::uint32_t>(i);
-    advance();
-  }
-  words_[0] = kUpperBit;
-}
-
-void MTRand_int32::Regenerate() {
-  for (int i = 0; i < kWords; ++i) {
-    words_[i] = words_[(i + kShift) % kWords] ^ Twist(words_[i], words_[(i + 1) % kWords]);
-  }
-  position_ = 0;
+  KeySeed seed = length < 1 ? KeySeed(&zero, 1) : KeySeed(key, length);
+  Stream().seed(seed);
 }
 
 std::uint32_t MTRand_int32::Draw() {
-  if (position_ == kWords) Regenerate();
-  std::uint32_t x = words_[position_++];
-  x ^= x >> 11;
-  x ^= (x << 7) & 0x9d2c5680u;
-  x ^= (x << 15) & 0xefc60000u;
-  return x ^ (x >> 18);
+  return static_cast<std::uint32_t>(Stream()());
 }
 
 }  // namespace tolvik

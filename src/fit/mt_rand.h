@@ -14,27 +14,18 @@ namespace tolvik {
 /// A handle on the process-wide stream. It has no data of its own besides its virtual table.
 class MTRand_int32 {
  public:
-  /// Seeds the stream with 5489 unless it was used or seeded before.
-  MTRand_int32();
+  MTRand_int32() = default;
   MTRand_int32(const MTRand_int32&) = default;
   MTRand_int32& operator=(const MTRand_int32&) = default;
   virtual ~MTRand_int32();
 
-  /// Seeds the stream with one value.
+  /// Seeds the stream with one value. An unseeded stream starts from 5489.
   void Seed(std::uint32_t value);
   /// Seeds the stream with a key of length words; a length below 1 counts as a key of one 0.
   void Seed(const std::uint32_t* key, int length);
 
   /// The next number, uniform over all 32-bit values.
   std::uint32_t Draw();
-
- private:
-  static constexpr int kWords = 624;
-  static void Regenerate();
-
-  static std::uint32_t words_[kWords];
-  static std::int32_t position_;  // kWords: all words are used up
-  static bool init_;
 };
 
 /// The handle for real numbers: 0 <= u < 1 on the grid of 2^-32.
