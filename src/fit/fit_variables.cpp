@@ -1,32 +1,21 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "fit/fit_variables.h"
 
+#include "model/find.h"
 #include "optics/kramers_kronig.h"
 #include "optics/tensor.h"
 
 namespace tolvik {
 namespace {
 
-template <class T>
-T* Find(CArray<T>& list, std::int32_t index) {
-  return index >= 0 && index < list.size ? &list[index] : nullptr;
-}
-
 double* FindCell(CColumnTable& table, std::int32_t row, std::int32_t column) {
   if (row < 0 || static_cast<std::uint32_t>(row) >= table.count) return nullptr;
   return Find(table.rows[row].values, column);
 }
 
-// The member of an entry of a list, null where the entry does not exist.
-template <class T>
-double* FindMember(CArray<T>& list, std::int32_t index, double T::*member) {
-  T* entry = Find(list, index);
-  return entry == nullptr ? nullptr : &(entry->*member);
-}
-
 double* FindSliceMember(CState& state, const CFitVariable& variable, double CElementSlice::*member) {
   CElementLayer* element = Find(state.elementlayers, variable.fit_element_id);
-  return element == nullptr ? nullptr : FindMember(element->slices, variable.fit_additional_id, member);
+  return element == nullptr ? nullptr : Find(element->slices, variable.fit_additional_id, member);
 }
 
 // Column of the Kramers-Kronig kinds: the tables hold delta before beta.
@@ -49,31 +38,31 @@ double* FindModelField(CState& state, const CFitVariable& variable) {
   const std::int32_t a = variable.fit_additional_id;
   switch (variable.fit_id) {
     case FitKind::kThickness:
-      return FindMember(state.layers, a, &CLayer::layer_d);
+      return Find(state.layers, a, &CLayer::layer_d);
     case FitKind::kDelta:
-      return FindMember(state.layers, a, &CLayer::layer_delta);
+      return Find(state.layers, a, &CLayer::layer_delta);
     case FitKind::kBeta:
-      return FindMember(state.layers, a, &CLayer::layer_beta);
+      return Find(state.layers, a, &CLayer::layer_beta);
     case FitKind::kSigma:
-      return FindMember(state.layers, a, &CLayer::layer_sigma);
+      return Find(state.layers, a, &CLayer::layer_sigma);
     case FitKind::kDeltaM:
-      return FindMember(state.layers, a, &CLayer::layer_ddelta);
+      return Find(state.layers, a, &CLayer::layer_ddelta);
     case FitKind::kBetaM:
-      return FindMember(state.layers, a, &CLayer::layer_dbeta);
+      return Find(state.layers, a, &CLayer::layer_dbeta);
     case FitKind::kResolution:
       return &state.resolution;
     case FitKind::kMultiplicator:
-      return FindMember(state.datasets, state.activedatasetindex, &CDataset::datasetmultiplicator);
+      return Find(state.datasets, state.activedatasetindex, &CDataset::datasetmultiplicator);
     case FitKind::kQzMovement:
-      return FindMember(state.datasets, state.activedatasetindex, &CDataset::datasetqztranslation);
+      return Find(state.datasets, state.activedatasetindex, &CDataset::datasetqztranslation);
     case FitKind::kGaussDelta:
-      return FindMember(state.gaussfunctions, a, &CGaussFunction::gauss_delta);
+      return Find(state.gaussfunctions, a, &CGaussFunction::gauss_delta);
     case FitKind::kGaussBeta:
-      return FindMember(state.gaussfunctions, a, &CGaussFunction::gauss_beta);
+      return Find(state.gaussfunctions, a, &CGaussFunction::gauss_beta);
     case FitKind::kGaussVariance:
-      return FindMember(state.gaussfunctions, a, &CGaussFunction::gauss_variance);
+      return Find(state.gaussfunctions, a, &CGaussFunction::gauss_variance);
     case FitKind::kGaussZ:
-      return FindMember(state.gaussfunctions, a, &CGaussFunction::gauss_z);
+      return Find(state.gaussfunctions, a, &CGaussFunction::gauss_z);
     case FitKind::kScript:
       return Find(state.scriptparameters, a);
     case FitKind::kElementDensity:
@@ -83,9 +72,9 @@ double* FindModelField(CState& state, const CFitVariable& variable) {
     case FitKind::kElementSigma:
       return FindSliceMember(state, variable, &CElementSlice::el_sigma);
     case FitKind::kElementF1:
-      return FindMember(state.elementlayers, variable.fit_element_id, &CElementLayer::el_f1);
+      return Find(state.elementlayers, variable.fit_element_id, &CElementLayer::el_f1);
     case FitKind::kElementF2:
-      return FindMember(state.elementlayers, variable.fit_element_id, &CElementLayer::el_f2);
+      return Find(state.elementlayers, variable.fit_element_id, &CElementLayer::el_f2);
     default:
       return nullptr;
   }

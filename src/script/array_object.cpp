@@ -3,47 +3,12 @@
 
 #include <lua.hpp>
 
+#include "script/fields.h"
+
 namespace tolvik {
 namespace {
 
 constexpr char kArrayType[] = "LuaBook.array";
-
-// Codes of the fields. Code 24 has none: the imaginary parts of the tensor begin at 25.
-constexpr std::int32_t kFirstSolution = 6, kFirstGauss = 11, kFirstTensor = 15, kFirstImaginary = 25,
-                       kLastTensor = 33, kParameters = 34, kF1 = 35, kF2 = 36;
-
-constexpr double CLayer::*kLayerFields[] = {&CLayer::layer_delta,  &CLayer::layer_beta,
-                                            &CLayer::layer_sigma,  &CLayer::layer_d,
-                                            &CLayer::layer_ddelta, &CLayer::layer_dbeta};
-constexpr CArray<double> CSolution::*kSolutionFields[] = {&CSolution::dataset_qz, &CSolution::dataset_R0,
-                                                          &CSolution::dataset_Rp, &CSolution::dataset_Rm,
-                                                          &CSolution::dataset_eng};
-constexpr double CGaussFunction::*kGaussFields[] = {&CGaussFunction::gauss_delta, &CGaussFunction::gauss_beta,
-                                                    &CGaussFunction::gauss_variance,
-                                                    &CGaussFunction::gauss_z};
-
-bool IsTensorCode(std::int32_t code) {
-  return code >= kFirstTensor && code <= kLastTensor && code != kFirstImaginary - 1;
-}
-
-template <class T>
-T* At(CArray<T>& list, std::int32_t index) {
-  return index >= 0 && index < list.size ? &list[index] : nullptr;
-}
-
-template <class Record>
-double* Member(CArray<Record>& list, std::int32_t index, double Record::*field) {
-  Record* record = At(list, index);
-  return record != nullptr ? &(record->*field) : nullptr;
-}
-
-double* TensorElement(CLayer& layer, std::int32_t code) {
-  const bool imaginary = code >= kFirstImaginary;
-  const std::int32_t element = code - (imaginary ? kFirstImaginary : kFirstTensor);
-  // a complex number is its two parts, side by side
-  auto* parts = reinterpret_cast<double*>(&layer.Epsilon(element / 3, element % 3));
-  return imaginary ? parts + 1 : parts;
-}
 
 CScriptPointer& Host(lua_State* L) {
   // No script can reach an upvalue of a C function; a global or the registry it can.
@@ -57,7 +22,7 @@ ArrayObject& CheckArray(lua_State* L) {
   return *array;
 }
 
-// The field that the arguments array and index of a get or set select.
+// The number that the arguments array and index of a get or set select.
 double& CheckField(lua_State* L) {
   const ArrayObject& array = CheckArray(L);
   const lua_Integer index = luaL_checkinteger(L, 2);
@@ -65,11 +30,12 @@ double& CheckField(lua_State* L) {
   const std::int32_t limit = array.size == -1 ? host.solution.dataset_qz.size - 1 : array.size;
   luaL_argcheck(L, index >= 0 && index <= limit, 2, "index out of range");
   const auto at = static_cast<std::int32_t>(index);
-  double* field = FindScriptField(host, array.code, at);
-  luaL_argcheck(L, field != nullptr, 2, "index out of range");
+  const ScriptField* field = FindScriptField(array.code);
+  double* value = field != nullptr ? field->find(host, at) : nullptr;
+  luaL_argcheck(L, value != nullptr, 2, "index out of range");
   // Even reading the tensor turns on the full treatment of the layer; scripts rely on it.
-  if (IsTensorCode(array.code)) host.state->layers[at].magnetic = 1;
-  return *field;
+  if (field->of_tensor) host.state->layers[at].magnetic = 1;
+  return *value;
 }
 
 int NewArray(lua_State* L) {
@@ -96,22 +62,6 @@ int GetSize(lua_State* L) {
 }
 
 }  // namespace
-
-double* FindScriptField(CScriptPointer& host, std::int32_t code, std::int32_t index) {
-  CState& state = *host.state;
-  if (code < 0) return nullptr;
-  if (code < kFirstSolution) return Member(state.layers, index, kLayerFields[code]);
-  if (code < kFirstGauss) return At(host.solution.*kSolutionFields[code - kFirstSolution], index);
-  if (code < kFirstTensor) return Member(state.gaussfunctions, index, kGaussFields[code - kFirstGauss]);
-  if (IsTensorCode(code)) {
-    CLayer* layer = At(state.layers, index);
-    return layer != nullptr ? TensorElement(*layer, code) : nullptr;
-  }
-  if (code == kParameters) return At(state.scriptparameters, index);
-  if (code == kF1) return Member(state.elementlayers, index, &CElementLayer::el_f1);
-  if (code == kF2) return Member(state.elementlayers, index, &CElementLayer::el_f2);
-  return nullptr;
-}
 
 ArrayObject* PushArray(lua_State* L, std::int32_t size, std::int32_t code) {
   auto* array = static_cast<ArrayObject*>(lua_newuserdata(L, sizeof(ArrayObject)));

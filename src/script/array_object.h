@@ -12,7 +12,7 @@ namespace tolvik {
 /// The userdata of an array; it has no data of its own, each access goes to the live record.
 struct ArrayObject {
   std::int32_t size;  ///< highest valid index; -1: that of the solution at each access
-  std::int32_t code;  ///< which field
+  std::int32_t code;  ///< of a ScriptField
 };
 
 /// Registers the type and the global table `array` in L, bound to host. May raise a Lua error.
@@ -20,9 +20,5 @@ void RegisterArrayType(lua_State* L, CScriptPointer& host);
 
 /// Pushes a new array. May raise a Lua error. The pointer is valid as long as the value lives.
 ArrayObject* PushArray(lua_State* L, std::int32_t size, std::int32_t code);
-
-/// The number of a code and an index in the live records of host; null when the code has no field or the
-/// record no such index.
-double* FindScriptField(CScriptPointer& host, std::int32_t code, std::int32_t index);
 
 }  // namespace tolvik

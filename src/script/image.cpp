@@ -7,6 +7,7 @@
 
 #include "script/array_object.h"
 #include "script/element_object.h"
+#include "script/fields.h"
 #include "script/host_parts.h"
 #include "script/prelude.h"
 
@@ -19,9 +20,7 @@ std::unique_ptr<ScriptImage>& Spare() {
 }
 
 bool IsArrayName(std::string_view name) {
-  const auto arrays = PreludeArrays();
-  return std::any_of(arrays.begin(), arrays.end(),
-                     [=](const PreludeArray& each) { return name == each.name; });
+  return std::ranges::any_of(ScriptFields(), [=](const ScriptField& each) { return name == each.name; });
 }
 
 }  // namespace
@@ -48,16 +47,16 @@ int ScriptImage::FillImage(lua_State* L) {
   auto* self = static_cast<ScriptImage*>(lua_touserdata(L, 1));
   SetUpHost(L, self->record_, nullptr, nullptr);
   std::size_t i = 0;
-  for (const PreludeArray& array : PreludeArrays()) {
-    self->array_sizes_[i++] = &PushArray(L, -1, array.code)->size;
-    lua_setfield(L, LUA_GLOBALSINDEX, array.name);
+  for (const ScriptField& field : ScriptFields()) {
+    self->array_sizes_[i++] = &PushArray(L, -1, field.code)->size;
+    lua_setfield(L, LUA_GLOBALSINDEX, field.name);
   }
   lua_gc(L, LUA_GCCOLLECT, 0);
   return 0;
 }
 
 bool ScriptImage::BuildImage() {
-  array_sizes_.assign(PreludeArrays().size(), nullptr);
+  array_sizes_.assign(ScriptFields().size(), nullptr);
   if (!OpenLua()) return false;
   if (lua_cpcall(record_.L, &FillImage, this) == 0 && arena_.Save()) {
     image_lua_ = record_.L;
@@ -85,7 +84,7 @@ bool ScriptImage::BeginFromImage(CState& state) {
   record_.L = image_lua_;
   needs_close_ = state.elementlayers.size > 0 || !IsTextFreeOfFinalizers(chunk_);
   std::size_t i = 0;
-  for (const PreludeArray& array : PreludeArrays()) *array_sizes_[i++] = HighestIndex(array.length, state);
+  for (const ScriptField& field : ScriptFields()) *array_sizes_[i++] = HighestIndex(field.length, state);
   const int top = lua_gettop(record_.L);
   const bool bound = lua_cpcall(record_.L, &BindState, this) == 0;
   lua_settop(record_.L, top);

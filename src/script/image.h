@@ -51,7 +51,7 @@ class ScriptImage {
   LuaArena arena_;
   CScriptPointer record_;
   lua_State* image_lua_ = nullptr;
-  std::vector<std::int32_t*> array_sizes_;  // inside the userdata of the image, one for each prelude array
+  std::vector<std::int32_t*> array_sizes_;  // inside the userdata of the image, one for each field
   std::string chunk_;
   bool needs_close_ = true;
 };

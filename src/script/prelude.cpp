@@ -2,50 +2,12 @@
 #include "script/prelude.h"
 
 #include <algorithm>
+#include <span>
+
+#include "script/fields.h"
 
 namespace tolvik {
 namespace {
-
-using enum ArrayLength;
-
-constexpr PreludeArray kArrays[] = {
-    {"delta", 0, kLayers},
-    {"beta", 1, kLayers},
-    {"sigma", 2, kLayers},
-    {"thickness", 3, kLayers},
-    {"deltam", 4, kLayers},
-    {"betam", 5, kLayers},
-    {"solution_qz", 6, kSolution},
-    {"solution_R", 7, kSolution},
-    {"solution_Rp", 8, kSolution},
-    {"solution_Rm", 9, kSolution},
-    {"solution_energy", 10, kSolution},
-    {"gauss_delta", 11, kGaussFunctions},
-    {"gauss_beta", 12, kGaussFunctions},
-    {"gauss_variance", 13, kGaussFunctions},
-    {"gauss_z", 14, kGaussFunctions},
-    {"exx_r", 15, kLayers},
-    {"exy_r", 16, kLayers},
-    {"exz_r", 17, kLayers},
-    {"eyx_r", 18, kLayers},
-    {"eyy_r", 19, kLayers},
-    {"eyz_r", 20, kLayers},
-    {"ezx_r", 21, kLayers},
-    {"ezy_r", 22, kLayers},
-    {"ezz_r", 23, kLayers},
-    {"exx_i", 25, kLayers},
-    {"exy_i", 26, kLayers},
-    {"exz_i", 27, kLayers},
-    {"eyx_i", 28, kLayers},
-    {"eyy_i", 29, kLayers},
-    {"eyz_i", 30, kLayers},
-    {"ezx_i", 31, kLayers},
-    {"ezy_i", 32, kLayers},
-    {"ezz_i", 33, kLayers},
-    {"par", 34, kParameters},
-    {"f1", 35, kElements},
-    {"f2", 36, kElements},
-};
 
 constexpr std::string_view kKeywords[] = {"and", "break",    "do",     "else", "elseif", "end",   "false",
                                           "for", "function", "if",     "in",   "local",  "nil",   "not",
@@ -87,36 +49,16 @@ bool IsLineEmpty(std::string_view line) {
 
 }  // namespace
 
-std::span<const PreludeArray> PreludeArrays() {
-  return kArrays;
-}
-
-std::int32_t HighestIndex(ArrayLength length, const CState& state) {
-  switch (length) {
-    case kLayers:
-      return state.layers.size - 1;
-    case kGaussFunctions:
-      return state.gaussfunctions.size - 1;
-    case kParameters:
-      return state.scriptparameters.size - 1;
-    case kElements:
-      return state.elementlayers.size - 1;
-    case kSolution:
-      break;
-  }
-  return -1;
-}
-
 std::string PreludeText(const CState& state) {
   std::string text;
   for (std::int32_t i = 0; i < state.elementlayers.size; ++i) {
     text.append(state.elementlayers[i].element.View());
     text.append(" = element.new(").append(std::to_string(i)).append(");\n");
   }
-  for (const PreludeArray& array : kArrays) {
-    text.append(array.name).append(" = array.new(");
-    text.append(std::to_string(HighestIndex(array.length, state))).append(", ");
-    text.append(std::to_string(array.code)).append(");\n");
+  for (const ScriptField& field : ScriptFields()) {
+    text.append(field.name).append(" = array.new(");
+    text.append(std::to_string(HighestIndex(field.length, state))).append(", ");
+    text.append(std::to_string(field.code)).append(");\n");
   }
   return text;
 }

@@ -2,30 +2,12 @@
 // Definitions for a script: the arrays and elements of the state, and its own lines as the function Start.
 #pragma once
 
-#include <cstdint>
-#include <span>
 #include <string>
 #include <string_view>
 
 #include "tolvik/state.h"
 
 namespace tolvik {
-
-/// The list whose length bounds an array.
-enum class ArrayLength { kLayers, kSolution, kGaussFunctions, kParameters, kElements };
-
-/// One array under its script name.
-struct PreludeArray {
-  const char* name;
-  std::int32_t code;
-  ArrayLength length;
-};
-
-/// All arrays, in the order in which they are defined.
-std::span<const PreludeArray> PreludeArrays();
-
-/// Highest valid index of an array for this state; -1 for the solution and for an empty list.
-std::int32_t HighestIndex(ArrayLength length, const CState& state);
 
 /// Lua text that defines a global for each element of the state, then all arrays.
 std::string PreludeText(const CState& state);
