@@ -5,6 +5,8 @@
 
 #include "app/memory_guard.h"
 #include "app/report.h"
+#include "model/dataset.h"
+#include "model/find.h"
 #include "script/host.h"
 #include "tolvik/tolvik.h"
 
@@ -25,13 +27,18 @@ CSolution RegularGrid(const CState& state, Formula qz) {
   return solution;
 }
 
+// The values stay: a point that no calculation reaches prints its measured one.
+CSolution MeasuredGrid(const CState& state) {
+  CSolution solution = ActiveMeasurement(state);
+  TranslateGrid(solution);
+  return solution;
+}
+
 }  // namespace
 
-CSolution MeasuredGrid(const CState& state) {
-  if (state.activedatasetindex < 0 || state.activedatasetindex >= state.datasets.size) return {};
-  CSolution solution = state.datasets[state.activedatasetindex];
-  for (double& qz : solution.dataset_qz) qz += solution.datasetqztranslation;
-  return solution;
+CSolution ActiveMeasurement(const CState& state) {
+  const CDataset* active = Find(state.datasets, state.activedatasetindex);
+  return active != nullptr ? *active : CSolution();
 }
 
 void CalcReflectivityCommand(CState& state) {

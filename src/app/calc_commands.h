@@ -15,8 +15,7 @@ void CalcReflectivityCommand(CState& state);
 /// script runs inside the calculation only.
 void CalcDichroicCommand(CState& state);
 
-/// The active measurement on its translated grid: dataset_qz plus datasetqztranslation. Without a dataset at
-/// activedatasetindex the result has no points.
-CSolution MeasuredGrid(const CState& state);
+/// A copy of the active measurement; without a dataset at activedatasetindex the result has no points.
+CSolution ActiveMeasurement(const CState& state);
 
 }  // namespace tolvik

@@ -7,6 +7,7 @@
 
 #include "app/calc_commands.h"
 #include "app/fit_commands.h"
+#include "app/fitmap_command.h"
 #include "app/kk_command.h"
 #include "app/map_file.h"
 #include "app/report.h"

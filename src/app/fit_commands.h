@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "app/map_curves.h"
 #include "tolvik/state.h"
 
 namespace tolvik {
@@ -24,13 +23,6 @@ void FitCommand(std::vector<CState>& states, const std::vector<std::string>& nam
 /// 0, 1 and 3. Prints each error that is lower than all before to standard error. The state does not change;
 /// missing variables are left out.
 void BruteForceFitCommand(const CState& state);
-
-/// -fitmap: fits the state of the map to each curve of constenergy separately, from the same start values,
-/// with the optical constants of the tables at its energy. Prints one line for each curve: energy,
-/// multiplicator, thickness of layer 1, roughness of layers 0 to 2, delta and beta of layers 0 to 2, error,
-/// points, standard deviations of variables 0 and 1; missing values print as nan. The calculated curves are
-/// appended to fitdatasets and to constenergy.
-void FitMapCommand(CMapFile& map);
 
 /// 500 steps of a fit of the state, whose variables, their deviations and the model get the result; then one
 /// run of its script. False after an exception in a step.

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include <algorithm>
+#include "app/fitmap_command.h"
+
 #include <cstdio>
 #include <limits>
 
@@ -8,6 +9,7 @@
 #include "app/startup.h"
 #include "fit/fit_variables.h"
 #include "fit/multi_fit.h"
+#include "model/find.h"
 #include "optics/energy.h"
 #include "optics/material.h"
 #include "optics/rays.h"
@@ -43,8 +45,7 @@ void ReportVariables(const CArray<CFitVariable>& variables) {
 
 // The state as it measures one curve of the map.
 void SelectCurve(CState& state, const CDataset& curve, const CArray<CFitVariable>& start) {
-  std::ranges::copy(FirstRay(curve), FirstRay(state).begin());
-  std::ranges::copy(SecondRay(curve), SecondRay(state).begin());
+  CopyRays(curve, state);
   state.resolution = curve.datasetresolution;
   state.lambda = LambdaFromEnergy(curve.datasetenergy);
   state.datasets.Clear();
@@ -57,7 +58,8 @@ void SelectCurve(CState& state, const CDataset& curve, const CArray<CFitVariable
 // result.
 template <class Record>
 double Field(const CArray<Record>& records, std::int32_t index, double Record::*field) {
-  return index < records.size ? records[index].*field : std::numeric_limits<double>::quiet_NaN();
+  const double* found = Find(records, index, field);
+  return found != nullptr ? *found : std::numeric_limits<double>::quiet_NaN();
 }
 
 void PrintResult(const CState& state, const CDataset& curve, double error) {
@@ -88,8 +90,7 @@ void FitCurve(CMapFile& map, CDataset& curve, const CArray<CFitVariable>& start)
   const double error = fit.CalcError(none);
   CDataset result = fit.solution;
   result.datasetenergy = curve.datasetenergy;
-  std::ranges::copy(FirstRay(curve), FirstRay(result).begin());
-  std::ranges::copy(SecondRay(curve), SecondRay(result).begin());
+  CopyRays(curve, result);
   curve.datasetmultiplicator = state.datasets[0].datasetmultiplicator;
   result.datasetmultiplicator = curve.datasetmultiplicator;
   map.fitdatasets.Append(std::move(result));

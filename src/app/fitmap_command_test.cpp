@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <sstream>
 
-#include "app/fit_commands.h"
+#include "app/fitmap_command.h"
 #include "optics/rays.h"
 #include "support/child.h"
 #include "support/fit_project.h"

@@ -11,6 +11,7 @@
 #include "fit/kk_fit.h"
 #include "optics/column_table.h"
 #include "optics/kramers_kronig.h"
+#include "optics/resample.h"
 
 namespace tolvik {
 namespace {

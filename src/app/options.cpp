@@ -10,7 +10,6 @@
 namespace tolvik {
 namespace {
 
-constexpr int kVersion[] = {1, 9, 2};
 constexpr int kBuild = 58;
 
 // The eight words after -map and the names around them: program, -map, eight words, a state file.
@@ -61,7 +60,7 @@ ScanResult ScanMap(Words& words, CMapRange& range) {
 ScanResult ScanOption(std::string_view option, Words& words, Options& options) {
   if (option == "-test") return ScanResult::done;
   if (option == "-v") {
-    std::printf("Tolvik version %i.%i.%i (build %i)\n", kVersion[0], kVersion[1], kVersion[2], kBuild);
+    std::printf("Tolvik version %s (build %i)\n", TOLVIK_VERSION, kBuild);
     return ScanResult::failed;
   }
   if (option == "-convert") {

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "model/dataset.h"
 #include "model/safe_file.h"
 #include "optics/rays.h"
 
@@ -75,7 +76,7 @@ void WriteScript(std::ostream& out, const std::vector<const CDataset*>& curves) 
 void WriteData(std::ostream& out, const std::vector<const CDataset*>& curves) {
   for (const CDataset* curve : curves) {
     for (std::int32_t i = 0; i < curve->dataset_qz.size; ++i) {
-      const double value = (curve->dataset_R0[i] + curve->datasettranslator) * curve->datasetmultiplicator;
+      const double value = TranslateValue(*curve, curve->dataset_R0[i]);
       out << Format("%lf %e\n", curve->dataset_qz[i], value);
     }
     out << "\n";

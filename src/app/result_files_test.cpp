@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "app/fit_commands.h"
+#include "app/fitmap_command.h"
 #include "app/kk_command.h"
 #include "app/map_file.h"
 #include "support/child.h"

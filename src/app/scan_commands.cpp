@@ -7,6 +7,8 @@
 #include "app/calc_commands.h"
 #include "app/memory_guard.h"
 #include "app/report.h"
+#include "model/dataset.h"
+#include "optics/layer_constants.h"
 #include "optics/material.h"
 #include "tolvik/tolvik.h"
 
@@ -23,12 +25,8 @@ void SizeReflectivity(CSolution& solution) {
 
 // False when the measurement has no energies to scan.
 bool BuildMeasuredScan(const CState& state, CSolution& solution) {
-  solution = MeasuredGrid(state);
-  for (CArray<double>* curve : {&solution.dataset_R0, &solution.dataset_Rp, &solution.dataset_Rm}) {
-    for (double& value : *curve) {
-      value = (value + solution.datasettranslator) * solution.datasetmultiplicator;
-    }
-  }
+  solution = ActiveMeasurement(state);
+  TranslateDataset(solution);
   return solution.dataset_eng.size == solution.dataset_qz.size;
 }
 
@@ -48,13 +46,11 @@ void BuildScanGrid(const CState& state, double start, double end, CSolution& sol
 
 void CalcEnergyScanCommand(CState& state) {
   state.opticaltables.Clear();
-  if (!LoadOpticalTables(state)) {
-    std::puts("You need .db-files or .e-files for all layers");
-    return;
-  }
-  if (state.magnetizationmode != MagnetizationMode::kNone &&
-      !CheckMagnetoOpticalTables(state.opticaltables)) {
-    std::puts("You need .m-files or .e files for all layers");
+  const LayerConstantsStatus tables = PrepareTables(state, TablesToLoad::kMissing);
+  if (tables != LayerConstantsStatus::kReady) {
+    std::puts(tables == LayerConstantsStatus::kMissingTables
+                  ? "You need .db-files or .e-files for all layers"
+                  : "You need .m-files or .e files for all layers");
     return;
   }
   CSolution solution;

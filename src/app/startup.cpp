@@ -17,7 +17,7 @@ namespace {
 }  // namespace
 
 void PrepareLayerConstantsOrExit(CState& state) {
-  switch (PrepareLayerConstants(state)) {
+  switch (PrepareLayerConstants(state, TablesToLoad::kIfNone)) {
     case LayerConstantsStatus::kReady:
       return;
     case LayerConstantsStatus::kMissingTables:

@@ -3,10 +3,14 @@
 
 namespace tolvik {
 
-void TranslateDataset(CDataset& dataset) {
+void TranslateGrid(CDataset& dataset) {
   for (double& qz : dataset.dataset_qz) qz += dataset.datasetqztranslation;
+}
+
+void TranslateDataset(CDataset& dataset) {
+  TranslateGrid(dataset);
   for (auto* curve : {&dataset.dataset_R0, &dataset.dataset_Rp, &dataset.dataset_Rm}) {
-    for (double& v : *curve) v = (v + dataset.datasettranslator) * dataset.datasetmultiplicator;
+    for (double& v : *curve) v = TranslateValue(dataset, v);
   }
 }
 

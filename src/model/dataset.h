@@ -6,8 +6,16 @@
 
 namespace tolvik {
 
-/// Adds datasetqztranslation to every dataset_qz and replaces each value v of dataset_R0, dataset_Rp and
-/// dataset_Rm by (v + datasettranslator) * datasetmultiplicator. dataset_A and dataset_eng stay.
+/// Adds datasetqztranslation to every dataset_qz: the grid of a calculation.
+void TranslateGrid(CDataset& dataset);
+
+/// A measured value as it is compared with a calculation: (value + datasettranslator) * datasetmultiplicator.
+inline double TranslateValue(const CDataset& dataset, double value) {
+  return (value + dataset.datasettranslator) * dataset.datasetmultiplicator;
+}
+
+/// TranslateGrid, and TranslateValue on all values of dataset_R0, dataset_Rp and dataset_Rm. dataset_A and
+/// dataset_eng stay.
 void TranslateDataset(CDataset& dataset);
 
 }  // namespace tolvik

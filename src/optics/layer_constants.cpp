@@ -48,14 +48,21 @@ bool SetLayerConstantsForEnergy(CState& state) {
   return all;
 }
 
-LayerConstantsStatus PrepareLayerConstants(CState& state) {
-  if (state.opticaltables.IsEmpty() && !LoadOpticalTables(state)) return LayerConstantsStatus::kMissingTables;
+LayerConstantsStatus PrepareTables(CState& state, TablesToLoad load) {
+  const bool wanted = load == TablesToLoad::kMissing || state.opticaltables.IsEmpty();
+  if (wanted && !LoadOpticalTables(state)) return LayerConstantsStatus::kMissingTables;
   if (state.magnetizationmode != MagnetizationMode::kNone &&
       !CheckMagnetoOpticalTables(state.opticaltables)) {
     return LayerConstantsStatus::kMissingMagneticTables;
   }
-  if (!SetLayerConstantsForEnergy(state)) return LayerConstantsStatus::kEnergyOutOfRange;
   return LayerConstantsStatus::kReady;
+}
+
+LayerConstantsStatus PrepareLayerConstants(CState& state, TablesToLoad load) {
+  const LayerConstantsStatus tables = PrepareTables(state, load);
+  if (tables != LayerConstantsStatus::kReady) return tables;
+  return SetLayerConstantsForEnergy(state) ? LayerConstantsStatus::kReady
+                                           : LayerConstantsStatus::kEnergyOutOfRange;
 }
 
 }  // namespace tolvik

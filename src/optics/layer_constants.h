@@ -13,7 +13,13 @@ namespace tolvik {
 /// table cursors.
 bool SetLayerConstantsForEnergy(CState& state);
 
-/// Outcome of PrepareLayerConstants.
+/// Which tables PrepareTables loads.
+enum class TablesToLoad {
+  kMissing,  ///< those that the list lacks
+  kIfNone,   ///< all when the list is empty, else none
+};
+
+/// Outcome of PrepareTables and PrepareLayerConstants.
 enum class LayerConstantsStatus {
   kReady,
   kMissingTables,          ///< a .db or .ff file is missing or empty; nothing was set
@@ -21,8 +27,11 @@ enum class LayerConstantsStatus {
   kEnergyOutOfRange,       ///< set where the tables reach; the other layers keep their former constants
 };
 
-/// Prepares the constants of a fit: loads the tables when none is loaded, checks the magnetic ones, and sets
-/// the constants for the state's energy. The caller words the failure.
-[[nodiscard]] LayerConstantsStatus PrepareLayerConstants(CState& state);
+/// Loads tables and checks the magnetic ones; the layers do not change. Never kEnergyOutOfRange. The caller
+/// words the failure.
+[[nodiscard]] LayerConstantsStatus PrepareTables(CState& state, TablesToLoad load);
+
+/// PrepareTables, then SetLayerConstantsForEnergy at the state's energy.
+[[nodiscard]] LayerConstantsStatus PrepareLayerConstants(CState& state, TablesToLoad load);
 
 }  // namespace tolvik

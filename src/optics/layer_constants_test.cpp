@@ -166,18 +166,19 @@ TEST_F(LayerConstants, PrepareTellsWhatIsMissing) {
   CState state = TwoLayers();
   state.magnetizationmode = MagnetizationMode::kLayers;
   folder_.Write("Co.e", "750 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18\n");
-  EXPECT_EQ(PrepareLayerConstants(state), LayerConstantsStatus::kMissingMagneticTables);  // .e does not count
+  EXPECT_EQ(PrepareLayerConstants(state, TablesToLoad::kIfNone),
+            LayerConstantsStatus::kMissingMagneticTables);  // .e does not count
   state.magnetizationmode = MagnetizationMode::kNone;
-  EXPECT_EQ(PrepareLayerConstants(state), LayerConstantsStatus::kReady);
+  EXPECT_EQ(PrepareLayerConstants(state, TablesToLoad::kIfNone), LayerConstantsStatus::kReady);
   EXPECT_NEAR(state.layers[0].layer_delta, 0.002, 1e-15);
   state.lambda = 1;
-  EXPECT_EQ(PrepareLayerConstants(state), LayerConstantsStatus::kEnergyOutOfRange);
+  EXPECT_EQ(PrepareLayerConstants(state, TablesToLoad::kIfNone), LayerConstantsStatus::kEnergyOutOfRange);
   state.layers[0].layer_db.Set(folder_.Path("gone"));
   state.lambda = LambdaFromEnergy(750);
   // the list is not empty, so nothing is loaded and the layer keeps its constants
-  EXPECT_EQ(PrepareLayerConstants(state), LayerConstantsStatus::kEnergyOutOfRange);
+  EXPECT_EQ(PrepareLayerConstants(state, TablesToLoad::kIfNone), LayerConstantsStatus::kEnergyOutOfRange);
   state.opticaltables.Clear();
-  EXPECT_EQ(PrepareLayerConstants(state), LayerConstantsStatus::kMissingTables);
+  EXPECT_EQ(PrepareLayerConstants(state, TablesToLoad::kIfNone), LayerConstantsStatus::kMissingTables);
 }
 
 }  // namespace

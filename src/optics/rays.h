@@ -3,6 +3,7 @@
 // sigma real, sigma imaginary, pi real, pi imaginary.
 #pragma once
 
+#include <algorithm>
 #include <span>
 #include <string>
 
@@ -37,6 +38,13 @@ inline ConstRay FirstRay(const CDataset& dataset) {
 }
 inline ConstRay SecondRay(const CDataset& dataset) {
   return ConstRay(&dataset.datasetray2sigmare, 4);
+}
+
+/// Copies both rays of a state or a dataset to another.
+template <class From, class To>
+void CopyRays(const From& from, To& to) {
+  std::ranges::copy(FirstRay(from), FirstRay(to).begin());
+  std::ranges::copy(SecondRay(from), SecondRay(to).begin());
 }
 
 /// Divides the four numbers by the root of the sum of their squares; a zero ray becomes NaN.

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// A thinner grid in a window of a table, finer where the curve bends: greedy bisection.
+// Greedy bisection of the interval where the grid is farthest from the table.
+#include "optics/resample.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <vector>
 
 #include "optics/column_table.h"
-#include "optics/kramers_kronig.h"
 
 namespace tolvik {
 namespace {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "optics/column_table.h"
-#include "optics/kramers_kronig.h"
+#include "optics/resample.h"
 
 namespace tolvik {
 namespace {

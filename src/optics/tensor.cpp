@@ -3,10 +3,11 @@
 
 #include <cmath>
 
+#include "optics/angles.h"
+
 namespace tolvik {
 namespace {
 
-constexpr double kRadiansPerDegree = 0.017453292519943295;
 constexpr int kX = 0, kY = 1, kZ = 2;
 
 // Writes an antisymmetric pair of off-diagonal elements.

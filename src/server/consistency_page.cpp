@@ -10,6 +10,7 @@
 
 #include "engine/algorithms/modes.h"
 #include "engine/algorithms/quartic.h"
+#include "engine/curve/grazing.h"
 #include "engine/profile/profile.h"
 #include "optics/energy.h"
 #include "optics/layer_constants.h"
@@ -24,7 +25,6 @@ namespace {
 using Complex = std::complex<double>;
 using Entry = engine::CLayer<double>;
 
-constexpr double kTwoPi = 6.283185307179586;
 // A wave that grows along its way: the product of real and imaginary part of its wavevector is negative.
 constexpr double kGrowingWave = -1e-08;
 constexpr int kDigitsOfTensor = 10;
@@ -54,17 +54,20 @@ void WriteForm(std::ostream& out, const CState& state, double qz) {
 
 // Takes the optical constants from the tables. False after a message that ends the page early.
 bool RefreshConstants(std::ostream& out, CState& state) {
-  const char* failure = nullptr;
-  if (!LoadOpticalTables(state)) {
-    failure = "Error: You need .db-files or .e-files for all layers";
-  } else if (state.magnetizationmode != MagnetizationMode::kNone &&
-             !CheckMagnetoOpticalTables(state.opticaltables)) {
-    failure = "Error: You need .m-files or .e files for all layers";
-  } else if (!SetLayerConstantsForEnergy(state)) {
-    failure = "Error: Check if you choosed the right energy!";
+  switch (PrepareLayerConstants(state, TablesToLoad::kMissing)) {
+    case LayerConstantsStatus::kReady:
+      return true;
+    case LayerConstantsStatus::kMissingTables:
+      out << "Error: You need .db-files or .e-files for all layers";
+      break;
+    case LayerConstantsStatus::kMissingMagneticTables:
+      out << "Error: You need .m-files or .e files for all layers";
+      break;
+    case LayerConstantsStatus::kEnergyOutOfRange:
+      out << "Error: Check if you choosed the right energy!";
+      break;
   }
-  if (failure == nullptr) return true;
-  out << failure << "<br></body></html>";
+  out << "<br></body></html>";
   return false;
 }
 
@@ -129,9 +132,8 @@ void WriteRow(std::ostream& out, const Entry& slice, int index, std::string_view
 
 // One row per slice, the top of the stack first.
 void WriteStack(std::ostream& out, CState& state, double qz) {
-  const double k0 = kTwoPi / state.lambda;
-  const double s = qz / (2 * k0);
-  const double c = std::cos(std::atan2(s, std::sqrt(1 - s * s)));
+  const double k0 = engine::WavevectorFromLambda(state.lambda);
+  const double c = std::cos(engine::GrazingAngle(engine::GrazingSine(qz, k0)));
   engine::Profile<double> profile;
   const std::int32_t mode =
       std::exchange(state.mode, Mode::kMaterial);  // the page shows the layers in element mode too

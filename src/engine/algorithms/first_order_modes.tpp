@@ -6,7 +6,6 @@
 
 namespace tolvik::engine {
 
-/// Of the angles gamma and phi, rad; phi against z, gamma the azimuth from x.
 template <class T>
 Direction<T> DirectionOf(const T& gamma, const T& phi) {
   return {cos(gamma) * sin(phi), sin(phi) * sin(gamma), cos(phi)};
@@ -30,7 +29,6 @@ FirstOrderMatter<Cplx<T>> FirstOrderMatterOf(const Direction<T>& direction, cons
           direction.longitudinal * half_inQ};
 }
 
-/// c: cosine of the grazing angle. q: cosine of the refracted angle against the normal. kappa = n q.
 template <class T>
 void CalcFirstOrderWaves(FirstOrderWaves<T>& waves, const T& c, const Cplx<T>& q, const Cplx<T>& kappa,
                          const FirstOrderMatter<Cplx<T>>& matter) {

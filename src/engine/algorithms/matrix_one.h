@@ -3,17 +3,10 @@
 // tensor.
 #pragma once
 
+#include "engine/algorithms/matrix_context.h"
 #include "engine/number/matrix4.h"
-#include "engine/profile/layer.h"
 
 namespace tolvik::engine {
-
-/// The input of a matrix algorithm: the depth profile, and whether the transmitted intensity is requested.
-template <class T>
-struct MatrixContext {
-  const Profile<T>& profile;
-  bool transmission;
-};
 
 /// Intensities of both rays at one grazing angle theta, rad, by 4×4 matrices after Berreman, J. Opt. Soc. Am.
 /// 62, 502 (1972), and Yeh, Surf. Sci. 96, 41 (1980): reflected, or transmitted without the flux factor of

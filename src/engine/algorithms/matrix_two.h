@@ -2,7 +2,7 @@
 // Algorithm 2: the 4×4 transfer matrix of a stack with scalar indices and a magnetisation to first order.
 #pragma once
 
-#include "engine/algorithms/matrix_one.h"
+#include "engine/algorithms/matrix_context.h"
 
 namespace tolvik::engine {
 
@@ -15,13 +15,5 @@ namespace tolvik::engine {
 template <class T>
 void CalcMatrixTwo(const MatrixContext<T>& context, T theta, T maggamma, T magphi, T k0, bool magnetic,
                    T& out2, T& out1, const double* polarisation);
-
-/// Field matrix D and propagation matrix P of an entry with index n, magnetic strength Q and thickness d, Å,
-/// for a magnetisation along the angles gamma and phi, rad. kappa[0] becomes the normal wavevector in units
-/// of k0; the rest of kappa does not change. Angles theta below 1e-4 rad count as 1e-4; a thickness of
-/// exactly 0 does not change P.
-template <class T>
-void CalcMagneticMatrices(Matrix4<T>& P, Matrix4<T>& D, Cplx<T> (&kappa)[4], T theta, T gamma, T phi, T k0,
-                          T d, const Cplx<T>& n, const Cplx<T>& Q);
 
 }  // namespace tolvik::engine

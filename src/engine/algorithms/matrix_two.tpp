@@ -5,6 +5,7 @@
 #include "engine/algorithms/first_order_modes.tpp"
 #include "engine/algorithms/matrix_two.h"
 #include "engine/algorithms/transfer.tpp"
+#include "optics/angles.h"
 
 namespace tolvik::engine {
 
@@ -53,7 +54,7 @@ struct FirstOrderAlgorithm {
 template <class T>
 void CalcMatrixTwo(const MatrixContext<T>& context, T theta, T maggamma, T magphi, T k0, bool magnetic,
                    T& out2, T& out1, const double* polarisation) {
-  const T radians_per_degree = T(0.017453292519943295);
+  const T radians_per_degree = T(kRadiansPerDegree);
   const FirstOrderAlgorithm<T> algorithm{theta, maggamma * radians_per_degree, magphi * radians_per_degree,
                                          k0, magnetic};
   const Matrix4<T> M = CalcTransferMatrix<T>(context.profile, algorithm);

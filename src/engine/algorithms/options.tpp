@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "engine/algorithms/options.h"
+#include "optics/rays.h"
 
 namespace tolvik::engine {
 
@@ -15,9 +16,8 @@ IntensityOptions<T> OptionsOfState(const CState& state) {
   options.magnetic = state.magnetizationmode != MagnetizationMode::kNone;
   options.maggamma = T(state.maggamma);
   options.magphi = T(state.magphi);
-  const double rays[8] = {state.ray1sigmare, state.ray1sigmaim, state.ray1pire, state.ray1piim,
-                          state.ray2sigmare, state.ray2sigmaim, state.ray2pire, state.ray2piim};
-  std::copy_n(rays, 8, options.polarisation);
+  std::ranges::copy(FirstRay(state), options.polarisation);
+  std::ranges::copy(SecondRay(state), options.polarisation + 4);
   options.tolerance = T(state.epsilon);
   return options;
 }

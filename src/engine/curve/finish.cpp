@@ -4,11 +4,16 @@
 #include <algorithm>
 #include <cmath>
 
+#include "engine/curve/grazing.h"
+#include "optics/angles.h"
+#include "optics/energy.h"
+#include "optics/rays.h"
+
 namespace tolvik::engine {
 namespace {
 
-// 2π / (12398.326 eV Å): photon energy in eV to wavevector in Å⁻¹.
-constexpr double kWavevectorPerEnergy = 0.0005067769073969814;
+// Photon energy in eV to wavevector in Å⁻¹.
+constexpr double kWavevectorPerEnergy = kTwoPi / kEnergyTimesLambda;
 
 void MultiplyQz4(const CArray<double>& qz, CArray<double>& curve) {
   const std::int32_t count = std::min(curve.size, qz.size);
@@ -16,10 +21,6 @@ void MultiplyQz4(const CArray<double>& qz, CArray<double>& curve) {
     const double square = qz[i] * qz[i];
     curve[i] *= square * square;
   }
-}
-
-bool IsPurePi(double sigmare, double sigmaim, double pire, double piim) {
-  return sigmare == 0 && sigmaim == 0 && pire == 1 && piim == 0;
 }
 
 void DivideAt(CArray<double>& curve, std::int32_t i, double divisor) {
@@ -31,16 +32,14 @@ double PointEnergy(const CSolution& solution, std::int32_t i) {
 }
 
 void CorrectPolarisation(CSolution& solution) {
-  const bool first = IsPurePi(solution.datasetray1sigmare, solution.datasetray1sigmaim,
-                              solution.datasetray1pire, solution.datasetray1piim);
-  const bool second = IsPurePi(solution.datasetray2sigmare, solution.datasetray2sigmaim,
-                               solution.datasetray2pire, solution.datasetray2piim);
+  const bool first = IsPiRay(FirstRay(solution));
+  const bool second = IsPiRay(SecondRay(solution));
   if (!first && !second) return;
   for (std::int32_t i = 0; i < solution.dataset_qz.size; ++i) {
     const double k = kWavevectorPerEnergy * PointEnergy(solution, i);
-    const double s = solution.dataset_qz[i] / (2 * k);
+    const double s = GrazingSine(solution.dataset_qz[i], k);
     // A point without an angle is divided by cos²(-2), since a missing angle is -1 everywhere.
-    const double theta = std::abs(s) < 1 ? std::atan2(s, std::sqrt(1 - s * s)) : -1;
+    const double theta = std::abs(s) < 1 ? GrazingAngle(s) : -1;
     const double cosine = std::cos(2 * theta);
     const double divisor = cosine * cosine;
     if (first) {

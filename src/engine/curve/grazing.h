@@ -3,13 +3,14 @@
 #pragma once
 
 #include "engine/number/number.h"
+#include "optics/angles.h"
 
 namespace tolvik::engine {
 
 /// k0 = 2π/λ, Å⁻¹, of a wavelength in Å. Not guarded: 0 gives infinity.
 template <Number T>
 T WavevectorFromLambda(const T& lambda) {
-  return T(6.283185307179586) / lambda;
+  return T(kTwoPi) / lambda;
 }
 
 /// s = sin θ = q / (2 k0).

@@ -10,6 +10,7 @@
 #include "engine/algorithms/options.h"
 #include "engine/lanes/limits.h"
 #include "engine/lanes/ordinary_matter.h"
+#include "optics/angles.h"
 
 namespace tolvik::engine::lanes {
 
@@ -55,9 +56,7 @@ bool MatrixLanes::Prepare(const Profile<double>& profile, double k0,
     return false;
   entries_.assign(static_cast<std::size_t>(profile.size), MatrixEntry());
   largest_chi_ = 0.0;
-  const double radians_per_degree = 0.017453292519943295;
-  direction_ =
-      DirectionOf<double>(options.maggamma * radians_per_degree, options.magphi * radians_per_degree);
+  direction_ = DirectionOf<double>(options.maggamma * kRadiansPerDegree, options.magphi * kRadiansPerDegree);
   for (std::int32_t j = 0; j < profile.size; ++j) {
     if (!SetEntry(profile[j], options, entries_[static_cast<std::size_t>(j)])) return false;
   }
