@@ -18,11 +18,11 @@ struct Scan {
 Scan ScanWords(std::vector<const char*> words) {
   words.insert(words.begin(), "Tolvik");
   Scan scan{};
-  testing::internal::CaptureStdout();
-  testing::internal::CaptureStderr();
+  ::testing::internal::CaptureStdout();
+  ::testing::internal::CaptureStderr();
   scan.result = ScanArguments(static_cast<int>(words.size()), words.data(), scan.options);
-  scan.out = testing::internal::GetCapturedStdout();
-  scan.err = testing::internal::GetCapturedStderr();
+  scan.out = ::testing::internal::GetCapturedStdout();
+  scan.err = ::testing::internal::GetCapturedStderr();
   return scan;
 }
 

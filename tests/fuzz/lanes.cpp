@@ -13,6 +13,7 @@
 
 #include "engine/curve/intensity.h"
 #include "engine/lanes/kernels.h"
+#include "precision/lanes_support.h"
 
 namespace {
 
@@ -100,32 +101,11 @@ Case ReadCase(Input& input) {
 template <class T>
 std::vector<double> Calculate(const Case& test, const std::vector<double>& angles, LaneSet set) {
   lanes::ChooseLanes(set);
-  Profile<T> profile;
-  for (const CLayer<double>& layer : test.layers) {
-    CLayer<T> entry;
-    entry.layer_d = T(layer.layer_d);
-    entry.layer_delta = T(layer.layer_delta);
-    entry.layer_beta = T(layer.layer_beta);
-    entry.layer_sigma = T(layer.layer_sigma);
-    entry.layer_ddelta = T(layer.layer_ddelta);
-    entry.layer_dbeta = T(layer.layer_dbeta);
-    entry.magnetic = layer.magnetic;
-    for (int i = 0; i < 9; ++i) {
-      entry.epsilon[i] = Cplx<T>(T(layer.epsilon[i].real()), T(layer.epsilon[i].imag()));
-    }
-    profile.Append(entry);
-  }
-  IntensityOptions<T> options;
-  options.algorithm = test.options.algorithm;
-  options.magnetic = test.options.magnetic;
-  options.transmission = test.options.transmission;
-  options.maggamma = T(test.options.maggamma);
-  options.magphi = T(test.options.magphi);
-  options.tolerance = T(test.options.tolerance);
-  for (int i = 0; i < 8; ++i) options.polarisation[i] = test.options.polarisation[i];
+  Profile<T> profile = tolvik::testing::ConvertProfile<T>(test.layers);
   std::vector<T> sines(angles.begin(), angles.end());
   std::vector<T> first(sines.size()), second(sines.size());
   IntensityWork<T> work;
+  const IntensityOptions<T> options = tolvik::testing::ConvertOptions<T>(test.options);
   CalcIntensities<T>({profile, T(test.k0), options, sines, first.data(), second.data()}, work);
   std::vector<double> result;
   for (std::size_t i = 0; i < sines.size(); ++i) {

@@ -3,28 +3,17 @@
 #include <gtest/gtest.h>
 
 #include "optics/tensor.h"
-#include "support/stacks.h"
+#include "support/states.h"
 #include "tolvik/dataset.h"
 #include "tolvik/state.h"
 #include "tolvik/tolvik.h"
 
-namespace tolvik::test {
+namespace tolvik::testing {
 namespace {
 
-CState MakeState(std::initializer_list<Slab> slabs) {
-  CState state;
+CState SoftXrayState(std::initializer_list<Slab> slabs) {
+  CState state = MakeState(slabs);
   state.lambda = 19.5;
-  state.layers.Clear();
-  for (const Slab& slab : slabs) {
-    CLayer layer;
-    layer.layer_d = slab.d;
-    layer.layer_delta = slab.delta;
-    layer.layer_beta = slab.beta;
-    layer.layer_sigma = slab.sigma;
-    layer.layer_ddelta = slab.ddelta;
-    layer.layer_dbeta = slab.dbeta;
-    state.layers.Append(layer);
-  }
   return state;
 }
 
@@ -49,59 +38,59 @@ void ExpectSame(const CArray<double>& a, const CArray<double>& b, double relativ
 }
 
 CState RoughFilms() {
-  return MakeState({{0, 0.004, 0.002, 4}, {60, 0.009, 0.004, 3}, {25, 0.003, 0.001, 2}, {}});
+  return SoftXrayState({{0, 0.004, 0.002, 4}, {60, 0.009, 0.004, 3}, {25, 0.003, 0.001, 2}, {}});
 }
 
 TEST(Algorithms, AgreeForPureRaysWithoutMagnetism) {
   for (bool sigma : {true, false}) {
     CState state = RoughFilms();
     SetRay(state, sigma ? 1 : 0, sigma ? 0 : 1, 0);
-    const auto parratt = Curve(state, 0);
-    ExpectSame(Curve(state, 1), parratt, 1e-9);
-    ExpectSame(Curve(state, 2), parratt, 1e-9);
+    const auto parratt = Curve(state, Algorithm::kParratt);
+    ExpectSame(Curve(state, Algorithm::kMatrixOne), parratt, 1e-9);
+    ExpectSame(Curve(state, Algorithm::kMatrixTwo), parratt, 1e-9);
   }
 }
 
 TEST(Algorithms, AgreeInAllNumberTypes) {
   CState state = RoughFilms();
-  const auto reference = Curve(state, 0);
+  const auto reference = Curve(state, Algorithm::kParratt);
   for (std::int32_t precision : {Precision::kDouble, Precision::kLongDouble, Precision::kMpfr}) {
     state.precision = precision;
-    ExpectSame(Curve(state, 1), reference, 1e-9);
-    ExpectSame(Curve(state, 2), reference, 1e-9);
+    ExpectSame(Curve(state, Algorithm::kMatrixOne), reference, 1e-9);
+    ExpectSame(Curve(state, Algorithm::kMatrixTwo), reference, 1e-9);
   }
   state.precision = Precision::kFloat;
-  ExpectSame(Curve(state, 2), Curve(state, 1), 1e-6);
+  ExpectSame(Curve(state, Algorithm::kMatrixTwo), Curve(state, Algorithm::kMatrixOne), 1e-6);
 }
 
 TEST(Algorithms, AgreeOnSlices) {
   CState state = RoughFilms();
   state.layersegmentationmode = LayerSegmentationMode::kSlices;
   state.minlayerthickness = state.maxlayerthickness = 1;
-  const auto parratt = Curve(state, 0);
-  ExpectSame(Curve(state, 1), parratt, 1e-7);
-  ExpectSame(Curve(state, 2), parratt, 1e-7);
+  const auto parratt = Curve(state, Algorithm::kParratt);
+  ExpectSame(Curve(state, Algorithm::kMatrixOne), parratt, 1e-7);
+  ExpectSame(Curve(state, Algorithm::kMatrixTwo), parratt, 1e-7);
 }
 
 TEST(Algorithms, OneAndTwoAgreeForCircularLightOnWeakMagnetism) {
   // Without roughness: its factors know the magnetic part of the wavevectors in algorithm one only.
-  CState state = MakeState({{0, 0.004, 0.002}, {60, 0.009, 0.004, 0, 2e-5, 1e-5}, {}});
+  CState state = SoftXrayState({{0, 0.004, 0.002}, {60, 0.009, 0.004, 0, 2e-5, 1e-5}, {}});
   state.magnetizationmode = MagnetizationMode::kLayers;
   state.maggamma = 90;
   state.magphi = 30;
   state.epsilon = 1e-9;
   SetRay(state, std::sqrt(0.5), 0, std::sqrt(0.5));
-  ExpectSame(Curve(state, 1), Curve(state, 2), 5e-6);
+  ExpectSame(Curve(state, Algorithm::kMatrixOne), Curve(state, Algorithm::kMatrixTwo), 5e-6);
 }
 
 TEST(Algorithms, ParrattTakesLeftCircularLightAndMagnetisationAlongTheBeam) {
-  CState state = MakeState({{0, 0.004, 0.002}, {40, 0.009, 0.004, 0, 1e-4, 6e-5}, {}});
+  CState state = SoftXrayState({{0, 0.004, 0.002}, {40, 0.009, 0.004, 0, 1e-4, 6e-5}, {}});
   state.maggamma = state.magphi = 90;
   state.epsilon = 1e-9;
   SetRay(state, std::sqrt(0.5), 0, std::sqrt(0.5));
-  const auto plain = Curve(state, 0);
+  const auto plain = Curve(state, Algorithm::kParratt);
   state.magnetizationmode = MagnetizationMode::kLayers;
-  const auto scalar = Curve(state, 0), tensor = Curve(state, 1);
+  const auto scalar = Curve(state, Algorithm::kParratt), tensor = Curve(state, Algorithm::kMatrixOne);
   for (std::int32_t i = 0; i < 20; ++i) {  // θ up to 0.5
     const double effect = tensor[i] / plain[i] - 1;
     EXPECT_NEAR(scalar[i] / plain[i] - 1, effect, 0.15 * std::abs(effect)) << i;
@@ -110,20 +99,20 @@ TEST(Algorithms, ParrattTakesLeftCircularLightAndMagnetisationAlongTheBeam) {
 }
 
 TEST(Algorithms, WeakMagnetismBelowTheToleranceIsIsotropic) {
-  CState state = MakeState({{0, 0.004, 0.002}, {60, 0.009, 0.004, 0, 2e-5, 1e-5}, {}});
+  CState state = SoftXrayState({{0, 0.004, 0.002}, {60, 0.009, 0.004, 0, 2e-5, 1e-5}, {}});
   state.magnetizationmode = MagnetizationMode::kLayers;
   SetRay(state, std::sqrt(0.5), 0, std::sqrt(0.5));
-  const auto blind = Curve(state, 1);
+  const auto blind = Curve(state, Algorithm::kMatrixOne);
   state.epsilon = 1e-9;
-  const auto seeing = Curve(state, 1);
+  const auto seeing = Curve(state, Algorithm::kMatrixOne);
   state.magnetizationmode = MagnetizationMode::kNone;
-  const auto without = Curve(state, 1);
+  const auto without = Curve(state, Algorithm::kMatrixOne);
   ExpectSame(blind, without, 1e-9);
   EXPECT_GT(std::abs(seeing[20] / without[20] - 1), 1e-4);
 }
 
 TEST(Algorithms, GaussFunctionsReachTwoButNotOne) {
-  CState state = MakeState({{0, 0.004, 0.002, 2}, {60, 0.009, 0.004, 3, 2e-3, 1e-3}, {}});
+  CState state = SoftXrayState({{0, 0.004, 0.002, 2}, {60, 0.009, 0.004, 3, 2e-3, 1e-3}, {}});
   state.magnetizationmode = MagnetizationMode::kGaussFunctions;
   state.layersegmentationmode = LayerSegmentationMode::kSlices;
   state.minlayerthickness = state.maxlayerthickness = 1;
@@ -134,9 +123,9 @@ TEST(Algorithms, GaussFunctionsReachTwoButNotOne) {
   function.gauss_z = 30;
   function.gauss_variance = 10;
   modulated.gaussfunctions.Append(function);
-  ExpectSame(Curve(modulated, 1), Curve(state, 1), 0);
-  EXPECT_GT(std::abs(Curve(modulated, 2)[20] / Curve(state, 2)[20] - 1), 1e-3);
+  ExpectSame(Curve(modulated, 1), Curve(state, Algorithm::kMatrixOne), 0);
+  EXPECT_GT(std::abs(Curve(modulated, 2)[20] / Curve(state, Algorithm::kMatrixTwo)[20] - 1), 1e-3);
 }
 
 }  // namespace
-}  // namespace tolvik::test
+}  // namespace tolvik::testing

@@ -7,7 +7,7 @@
 #include "support/intensities.h"
 #include "support/stacks.h"
 
-namespace tolvik::test {
+namespace tolvik::testing {
 namespace {
 
 constexpr double kWavevector = 0.32;  // near 630 eV
@@ -166,4 +166,4 @@ TEST(Berreman, MorePrecisionRemovesTheIllConditioning) {
 }
 
 }  // namespace
-}  // namespace tolvik::test
+}  // namespace tolvik::testing

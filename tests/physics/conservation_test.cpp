@@ -7,7 +7,7 @@
 #include "support/intensities.h"
 #include "support/stacks.h"
 
-namespace tolvik::test {
+namespace tolvik::testing {
 namespace {
 
 constexpr double kWavevector = 0.32;
@@ -69,4 +69,4 @@ TEST(Conservation, AbsorptionTakesItsShare) {
 }
 
 }  // namespace
-}  // namespace tolvik::test
+}  // namespace tolvik::testing

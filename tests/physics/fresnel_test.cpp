@@ -103,7 +103,7 @@ TEST_P(EachRay, RoughnessActsAsADebyeWallerFactorAtLargeQz) {
 TEST_P(EachRay, OneFilmReflectsByAirysFormula) {
   const long double film = 0.9L, substrate = 0.8L;
   const double d = 23.7;
-  CState state = MakeState({{.delta = 0.2}, {.delta = 0.1, .thickness = d}, {}});
+  CState state = MakeState({{.delta = 0.2}, {.thickness = d, .delta = 0.1}, {}});
   testing::UsePi(state, GetParam());
   const CSolution grid = MakeGrid(5.5, 8.0, 200);
   const CArray<double> curve = Curve(state, grid);
@@ -122,7 +122,7 @@ TEST_P(EachRay, ReflectionIsTotalBelowTheCriticalAngle) {
   // sin²θc = 1 - n² = 2 delta - delta²
   const double delta = 2e-5, qc = 4 * M_PI / kLambda * std::sqrt(2 * delta - delta * delta);
   CState bare = MakeState({{.delta = delta}, {}});
-  CState film = MakeState({{.delta = delta}, {.delta = 1e-5, .thickness = 150}, {}});
+  CState film = MakeState({{.delta = delta}, {.thickness = 150, .delta = 1e-5}, {}});
   testing::UsePi(bare, GetParam());
   testing::UsePi(film, GetParam());
   const CSolution grid = MakeGrid(0.01 * qc, 0.999 * qc, 100);

@@ -18,8 +18,8 @@ using testing::MakeState;
 
 // Cu Kα, 8048 eV. Henke, Gullikson and Davis, At. Data Nucl. Data Tables 54, 181 (1993), rounded.
 constexpr double kLambda = 1.5406;
-constexpr testing::Slab kMolybdenum{.delta = 2.87e-5, .beta = 1.9e-6, .thickness = 28};
-constexpr testing::Slab kSilicon{.delta = 7.6e-6, .beta = 1.73e-7, .thickness = 41};
+constexpr testing::Slab kMolybdenum{.thickness = 28, .delta = 2.87e-5, .beta = 1.9e-6};
+constexpr testing::Slab kSilicon{.thickness = 41, .delta = 7.6e-6, .beta = 1.73e-7};
 
 CLayer LayerOf(const testing::Slab& slab) {
   return MakeState({slab}).layers[0];
@@ -48,7 +48,7 @@ void ExpectSameCurves(const CState& a, const CState& b, double tolerance) {
 }
 
 TEST(Multilayer, ASlabSplitInTwoChangesNothing) {
-  const testing::Slab film{.delta = 2e-5, .beta = 1e-6, .thickness = 120, .sigma = 4};
+  const testing::Slab film{.thickness = 120, .delta = 2e-5, .beta = 1e-6, .sigma = 4};
   testing::Slab lower = film, upper = film;
   lower.thickness = 37.5;
   lower.sigma = 9;  // between equal media the roughness does not matter either
@@ -57,14 +57,14 @@ TEST(Multilayer, ASlabSplitInTwoChangesNothing) {
 }
 
 TEST(Multilayer, ASmoothSlabWithoutThicknessChangesNothing) {
-  const testing::Slab film{.delta = 2e-5, .beta = 1e-6, .thickness = 120};
-  const testing::Slab nothing{.delta = 9e-5, .beta = 4e-6, .thickness = 0};
+  const testing::Slab film{.thickness = 120, .delta = 2e-5, .beta = 1e-6};
+  const testing::Slab nothing{.thickness = 0, .delta = 9e-5, .beta = 4e-6};
   ExpectSameCurves(MakeState({kSilicon, film, {}}), MakeState({kSilicon, nothing, film, {}}), 1e-9);
   ExpectSameCurves(MakeState({kSilicon, film, {}}), MakeState({kSilicon, film, nothing, {}}), 1e-9);
 }
 
 TEST(Multilayer, AThickAbsorberHidesWhatIsBelow) {
-  const testing::Slab thick{.delta = 3e-5, .beta = 5e-6, .thickness = 1e9};
+  const testing::Slab thick{.thickness = 1e9, .delta = 3e-5, .beta = 5e-6};
   ExpectSameCurves(MakeState({thick, {}}), MakeState({{.delta = 0.5, .beta = 0.1}, thick, {}}), 1e-9);
 }
 
@@ -82,9 +82,9 @@ TEST(Multilayer, NothingReflectsMoreThanItGets) {
     const int layers = 2 + static_cast<int>(10 * unit(random));
     for (int i = 0; i < layers; ++i) {
       const double scale = rough ? 1e-4 * unit(random) : std::pow(10.0, -6 * unit(random));
-      state.layers.Append(LayerOf({.delta = 0.5 * scale * unit(random),
+      state.layers.Append(LayerOf({.thickness = 200 * unit(random),
+                                   .delta = 0.5 * scale * unit(random),
                                    .beta = 0.2 * scale * unit(random),
-                                   .thickness = 200 * unit(random),
                                    .sigma = rough ? 3 * unit(random) : 0}));
     }
     state.layers.Append(CLayer());
@@ -122,7 +122,7 @@ TEST(Multilayer, BraggPeaksLieWhereTheModifiedBraggLawPutsThem) {
 // Maxima of one heavy film on a light substrate: with q' = sqrt(qz² - qc²) of the film, a spacing of 2π/d.
 TEST(Multilayer, KiessigFringesAreSpacedByTheThickness) {
   const double d = 400, delta = 4e-5, k0 = 2 * M_PI / kLambda;
-  CState state = MakeState({{}, {.delta = delta, .thickness = d}, {}});
+  CState state = MakeState({{}, {.thickness = d, .delta = delta}, {}});
   state.lambda = kLambda;
   const CSolution grid = MakeGrid(0.06, 0.25, 20001);
   const CArray<double> curve = Curve(state, grid);
@@ -145,7 +145,7 @@ TEST(Multilayer, KiessigFringesAreSpacedByTheThickness) {
 // D. McMorrow, Elements of Modern X-ray Physics, ch. 3. The error is of the order of qc²/qz² times the phase.
 TEST(Multilayer, FarFromTheCriticalAngleTheCurveIsKinematic) {
   CState state =
-      MakeState({{.delta = 7.6e-8}, {.delta = 2e-7, .thickness = 30}, {.delta = 1e-7, .thickness = 17}, {}});
+      MakeState({{.delta = 7.6e-8}, {.thickness = 30, .delta = 2e-7}, {.thickness = 17, .delta = 1e-7}, {}});
   state.lambda = kLambda;
   const double k0 = 2 * M_PI / kLambda;
   const CSolution grid = MakeGrid(0.2, 0.8, 121);

@@ -6,7 +6,7 @@
 #include "support/intensities.h"
 #include "support/stacks.h"
 
-namespace tolvik::test {
+namespace tolvik::testing {
 namespace {
 
 constexpr double kWavevector = 0.32;
@@ -53,4 +53,4 @@ TEST(Reciprocity, UnpolarisedLightDoesNotSeeTheSignOfTheNormalPart) {
 }
 
 }  // namespace
-}  // namespace tolvik::test
+}  // namespace tolvik::testing

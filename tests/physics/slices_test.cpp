@@ -6,7 +6,7 @@
 #include "support/intensities.h"
 #include "support/stacks.h"
 
-namespace tolvik::test {
+namespace tolvik::testing {
 namespace {
 
 constexpr double kWavevector = 0.32;
@@ -123,4 +123,4 @@ TEST(Slices, ElementProfileOfOneInterfaceIsTheLayerWithThatDensity) {
 }
 
 }  // namespace
-}  // namespace tolvik::test
+}  // namespace tolvik::testing

@@ -5,7 +5,7 @@
 #include "support/intensities.h"
 #include "support/stacks.h"
 
-namespace tolvik::test {
+namespace tolvik::testing {
 namespace {
 
 constexpr double kWavevector = 0.32;
@@ -119,4 +119,4 @@ TEST(Symmetry, PolarMagnetisationAtNormalIncidenceIsTwoScalarProblems) {
 }
 
 }  // namespace
-}  // namespace tolvik::test
+}  // namespace tolvik::testing

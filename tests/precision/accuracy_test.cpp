@@ -23,7 +23,7 @@ using testing::MakeState;
 using testing::Slab;
 
 constexpr Slab kSilicon{.delta = 7.6e-6, .beta = 1.73e-7, .sigma = 3};
-constexpr Slab kMolybdenum{.delta = 2.87e-5, .beta = 1.9e-6, .thickness = 28, .sigma = 3};
+constexpr Slab kMolybdenum{.thickness = 28, .delta = 2.87e-5, .beta = 1.9e-6, .sigma = 3};
 constexpr double kSmallestContrast = 7.6e-6;
 
 struct Sample {
@@ -42,7 +42,7 @@ std::vector<Sample> Samples() {
   mirror.layers.Append(CLayer());
   return {{"bare substrate", MakeState({kSilicon, {}})},
           {"film of 300 A",
-           MakeState({kSilicon, {.delta = 2.25e-5, .beta = 2.9e-6, .thickness = 300, .sigma = 5}, {}})},
+           MakeState({kSilicon, {.thickness = 300, .delta = 2.25e-5, .beta = 2.9e-6, .sigma = 5}, {}})},
           {"mirror, 40 periods", mirror}};
 }
 

@@ -8,9 +8,9 @@
 #include "engine/curve/jacobian.h"
 #include "engine/number/cnumber.h"
 #include "engine/number/complex.h"
-#include "precision/random_stack.h"
+#include "support/random_stacks.h"
 
-namespace tolvik::test {
+namespace tolvik::testing {
 
 using engine::ProfileField;
 
@@ -149,4 +149,4 @@ class ReferenceStack {
   std::vector<Entry> entries_;
 };
 
-}  // namespace tolvik::test
+}  // namespace tolvik::testing

@@ -13,7 +13,7 @@
 #include "precision/gradient_reference.h"
 #include "precision/lanes_support.h"
 
-namespace tolvik::test {
+namespace tolvik::testing {
 namespace {
 
 using engine::ChainTerm;
@@ -136,4 +136,4 @@ TEST(Gradient, AgreesWithDifferencesOf200Bits) {
 }
 
 }  // namespace
-}  // namespace tolvik::test
+}  // namespace tolvik::testing

@@ -11,7 +11,7 @@
 
 #include "precision/lanes_support.h"
 
-namespace tolvik::test {
+namespace tolvik::testing {
 
 using engine::CNumber;
 using engine::lanes::LaneSet;
@@ -173,7 +173,7 @@ class Comparison {
 
  private:
   void Check(std::size_t i, int ray, double plain, double lane) {
-    SCOPED_TRACE(testing::Message() << NameOf(set_) << " case " << number_ << " angle " << i << " ray " << ray
+    SCOPED_TRACE(::testing::Message() << NameOf(set_) << " case " << number_ << " angle " << i << " ray " << ray
                                     << " sine " << test_.sines[i]);
     if (!std::isfinite(plain)) {
       EXPECT_TRUE(std::isnan(plain) ? std::isnan(lane) : lane == plain) << plain << " " << lane;
@@ -218,7 +218,7 @@ void ExpectSameInAnyBatch(const RandomCase& test, LaneSet set, int number) {
   const Intensities<T> all = Calculate<T>(test, set);
   const Intensities<T> back = Calculate<T>(turned, set);
   for (std::size_t i = 0; i < test.sines.size(); ++i) {
-    SCOPED_TRACE(testing::Message() << NameOf(set) << " case " << number << " angle " << i);
+    SCOPED_TRACE(::testing::Message() << NameOf(set) << " case " << number << " angle " << i);
     const std::size_t other = test.sines.size() - 1 - i;
     EXPECT_TRUE(same(all.first[i], back.first[other]) && same(all.second[i], back.second[other]));
     if (i % 10 != 0) continue;
@@ -229,4 +229,4 @@ void ExpectSameInAnyBatch(const RandomCase& test, LaneSet set, int number) {
   }
 }
 
-}  // namespace tolvik::test
+}  // namespace tolvik::testing

@@ -11,13 +11,13 @@
 
 #include "engine/lanes/kernels.h"
 
-namespace tolvik::test {
+namespace tolvik::testing {
 namespace {
 
 using namespace engine::lanes;
 
 template <class T>
-class LanesFunctions : public testing::Test {
+class LanesFunctions : public ::testing::Test {
  protected:
   using Wider = std::conditional_t<std::is_same_v<T, float>, double, long double>;
 
@@ -74,7 +74,7 @@ class LanesFunctions : public testing::Test {
   static constexpr double kHighestExp = std::is_same_v<T, float> ? 87.9 : 708.9;
   static constexpr double kMaxPhase = std::is_same_v<T, float> ? 1e4 : 1e6;
 };
-using LaneNumbers = testing::Types<float, double>;
+using LaneNumbers = ::testing::Types<float, double>;
 TYPED_TEST_SUITE(LanesFunctions, LaneNumbers);
 
 TYPED_TEST(LanesFunctions, ExponentialIsWithinOneAndAHalfPlaces) {
@@ -165,4 +165,4 @@ TYPED_TEST(LanesFunctions, ExponentialVanishesBelowItsRange) {
 }
 
 }  // namespace
-}  // namespace tolvik::test
+}  // namespace tolvik::testing

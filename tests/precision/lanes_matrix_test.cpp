@@ -6,13 +6,13 @@
 
 #include "precision/lanes_comparison.h"
 
-namespace tolvik::test {
+namespace tolvik::testing {
 namespace {
 
 using engine::lanes::LaneSet;
 
 template <class T>
-class LanesMatrix : public testing::Test {
+class LanesMatrix : public ::testing::Test {
  protected:
   template <class Make>
   void Compare(std::uint64_t seed, Make make) {
@@ -27,7 +27,7 @@ class LanesMatrix : public testing::Test {
     }
   }
 };
-using LaneNumbers = testing::Types<float, double>;
+using LaneNumbers = ::testing::Types<float, double>;
 TYPED_TEST_SUITE(LanesMatrix, LaneNumbers);
 
 TYPED_TEST(LanesMatrix, OrdinaryStacksAreNeverWorseThanPlain) {
@@ -150,4 +150,4 @@ TYPED_TEST(LanesMatrix, OverflowOfTheGrowingWavesStays) {
 }
 
 }  // namespace
-}  // namespace tolvik::test
+}  // namespace tolvik::testing

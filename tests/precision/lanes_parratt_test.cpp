@@ -11,14 +11,14 @@
 
 #include "precision/lanes_comparison.h"
 
-namespace tolvik::test {
+namespace tolvik::testing {
 namespace {
 
 using engine::lanes::LaneSet;
 
 template <class T>
-class LanesParratt : public testing::Test {};
-using LaneNumbers = testing::Types<float, double>;
+class LanesParratt : public ::testing::Test {};
+using LaneNumbers = ::testing::Types<float, double>;
 TYPED_TEST_SUITE(LanesParratt, LaneNumbers);
 
 TYPED_TEST(LanesParratt, OrdinaryStacksAreNeverWorseThanPlain) {
@@ -95,4 +95,4 @@ TYPED_TEST(LanesParratt, OneInterfaceIsTheFresnelCoefficient) {
 }
 
 }  // namespace
-}  // namespace tolvik::test
+}  // namespace tolvik::testing

@@ -8,9 +8,9 @@
 #include "engine/lanes/kernels.h"
 #include "engine/number/cnumber.h"
 #include "engine/number/complex.h"
-#include "precision/random_stack.h"
+#include "support/random_stacks.h"
 
-namespace tolvik::test {
+namespace tolvik::testing {
 
 /// Selects a lane set for its lifetime; afterwards the widest one is selected again.
 class LanesForNow {
@@ -99,4 +99,4 @@ Intensities<T> Calculate(const RandomCase& test, engine::lanes::LaneSet set) {
   return Calculate<T>(test);
 }
 
-}  // namespace tolvik::test
+}  // namespace tolvik::testing

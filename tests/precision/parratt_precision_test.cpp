@@ -99,10 +99,10 @@ struct Tally {
 };
 
 TEST(ParrattPrecision, ErrsAsTheConditioningSays) {
-  testing::RandomStacks stacks(kSeed);
+  testing::RandomCases stacks(kSeed);
   Tally in_float, in_double, in_long_double;
   for (int i = 0; i < kStacks; ++i) {
-    CState state = stacks.Next(8);
+    CState state = stacks.Moderate(8);
     if (i % 2 != 0) {
       state.ray1sigmare = 0;
       state.ray1pire = 1;

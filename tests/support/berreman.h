@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-namespace tolvik::test {
+namespace tolvik::testing {
 
 using Real = long double;
 using Complex = std::complex<Real>;
@@ -162,4 +162,4 @@ inline Real RayIntensity(const BerremanAmplitudes& r, Complex sigma, Complex pi)
   return std::norm(r.ss * sigma + r.sp * pi) + std::norm(r.ps * sigma + r.pp * pi);
 }
 
-}  // namespace tolvik::test
+}  // namespace tolvik::testing

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <random>
 
+#include "optics/energy.h"
+#include "support/fit_variable.h"
 #include "tolvik/state.h"
 #include "tolvik/tolvik.h"
 
@@ -14,7 +16,7 @@ namespace tolvik::testing {
 inline CState MakeFilm() {
   CState state;
   state.disablescript = 1;
-  state.lambda = 12398.326 / 8000.0;
+  state.lambda = LambdaFromEnergy(8000);
   state.layers.Assign(4, CLayer());
   const auto set = [&state](std::int32_t i, double d, double delta, double beta, double sigma) {
     CLayer& layer = state.layers[i];
@@ -53,19 +55,6 @@ inline void Measure(CState& state, std::int32_t points, double noise, std::uint3
   };
   for (double& r : curve.dataset_R0) r *= std::exp(noise * normal());
   state.datasets.Append(curve);
-}
-
-/// Appends a variable around its present value in the model.
-inline void Vary(CState& state, std::int32_t id, std::int32_t index, double value, double step,
-                 double lower = -1e10, double upper = 1e10) {
-  CFitVariable variable;
-  variable.fit_id = id;
-  variable.fit_additional_id = index;
-  variable.fit_value = value;
-  variable.fit_delta = step;
-  variable.fit_lower_boundary = lower;
-  variable.fit_upper_boundary = upper;
-  state.fitvariables.Append(variable);
 }
 
 }  // namespace tolvik::testing

@@ -4,6 +4,7 @@
 
 #include <initializer_list>
 
+#include "support/fit_variable.h"
 #include "support/states.h"
 #include "tolvik/tolvik.h"
 
@@ -12,22 +13,10 @@ namespace tolvik::testing {
 inline constexpr double kFilmThickness = 120;  // Å
 inline constexpr double kFilmRoughness = 5;
 
-inline CFitVariable Vary(std::int32_t id, std::int32_t layer, double value, double delta,
-                         double lower = -1000, double upper = 1000) {
-  CFitVariable variable;
-  variable.fit_id = id;
-  variable.fit_additional_id = layer;
-  variable.fit_value = value;
-  variable.fit_delta = delta;
-  variable.fit_lower_boundary = lower;
-  variable.fit_upper_boundary = upper;
-  return variable;
-}
-
 /// The film at 8000 eV with a measurement of that many points, calculated from the film itself; the fit
 /// variables are thickness and roughness of the film, a few percent off.
 inline CState FilmState(int points = 40) {
-  CState state = MakeState({{7.58e-6, 1.77e-7, 0, 3}, {2.25e-5, 2.9e-6, kFilmThickness, kFilmRoughness}, {}});
+  CState state = MakeState({{0, 7.58e-6, 1.77e-7, 3}, {kFilmThickness, 2.25e-5, 2.9e-6, kFilmRoughness}, {}});
   state.lambda = 12398.326 / 8000;
   state.disablescript = 1;
   state.fitqzmin = 0.02;

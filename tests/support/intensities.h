@@ -9,7 +9,7 @@
 #include "engine/algorithms/parratt.tpp"
 #include "support/berreman.h"
 
-namespace tolvik::test {
+namespace tolvik::testing {
 
 /// Sigma and pi part of a ray.
 struct Ray {
@@ -79,4 +79,4 @@ inline double IndependentIntensity(const engine::Profile<double>& profile, doubl
       RayIntensity(r, Complex(ray.sigma.real(), ray.sigma.imag()), Complex(ray.pi.real(), ray.pi.imag())));
 }
 
-}  // namespace tolvik::test
+}  // namespace tolvik::testing

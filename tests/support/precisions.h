@@ -10,6 +10,7 @@
 #include "engine/number/cnumber.h"
 #include "engine/number/complex.h"
 #include "engine/number/number.h"
+#include "tolvik/choices.h"
 
 namespace tolvik::testing {
 
@@ -29,10 +30,10 @@ struct PrecisionNames {
 /// Value of `precision` in a state that gives T.
 template <class T>
 constexpr int PrecisionOf() {
-  if constexpr (std::is_same_v<T, float>) return 0;
-  if constexpr (std::is_same_v<T, long double>) return 2;
-  if constexpr (std::is_same_v<T, engine::CNumber>) return 3;
-  return 1;
+  if constexpr (std::is_same_v<T, float>) return Precision::kFloat;
+  if constexpr (std::is_same_v<T, long double>) return Precision::kLongDouble;
+  if constexpr (std::is_same_v<T, engine::CNumber>) return Precision::kMpfr;
+  return Precision::kDouble;
 }
 
 /// Relative spacing of T at 1, but not below that of the double that holds the results.

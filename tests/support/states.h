@@ -1,58 +1,23 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// States and profiles for tests of the engine.
+// States and curves for tests.
 #pragma once
 
 #include <initializer_list>
 
-#include "engine/profile/layer.h"
+#include "optics/rays.h"
+#include "support/slab.h"
 #include "tolvik/dataset.h"
 #include "tolvik/state.h"
 
 namespace tolvik::testing {
-
-/// The numbers of a layer that a test gives; lengths in Å.
-struct Slab {
-  double delta = 0;
-  double beta = 0;
-  double thickness = 0;
-  double sigma = 0;
-  double ddelta = 0;
-  double dbeta = 0;
-};
 
 /// A state with the slabs from the substrate to the ambient, at λ 1.54 Å, without resolution.
 inline CState MakeState(std::initializer_list<Slab> slabs) {
   CState state;
   state.lambda = 1.54;
   state.layers.Clear();
-  for (const Slab& slab : slabs) {
-    CLayer layer;
-    layer.layer_delta = slab.delta;
-    layer.layer_beta = slab.beta;
-    layer.layer_d = slab.thickness;
-    layer.layer_sigma = slab.sigma;
-    layer.layer_ddelta = slab.ddelta;
-    layer.layer_dbeta = slab.dbeta;
-    state.layers.Append(layer);
-  }
+  for (const Slab& slab : slabs) state.layers.Append(MakeLayer(slab));
   return state;
-}
-
-/// The same as a profile in the number type T, for tests of single operations.
-template <class T>
-engine::Profile<T> MakeProfile(std::initializer_list<Slab> slabs) {
-  engine::Profile<T> profile;
-  for (const Slab& slab : slabs) {
-    engine::CLayer<T> entry;
-    entry.layer_delta = T(slab.delta);
-    entry.layer_beta = T(slab.beta);
-    entry.layer_d = T(slab.thickness);
-    entry.layer_sigma = T(slab.sigma);
-    entry.layer_ddelta = T(slab.ddelta);
-    entry.layer_dbeta = T(slab.dbeta);
-    profile.Append(entry);
-  }
-  return profile;
 }
 
 /// A record with a grid.
@@ -99,9 +64,8 @@ inline CSolution MakeScan(std::initializer_list<double> qz, std::initializer_lis
 
 /// Makes both rays of a state pi (or both sigma).
 inline void UsePi(CState& state, bool pi = true) {
-  state.ray1sigmare = state.ray2sigmare = pi ? 0 : 1;
-  state.ray1pire = state.ray2pire = pi ? 1 : 0;
-  state.ray1sigmaim = state.ray2sigmaim = state.ray1piim = state.ray2piim = 0;
+  SetRayFromLetter(FirstRay(state), pi ? 'p' : 's');
+  SetRayFromLetter(SecondRay(state), pi ? 'p' : 's');
 }
 
 }  // namespace tolvik::testing

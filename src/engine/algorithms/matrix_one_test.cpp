@@ -11,8 +11,8 @@
 namespace tolvik::engine {
 namespace {
 
-using test::MakeProfile;
-using test::Slab;
+using testing::MakeProfile;
+using testing::Slab;
 
 const double kSigmaThenPi[8] = {1, 0, 0, 0, 0, 0, 1, 0};
 const Slab kVacuum;
@@ -45,11 +45,11 @@ void ExpectSame(const Pair& a, const Pair& b, double relative) {
 }
 
 template <class T>
-class MatrixOneOf : public testing::Test {
+class MatrixOneOf : public ::testing::Test {
  public:
   static double Tolerance() { return std::is_same_v<T, float> ? 2e-2 : 1e-10; }
 };
-using NumberTypes = testing::Types<float, double, long double, CNumber>;
+using NumberTypes = ::testing::Types<float, double, long double, CNumber>;
 TYPED_TEST_SUITE(MatrixOneOf, NumberTypes);
 
 TYPED_TEST(MatrixOneOf, EqualsTheParrattRecursionForPureRays) {
@@ -154,7 +154,7 @@ TEST(MatrixOne, ZeroThicknessTensorEntryIsTheIdentity) {
 TEST(MatrixOne, RaysAreAddedAsAmplitudes) {
   // Circular light of both helicities over a polar magnetic film: the sum is that of two pure rays, the parts
   // differ.
-  const test::Magnetisation polar{0, 0, true};
+  const testing::Magnetisation polar{0, 0, true};
   const auto profile =
       MakeProfile<double>({{0, 0.03, 0.01}, {30, 0.05, 0.02, 0, 0.01, 0.006}, kVacuum}, polar);
   const double h = std::sqrt(0.5);

@@ -11,8 +11,8 @@
 namespace tolvik::engine {
 namespace {
 
-using test::MakeProfile;
-using test::Slab;
+using testing::MakeProfile;
+using testing::Slab;
 
 const double kSigmaThenPi[8] = {1, 0, 0, 0, 0, 0, 1, 0};
 const Slab kVacuum;
@@ -48,11 +48,11 @@ void ExpectSame(const Pair& a, const Pair& b, double relative) {
 }
 
 template <class T>
-class MatrixTwoOf : public testing::Test {
+class MatrixTwoOf : public ::testing::Test {
  public:
   static double Tolerance() { return std::is_same_v<T, float> ? 2e-2 : 1e-11; }
 };
-using NumberTypes = testing::Types<float, double, long double, CNumber>;
+using NumberTypes = ::testing::Types<float, double, long double, CNumber>;
 TYPED_TEST_SUITE(MatrixTwoOf, NumberTypes);
 
 TYPED_TEST(MatrixTwoOf, WithoutMagnetismEqualsAlgorithmOne) {

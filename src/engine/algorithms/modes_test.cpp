@@ -31,24 +31,25 @@ struct ModesOf {
   Cplx<T> kappa[4] = {};
 };
 
-test::Tensor3 ToTensor3(const Tensor<double>& e) {
-  test::Tensor3 result;
-  for (std::size_t i = 0; i < 9; ++i) result[i / 3][i % 3] = test::Complex(e[i].real(), e[i].imag());
+testing::Tensor3 ToTensor3(const Tensor<double>& e) {
+  testing::Tensor3 result;
+  for (std::size_t i = 0; i < 9; ++i) result[i / 3][i % 3] = testing::Complex(e[i].real(), e[i].imag());
   return result;
 }
 
 // Each row of D must be an eigenvector of Berreman's matrix with its kappa as eigenvalue.
 template <class T>
 double WorstModeResidual(const ModesOf<T>& modes, const Tensor<double>& e, double theta) {
-  const test::Square delta = test::BerremanMatrix(ToTensor3(e), std::cos(static_cast<long double>(theta)));
+  const testing::Square delta =
+      testing::BerremanMatrix(ToTensor3(e), std::cos(static_cast<long double>(theta)));
   double worst = 0;
   for (int r = 0; r < 4; ++r) {
     const auto convert = [](const Cplx<T>& z) {
-      return test::Complex(static_cast<double>(z.real()), static_cast<double>(z.imag()));
+      return testing::Complex(static_cast<double>(z.real()), static_cast<double>(z.imag()));
     };
-    test::Vector field;
+    testing::Vector field;
     for (int k = 0; k < 4; ++k) field[static_cast<std::size_t>(k)] = convert(modes.D(r, k));
-    const test::Vector image = test::Multiply(delta, field);
+    const testing::Vector image = testing::Multiply(delta, field);
     for (std::size_t k = 0; k < 4; ++k) {
       worst = std::max(worst, static_cast<double>(std::abs(image[k] - convert(modes.kappa[r]) * field[k])));
     }
@@ -93,11 +94,11 @@ TEST(ClassifyTensor, ValuesThatAreNotNumbersDoNotVanish) {
 }
 
 template <class T>
-class Modes : public testing::Test {
+class Modes : public ::testing::Test {
  public:
   static double Epsilon() { return std::is_same_v<T, float> ? 1.2e-7 : 2.3e-16; }
 };
-using NumberTypes = testing::Types<float, double, long double, CNumber>;
+using NumberTypes = ::testing::Types<float, double, long double, CNumber>;
 TYPED_TEST_SUITE(Modes, NumberTypes);
 
 TYPED_TEST(Modes, IsotropicModesSolveMaxwell) {

@@ -4,7 +4,7 @@
 
 #include "engine/algorithms/parratt.tpp"
 #include "support/precisions.h"
-#include "support/states.h"
+#include "support/stacks.h"
 
 namespace tolvik::engine {
 namespace {
@@ -146,7 +146,7 @@ TYPED_TEST(Parratt, TwoEntriesReflectAsTheirOneInterface) {
 TYPED_TEST(Parratt, TheSharesOfSigmaAndPiAddAsIntensities) {
   using T = TypeParam;
   const double mixed[8] = {0.3, 0.4, 0, 2, 0, 0, 0, 0};  // |sigma|² = 0.25, |pi|² = 4
-  Recursion<T> r({kSubstrate, {.delta = 0.1, .beta = 0.05, .thickness = 0.5}, kVacuum}, kTheta, 0);
+  Recursion<T> r({kSubstrate, {.thickness = 0.5, .delta = 0.1, .beta = 0.05}, kVacuum}, kTheta, 0);
   const double expected = 0.25 * r.Intensity(kSigmaFirst, 1) + 4 * r.Intensity(kSigmaFirst, 2);
   EXPECT_NEAR(r.Intensity(mixed, 1), expected, 8 * Epsilon<T>() * expected);
   EXPECT_EQ(r.Intensity(mixed, 2), 0.0);
@@ -157,7 +157,7 @@ TYPED_TEST(Parratt, TheSharesOfSigmaAndPiAddAsIntensities) {
 TYPED_TEST(Parratt, OneFilmInterferesAsTheRecursionSays) {
   using T = TypeParam;
   const double d = 0.8;
-  Recursion<T> r({kSubstrate, {.delta = 0.1, .beta = 0.05, .thickness = d}, kVacuum}, kTheta, 0);
+  Recursion<T> r({kSubstrate, {.thickness = d, .delta = 0.1, .beta = 0.05}, kVacuum}, kTheta, 0);
   const Reference a = Wavevector(1, kTheta), f = Wavevector({0.9L, 0.05L}, kTheta),
                   b = Wavevector({0.7L, 0.2L}, kTheta);
   const Reference E = std::exp(Reference(0, 2) * f * static_cast<long double>(d));
@@ -170,9 +170,9 @@ TYPED_TEST(Parratt, OneFilmInterferesAsTheRecursionSays) {
 TYPED_TEST(Parratt, TheOutermostThicknessesAreNotRead) {
   using T = TypeParam;
   const double nan = std::numeric_limits<double>::quiet_NaN();
-  const testing::Slab film{.delta = 0.1, .beta = 0.05, .thickness = 0.5};
+  const testing::Slab film{.thickness = 0.5, .delta = 0.1, .beta = 0.05};
   Recursion<T> clean({kSubstrate, film, kVacuum}, kTheta, 0);
-  Recursion<T> odd({{.delta = 0.3, .beta = 0.2, .thickness = nan}, film, {.thickness = nan, .sigma = nan}},
+  Recursion<T> odd({{.thickness = nan, .delta = 0.3, .beta = 0.2}, film, {.thickness = nan, .sigma = nan}},
                    kTheta, 0);
   EXPECT_EQ(clean.Intensity(kSigmaFirst, 1), odd.Intensity(kSigmaFirst, 1));
 }
@@ -205,7 +205,7 @@ TYPED_TEST(Parratt, LiftingKeepsTheImaginaryPart) {
 TYPED_TEST(Parratt, NonFiniteValuesTravelIntoTheResult) {
   using T = TypeParam;
   const double nan = std::numeric_limits<double>::quiet_NaN();
-  Recursion<T> r({kSubstrate, {.delta = 0.1, .thickness = nan}, kVacuum}, kTheta, 0);
+  Recursion<T> r({kSubstrate, {.thickness = nan, .delta = 0.1}, kVacuum}, kTheta, 0);
   EXPECT_TRUE(std::isnan(r.Intensity(kSigmaFirst, 1)));
 }
 

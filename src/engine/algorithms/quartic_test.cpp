@@ -61,11 +61,11 @@ void ExpectOrder(const Four& z) {
 }
 
 template <class T>
-class Quartic : public testing::Test {
+class Quartic : public ::testing::Test {
  public:
   static double Epsilon() { return std::is_same_v<T, float> ? 1.2e-7 : 2.3e-16; }
 };
-using NumberTypes = testing::Types<float, double, long double, CNumber>;
+using NumberTypes = ::testing::Types<float, double, long double, CNumber>;
 TYPED_TEST_SUITE(Quartic, NumberTypes);
 
 TYPED_TEST(Quartic, KnownRealRootsByFallingRealPart) {

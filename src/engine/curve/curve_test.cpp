@@ -19,7 +19,7 @@ constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 // A rough silicon substrate under a thin film; Cu Kα. 2 k0 is 8.16 Å⁻¹.
 CState Film() {
   return MakeState({{.delta = 7.6e-6, .beta = 1.7e-7, .sigma = 3},
-                    {.delta = 2.5e-5, .beta = 2e-6, .thickness = 120, .sigma = 2},
+                    {.thickness = 120, .delta = 2.5e-5, .beta = 2e-6, .sigma = 2},
                     {}});
 }
 
@@ -247,7 +247,7 @@ TYPED_TEST(Curve, TheFastPathFoldsTheBareCurve) {
 // Strong contrast, so that float can be compared; the shift is the constants times cos θ.
 TYPED_TEST(Curve, MagnetisationShiftsTheIndexOnlyWhenItIsOn) {
   using T = TypeParam;
-  CState state = MakeState({{.delta = 0.3, .beta = 0.1}, {.delta = 0.1, .beta = 0.05, .thickness = 2}, {}});
+  CState state = MakeState({{.delta = 0.3, .beta = 0.1}, {.thickness = 2, .delta = 0.1, .beta = 0.05}, {}});
   const CState plain = state;
   state.layers[1].layer_ddelta = 0.04;
   state.layers[1].layer_dbeta = 0.02;

@@ -19,7 +19,7 @@ constexpr double kReach = 2 * 2 * M_PI / 1.54;  // 2 k0
 // A magnetic film of strong contrast; ray one sigma, ray two pi.
 CState Film(int magnetizationmode) {
   CState state = MakeState({{.delta = 0.2, .beta = 0.05},
-                            {.delta = 0.1, .beta = 0.03, .thickness = 4, .ddelta = 0.02, .dbeta = 0.01},
+                            {.thickness = 4, .delta = 0.1, .beta = 0.03, .ddelta = 0.02, .dbeta = 0.01},
                             {}});
   state.magnetizationmode = magnetizationmode;
   return state;

@@ -15,9 +15,9 @@ template <class T>
 class Intensity : public ::testing::Test {
  protected:
   static Profile<T> MagneticProfile() {
-    return test::MakeProfile<T>(
+    return testing::MakeProfile<T>(
         {{.delta = 0.2, .beta = 0.05},
-         {.d = 3, .delta = 0.1, .beta = 0.03, .sigma = 0.2, .ddelta = 0.02, .dbeta = 0.01},
+         {.thickness = 3, .delta = 0.1, .beta = 0.03, .sigma = 0.2, .ddelta = 0.02, .dbeta = 0.01},
          {}},
         {.gamma = 30, .phi = 60, .on = true});
   }

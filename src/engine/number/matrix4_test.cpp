@@ -38,11 +38,11 @@ double DistanceFromIdentity(const Matrix4<T>& m) {
 }
 
 template <class T>
-class MatrixFour : public testing::Test {
+class MatrixFour : public ::testing::Test {
  public:
   static double Epsilon() { return std::is_same_v<T, float> ? 1.2e-7 : 2.3e-16; }
 };
-using NumberTypes = testing::Types<float, double, long double, CNumber>;
+using NumberTypes = ::testing::Types<float, double, long double, CNumber>;
 TYPED_TEST_SUITE(MatrixFour, NumberTypes);
 
 TYPED_TEST(MatrixFour, StartsAtZero) {

@@ -13,7 +13,7 @@
 namespace tolvik::engine {
 namespace {
 
-using test::MakeProfile;
+using testing::MakeProfile;
 
 Profile<double> Stack() {
   return MakeProfile<double>({{0, 0.02, 0.01, 3, 0.001, 0.002}, {50, 0.05, 0.02, 4, 0.003, 0.001}, {}});

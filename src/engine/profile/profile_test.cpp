@@ -29,7 +29,7 @@ TYPED_TEST(ProfileOf, LayersStandOnEachOther) {
 TYPED_TEST(ProfileOf, CarriesAllNumbersInTheNumberType) {
   using T = TypeParam;
   CState state = MakeState(
-      {{.delta = 0.1, .beta = 0.2, .thickness = 0.3, .sigma = 0.4, .ddelta = 0.5, .dbeta = 0.6}, {}});
+      {{.thickness = 0.3, .delta = 0.1, .beta = 0.2, .sigma = 0.4, .ddelta = 0.5, .dbeta = 0.6}, {}});
   state.layers[0].magnetic = 1;
   for (int i = 0; i < 3; ++i) {
     for (int j = 0; j < 3; ++j) state.layers[0].Epsilon(i, j) = {i + 0.1, j + 0.2};

@@ -12,8 +12,8 @@
 namespace tolvik::engine {
 namespace {
 
-using test::MakeProfile;
-using test::Slab;
+using testing::MakeProfile;
+using testing::Slab;
 
 const Slab kVacuum;
 
