@@ -63,7 +63,7 @@ if(NOT TOLVIK_INSTALL)
   return()
 endif()
 
-# Where the interpreter looks below the prefix: Debian knows three places.
+# The place below the prefix where the interpreter looks: Debian has three.
 set(scheme_of_prefix "import sys, sysconfig
 p = sys.argv[1]
 debian = 'deb_system' in sysconfig.get_scheme_names()

@@ -24,7 +24,7 @@ struct LayerStamp {
 
 /// A state shared by the objects of Python that show parts of it. All members are used with the GIL held.
 ///
-/// The tensors and heights of the layers follow from other members, which Python writes without a word. They
+/// The tensors and heights of the layers follow from other members, which Python writes silently. They
 /// are brought up to date where they are read: of those layers whose numbers differ from the stamps, so that
 /// tensors from a table stay.
 class StateBox {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The way of a failure into Python. The classes and texts stand in tolvik/errors.py, in one table.
+// Raises failures as Python exceptions. The classes and texts are in tolvik/errors.py, in one table.
 #pragma once
 
 #include <pybind11/pybind11.h>

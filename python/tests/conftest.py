@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""What the tests of the package share."""
+"""Common fixtures of the tests of the package."""
 import pathlib
 
 import pytest

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Whatever happens to a good file, `read` gives data sets or one line of a DataError, and nothing else."""
+"""From any change of a good file, `read` returns data sets or raises a DataError of one line, and nothing else."""
 import warnings
 
 import numpy as np

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Names of polarisations, and the eight numbers of the two rays that they stand for.
+"""Names of polarisations, and the eight numbers of their two rays.
 
 A ray is a complex sigma and a complex pi amplitude, held as four numbers: sigma real, sigma imaginary, pi real, pi
 imaginary. A curve R is that of the first ray; an asymmetry (R1 - R2) / (R1 + R2) needs both. "left" is
@@ -68,7 +68,7 @@ def rays(polarization: Polarization) -> Array:
     ----------
     polarization : str, pair of str, or array_like, shape (2, 4) or (8,)
         A name (the second ray is then the orthogonal partner), a pair of names, or the numbers themselves, which are
-        taken as they are. ``"asymmetry"`` stands for ("left", "right").
+        taken as they are. ``"asymmetry"`` means ("left", "right").
 
     Returns
     -------
@@ -123,7 +123,7 @@ def name_of_ray(ray: npt.ArrayLike) -> Optional[str]:
 
 
 def name_of(polarization: Polarization) -> Optional[str]:
-    """Shortest name that stands for the first ray of a polarisation.
+    """Shortest name for the first ray of a polarisation.
 
     Parameters
     ----------

@@ -21,7 +21,7 @@ struct Project {
 /// True when an option of that spelling names a command.
 bool IsCommand(std::string_view option);
 
-/// Runs the commands whose options are in flags, in the order of the table, whatever the order of the command
+/// Runs the commands whose options are in flags, in the order of the table, not of the command
 /// line. A command that fails reports it and the next one runs.
 void RunCommands(const std::set<std::string>& flags, Project& project);
 

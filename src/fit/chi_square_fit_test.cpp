@@ -17,7 +17,7 @@ namespace {
 using testing::Point;
 using testing::ToyFit;
 
-// The members of the fit in order behind one pointer to a virtual table, as a front end reads them.
+// The members of the fit in order after one pointer to a virtual table, as a front end reads them.
 struct ExpectedLayout {
   void* table;
   double fittemp, fitdtemp, lasterror;

@@ -46,10 +46,10 @@ TEST(Evolution, MembersStandWhereAFrontEndReadsThem) {
   EXPECT_EQ(offset(evolution.besthistory), 6 * array);
   EXPECT_EQ(offset(evolution.meanhistory), 7 * array);
   EXPECT_EQ(offset(evolution.settings), 8 * array);
-  const auto behind = 8 * array + static_cast<std::ptrdiff_t>(sizeof(CState));
-  EXPECT_EQ(offset(evolution.integergenerator), behind);
-  EXPECT_EQ(offset(evolution.realgenerator), behind + 8);
-  EXPECT_EQ(offset(evolution.generation), behind + 16);
+  const auto after = 8 * array + static_cast<std::ptrdiff_t>(sizeof(CState));
+  EXPECT_EQ(offset(evolution.integergenerator), after);
+  EXPECT_EQ(offset(evolution.realgenerator), after + 8);
+  EXPECT_EQ(offset(evolution.generation), after + 16);
 }
 
 TEST(Evolution, StartsBetweenTheBounds) {

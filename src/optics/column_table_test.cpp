@@ -154,7 +154,7 @@ TEST(InterpolateColumnTable, AgreesWithABracketSearchFromAnyCursor) {
   std::uniform_real_distribution<double> energies(1.0, 32.0);
   for (int i = 0; i < 1000; ++i) {
     const double energy = energies(random);
-    const double lower = std::floor(std::log2(energy));  // row i stands at 2^i
+    const double lower = std::floor(std::log2(energy));  // row i is at 2^i
     EXPECT_NEAR(At(table, energy), lower + (energy - std::exp2(lower)) / std::exp2(lower), 1e-12);
   }
 }
@@ -273,7 +273,7 @@ TEST(ColumnTable, ACursorMovedBelowWalksAsInANewTable) {
       different += At(kept, energy) != expected;
     }
   }
-  EXPECT_GT(different, 0) << "the values would not tell";
+  EXPECT_GT(different, 0) << "the values could not show a difference";
 }
 
 TEST(ColumnTable, AnEmptyTableHasNoCursorToMove) {

@@ -151,7 +151,7 @@ TEST_F(Exports, AFitFindsTheMeasuredSubstrate) {
   FIND(FitNewDLL)(&given);
   FIND(FitGetFitStateDLL)(&model);
   EXPECT_NE(model, first);
-  EXPECT_NEAR(first->layers[0].layer_delta, 7.6e-6, 1e-9);  // the old object still stands
+  EXPECT_NEAR(first->layers[0].layer_delta, 7.6e-6, 1e-9);  // the old object still exists
 }
 
 TEST_F(Exports, AnEvolutionRunsGenerations) {

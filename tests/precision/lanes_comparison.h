@@ -78,22 +78,22 @@ void RoundTo(RandomCase& test) {
 
 // The intensities in a wider type; their change when each number of the stack changes by the rounding of T:
 // the conditioning; and the error of the plain path of T at these stacks next to this one: its noise.
-class Referee {
+class Reference {
  public:
   template <class T, class Exact>
-  static Referee Of(const RandomCase& test, int moves) {
+  static Reference Of(const RandomCase& test, int moves) {
     using Wider = std::conditional_t<std::is_same_v<T, float>, double, long double>;
-    Referee referee;
-    referee.exact_ = Narrow(Calculate<Exact>(test, LaneSet::kPlain));
+    Reference reference;
+    reference.exact_ = Narrow(Calculate<Exact>(test, LaneSet::kPlain));
     RandomCases random(7);
     for (int turn = 0; turn < moves; ++turn) {
       RandomCase moved = test;
       MoveByRounding<T>(moved, random);
       RoundTo<T>(moved);
-      referee.moved_.push_back(Narrow(Calculate<Wider>(moved, LaneSet::kPlain)));
-      referee.plain_.push_back(Narrow(Calculate<T>(moved, LaneSet::kPlain)));
+      reference.moved_.push_back(Narrow(Calculate<Wider>(moved, LaneSet::kPlain)));
+      reference.plain_.push_back(Narrow(Calculate<T>(moved, LaneSet::kPlain)));
     }
-    return referee;
+    return reference;
   }
 
   double Exact(std::size_t i, int ray) const { return Value(exact_, i, ray); }
@@ -146,8 +146,8 @@ class Referee {
 };
 
 template <class T>
-Referee JudgeOf(const RandomCase& test, bool strict, int moves) {
-  return strict ? Referee::Of<T, CNumber>(test, moves) : Referee::Of<T, long double>(test, moves);
+Reference ReferenceOf(const RandomCase& test, bool strict, int moves) {
+  return strict ? Reference::Of<T, CNumber>(test, moves) : Reference::Of<T, long double>(test, moves);
 }
 
 // A few neighbours give the conditioning of nearly all angles; where a lane seems wrong, many are used.
@@ -184,7 +184,7 @@ class Comparison {
     const double rounding = RoundingOf<T>(test_, plain, Share(test_, ray));
     if (std::abs(lane - plain) <= rounding && number_ % 100 != 0) return;
     if (moves_ == 0) Judge(kFewMoves);
-    const double exact = referee_.Exact(i, ray);
+    const double exact = reference_.Exact(i, ray);
     ASSERT_TRUE(std::isfinite(exact)) << "plain " << plain << " lane " << lane;
     if (moves_ == kFewMoves && std::abs(lane - exact) > Allowed(i, ray, plain, rounding)) Judge(kManyMoves);
     EXPECT_LE(std::abs(lane - exact), Allowed(i, ray, plain, rounding))
@@ -192,20 +192,21 @@ class Comparison {
   }
 
   void Judge(int moves) {
-    referee_ = JudgeOf<T>(test_, number_ % 100 == 0, moves);
+    reference_ = ReferenceOf<T>(test_, number_ % 100 == 0, moves);
     moves_ = moves;
   }
 
   double Allowed(std::size_t i, int ray, double plain, double rounding) const {
-    const double plain_off = std::max(std::abs(plain - referee_.Exact(i, ray)), 64 * referee_.Noise(i, ray));
-    return plain_off + rounding + 32 * referee_.Conditioning(i, ray);
+    const double plain_off =
+        std::max(std::abs(plain - reference_.Exact(i, ray)), 64 * reference_.Noise(i, ray));
+    return plain_off + rounding + 32 * reference_.Conditioning(i, ray);
   }
 
   const RandomCase& test_;
   LaneSet set_;
   int number_;
   int moves_ = 0;
-  Referee referee_;
+  Reference reference_;
   Intensities<T> plain_, lane_;
 };
 

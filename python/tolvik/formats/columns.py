@@ -52,7 +52,7 @@ def read(path: str, content: bytes, options: "ReadOptions") -> list[Data]:
 
 
 def read_table(path: source.Path) -> Array:
-    """All numbers of a text of columns, whatever they mean.
+    """All numbers of a text of columns, without their meaning.
 
     Returns
     -------

@@ -39,7 +39,7 @@ def read(path: str, content: bytes, options: "ReadOptions") -> list[Data]:
             scans = reader(xrayutilities, path, content, options)
     except TolvikError:
         raise
-    except Exception as error:  # a damaged file raises whatever the line of the library raises that meets it
+    except Exception as error:  # a damaged file may raise any exception of the library
         source.fail(path, None, f"is no readable .{options.format} file: {source.one_line(error) or type(error).__name__}; "
                                 f"export it anew or as columns of text")
     found = []

@@ -21,7 +21,7 @@ if TYPE_CHECKING:
 Array = npt.NDArray[np.float64]
 
 _NAMES = {"qz": "q", "q": "q", "r": "R", "rqz": "R", "sr": "dR", "sqz": "dq", "sq": "dq", "dr": "dR", "dq": "dq"}
-# What the standard names beside these; read past without a word.
+# Further keys of the standard; silently ignored.
 _KINDS = {"sigma": "sigma", "fwhm": "fwhm"}
 _ERRORS = {"q": "dq", "R": "dR"}
 
@@ -118,7 +118,7 @@ def data_set(header: Mapping[str, Any], listed: list[Column], table: Array, path
 
 
 def _with_sigma(table: Array, index: int, column: Column) -> Array:
-    """The table with the errors of R as standard deviations, whatever value_is says of them."""
+    """The table with the errors of R as standard deviations, converted from the form that value_is gives."""
     result = table.copy()
     result[:, index] *= resolution.sigma_per_width(column.width_kind, column.distribution)
     return result

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """Writer of .ort files, version 1.1 of the standard.
 
-Model and polarisation of X-rays need the later header keys; everything that 1.0 knows stands as there.
+Model and polarisation of X-rays need the later header keys; all keys of 1.0 are written as there.
 """
 from __future__ import annotations
 
@@ -140,7 +140,7 @@ def _settings_of(given: Mapping[str, Any]) -> dict[str, Any]:
 
 
 def _skeleton(name: str) -> dict[str, Any]:
-    """What the schema requires; null says that a value is not known."""
+    """The keys that the schema requires; null means that a value is not known."""
     now = datetime.datetime.now().replace(microsecond=0).isoformat()
     return {"data_source": {
                 "owner": {"name": None, "affiliation": None},

@@ -23,7 +23,7 @@ _HDF5_MARK = b"\x89HDF\r\n\x1a\n"
 
 @dataclass(frozen=True)
 class ReadOptions:
-    """What the caller says about a file; None leaves it to the file."""
+    """The caller's information about a file; where it is None, that of the file is used."""
 
     format: str
     dq_is: Optional[str] = None

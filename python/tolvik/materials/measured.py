@@ -183,7 +183,7 @@ def _delta(material: Material, source: str, energy: Array, beta: Array) -> Array
     if not np.any(anchor):
         raise MaterialError(f"no energy near {energy[0]:g} to {energy[-1]:g} eV is {_ANCHOR_DISTANCE:g} eV away from all edges of "
                             f"{material.formula}, so delta cannot be anchored")
-    # Each row weighs as much as the logarithm of energy that it stands for.
+    # Each row is weighted by its interval in the logarithm of energy.
     weight = np.gradient(np.log(rows))[anchor]
     offset = np.average((delta_of_table * rows**2 - transform)[anchor], weights=weight)
     return np.asarray(np.interp(energy, rows, (transform + offset) / rows**2))

@@ -48,7 +48,7 @@ template <class T>
 void CalcTetragonalMatrices(Matrix4<T>& P, Matrix4<T>& D, Cplx<T> (&kappa)[4], T theta, T k0, T d,
                             const Tensor<T>& tensor);
 
-/// Where the modes of a slab go.
+/// The results for a slab: propagation matrix, field matrix, wavevectors.
 template <class T>
 struct LayerMatrices {
   Matrix4<T>&P, &D;

@@ -2,7 +2,7 @@
 // Exact derivatives of a curve by parameters, for algorithm 0 in double.
 //
 // A point of a curve is a weighted sum of intensities at its nodes, the angles of a resolution or a single
-// one. All nodes of all points stand in one array.
+// one. All nodes of all points are in one array.
 //
 // Where there is no derivative:
 //  - At a critical edge without absorption (a normal wavevector of 0 inside matter) dR/dn² diverges as one

@@ -28,7 +28,7 @@ ResolutionRule<T> RuleOfResolution(double resolution) {
 
 namespace resolution_detail {
 
-/// Where to read: between the points a and b, at a + fraction (b - a); a = b reads one point.
+/// A position to read: between the points a and b, at a + fraction (b - a); a = b reads one point.
 template <class T>
 struct Place {
   std::int32_t a = 0;

@@ -54,7 +54,7 @@ T Gaussian(const CGaussFunction& function, const T& z) {
   return exp(T(-0.5) * (distance * distance) / (width * width));
 }
 
-// Whether the function has a shape at all.
+// Whether the function has a shape.
 inline bool HasShape(const CGaussFunction& function) {
   return function.gauss_usespline ? SplinePoints(function) >= 4 : function.gauss_variance != 0;
 }

@@ -80,9 +80,9 @@ std::size_t TextStream::Remaining() const {
 
 void ReadLayerTable(TextStream& in, std::int32_t version, CArray<CLayer>& layers) {
   SkipLines(in, 1);
-  const std::int32_t told = ReadCount(in);
+  const std::int32_t stated = ReadCount(in);
   SkipLines(in, version == 1 ? 3 : 4);
-  const std::int32_t rows = Bound(told, in, sizeof("0 a 0 0 0 0 0"));
+  const std::int32_t rows = Bound(stated, in, sizeof("0 a 0 0 0 0 0"));
   for (std::int32_t i = 0; i < rows; ++i) layers.Append(ReadLayerRow(in));
   SkipLines(in, 2);
   std::int32_t dropped = 0;
@@ -92,17 +92,17 @@ void ReadLayerTable(TextStream& in, std::int32_t version, CArray<CLayer>& layers
 
 void ReadGaussTable(TextStream& in, std::int32_t version, CArray<CGaussFunction>& functions) {
   SkipLines(in, 1);
-  const std::int32_t told = ReadCount(in);
+  const std::int32_t stated = ReadCount(in);
   SkipLines(in, 6);
-  functions.Assign(Bound(told, in, sizeof("0 0 0 0 0 0 0 0 0 0")), CGaussFunction());
+  functions.Assign(Bound(stated, in, sizeof("0 0 0 0 0 0 0 0 0 0")), CGaussFunction());
   for (CGaussFunction& function : functions) ReadGaussRow(in, version, function);
 }
 
 void ReadMeasurementTable(TextStream& in, CDataset& dataset) {
   SkipLines(in, 1);
-  const std::int32_t told = ReadCount(in);
+  const std::int32_t stated = ReadCount(in);
   SkipLines(in, 2);
-  const std::int32_t points = Bound(told, in, sizeof("0 0 0"));
+  const std::int32_t points = Bound(stated, in, sizeof("0 0 0"));
   dataset.dataset_qz.Assign(points, 0);
   dataset.dataset_R0.Assign(points, 0);
   dataset.dataset_A.Assign(points, 0);

@@ -28,7 +28,7 @@ TEST(LayerTable, NameOfTheFirstRowTakesTheRestOfTheFile) {
   EXPECT_EQ(state.layers[1].layer_db, "");
   EXPECT_EQ(state.layers[2].layer_db, "");
   EXPECT_EQ(state.layers[1].layer_d, -12.5) << "thicknesses follow from the heights";
-  EXPECT_EQ(state.qzmax, 0.2) << "keys behind the table are not seen";
+  EXPECT_EQ(state.qzmax, 0.2) << "keys after the table are not read";
 }
 
 TEST(LayerTable, VersionTwoHasOneMoreLineAboveTheRows) {
@@ -61,7 +61,7 @@ TEST(GaussTable, VersionOneHasOneAmplitudeAndADroppedFlag) {
   EXPECT_FALSE(first.gauss_fita);
   EXPECT_TRUE(first.gauss_fitvar);
   EXPECT_FALSE(first.gauss_fitz);
-  EXPECT_TRUE(first.gauss_usespline) << "behind the dropped flag";
+  EXPECT_TRUE(first.gauss_usespline) << "after the dropped flag";
   EXPECT_EQ(first.gauss_acoupling, -1);
   EXPECT_EQ(first.gauss_varcoupling, -1);
   ASSERT_EQ(first.gauss_splinex.size, 2);
@@ -71,7 +71,7 @@ TEST(GaussTable, VersionOneHasOneAmplitudeAndADroppedFlag) {
   EXPECT_EQ(second.gauss_delta, 4);
   EXPECT_TRUE(second.gauss_fita);
   EXPECT_FALSE(second.gauss_usespline);
-  EXPECT_EQ(state.qzmax, 9) << "the file goes on behind the table";
+  EXPECT_EQ(state.qzmax, 9) << "the file continues after the table";
 }
 
 TEST(GaussTable, VersionTwoAddsCouplings) {
@@ -117,7 +117,7 @@ TEST(GaussTable, ATokenThatDoesNotFitEndsTheFile) {
   ASSERT_EQ(state.gaussfunctions.size, 3) << "all functions of the count";
   EXPECT_EQ(state.gaussfunctions[0].gauss_z, 4);
   EXPECT_EQ(state.gaussfunctions[1].gauss_variance, 1) << "defaults";
-  EXPECT_EQ(state.qzmax, 0) << "nothing behind it is read";
+  EXPECT_EQ(state.qzmax, 0) << "nothing after it is read";
 }
 
 TEST(GaussTable, OtherVersionsAreKeys) {

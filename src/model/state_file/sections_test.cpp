@@ -106,8 +106,7 @@ TEST(GaussSection, LastFunctionAppearsAtTheEnd) {
   EXPECT_EQ(first.gauss_acoupling, 5);
   EXPECT_EQ(first.gauss_varcoupling, 6);
   EXPECT_EQ(first.gauss_bindtolayer, 7);
-  ASSERT_EQ(first.gauss_splinex.size, 1)
-      << "the spline grows with its lines, whatever gauss_splinepoints says";
+  ASSERT_EQ(first.gauss_splinex.size, 1) << "the spline grows with its lines; gauss_splinepoints is not read";
   EXPECT_EQ(first.gauss_splinex[0], 8);
   EXPECT_EQ(first.gauss_spliney[0], 9);
   EXPECT_EQ(state.gaussfunctions[1].gauss_delta, 10);
