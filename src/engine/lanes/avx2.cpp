@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Kernels for x86-64-v3: AVX2 with fused multiplication. Nothing of this source may be called, or picked up
-// by the linker for other callers, on a processor that lacks the set: it holds no standard containers, and
-// every type that its templates are made with is local to it (scripts/check-weak-symbols).
+// Kernels for x86-64-v3: AVX2 with fused multiplication. No code of this source may run on a processor that
+// lacks the set, not even by the linker's choice among copies: it has no standard containers, and every type
+// argument of its templates is local to it (scripts/check-weak-symbols).
 #if defined(__x86_64__)
 #include "engine/lanes/function_kernel.h"
 #include "engine/lanes/kernels.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // A block of angles: numbers in rows of registers, one row for each part of a complex quantity. The kernels
-// walk them in small loops, one for each step of the physics, which keeps the registers few and the
+// run over them in small loops, one for each step of the physics, which needs few registers and keeps the
 // processor's pipelines full.
 #pragma once
 
@@ -10,7 +10,7 @@
 
 namespace tolvik::engine::lanes {
 
-/// Registers in a row, unless a kernel wants another width.
+/// Registers in a row, unless a kernel chooses another width.
 inline constexpr int kBlockRegisters = 8;
 
 template <class V, int registers = kBlockRegisters>
@@ -36,7 +36,7 @@ struct ComplexRow {
 };
 
 /// store(i, calculate(i)) for i below count. Two are calculated before the first of them is stored, so that
-/// the compiler may weave them into each other.
+/// the compiler may interleave them.
 template <class Calculate, class Store>
 TOLVIK_INLINE void ForTwoAtOnce(int count, const Calculate& calculate, const Store& store) {
   int i = 0;

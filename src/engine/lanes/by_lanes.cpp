@@ -7,7 +7,7 @@ namespace tolvik::engine::lanes {
 
 namespace {
 
-// Squared moduli as the plain path takes them. ray: sigma and pi part, real and imaginary.
+// Squared moduli as in the plain path. ray: sigma and pi part, real and imaginary.
 template <class T>
 ParrattRay<T> RayOf(const double* ray, T* intensity) {
   const auto square = [](double x) { return static_cast<T>(x) * static_cast<T>(x); };
@@ -29,7 +29,7 @@ LanesLeave CalcParratt(const AngleBatch<T>& batch, const Kernels& kernels, Parra
   return CalcRays(batch, kernels, parratt);
 }
 
-// What a stack of scalar entries reflects follows from the recursion, which is faster.
+// The reflection of a stack of scalar entries follows from the recursion, which is faster.
 template <class T>
 LanesLeave CalcScalarMatrix(const AngleBatch<T>& batch, const Kernels& kernels, ParrattLanes<T>& parratt) {
   const IntensityOptions<T>& options = batch.options;
@@ -41,7 +41,7 @@ LanesLeave CalcScalarMatrix(const AngleBatch<T>& batch, const Kernels& kernels, 
 
 template <class T>
 LanesLeave CalcMatrix(const AngleBatch<T>& batch, const Kernels& kernels, LanesWork<T>& work) {
-  // A direction that is not a number spoils the waves of matrix two even where nothing is magnetic.
+  // A NaN direction makes the waves of matrix two NaN even without magnetism.
   const T direction = batch.options.maggamma + batch.options.magphi;
   if (batch.options.algorithm == Algorithm::kMatrixTwo && !std::isfinite(direction)) return LanesLeave::kAll;
   const LanesLeave left = CalcScalarMatrix(batch, kernels, work.parratt);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// A batch of angles, by lanes where they can.
+// A batch of angles, by lanes where possible.
 #pragma once
 
 #include <concepts>
@@ -10,7 +10,7 @@
 
 namespace tolvik::engine::lanes {
 
-/// Number types that have lanes. The others keep the plain path.
+/// Number types that have lanes. The others use the plain path.
 template <class T>
 concept HasLanes = std::same_as<T, float> || std::same_as<T, double>;
 
@@ -29,7 +29,7 @@ struct LanesWork<double> {
   MatrixLanes matrix;
 };
 
-/// What lanes leave to the plain path.
+/// The angles that lanes leave to the plain path.
 enum class LanesLeave {
   kNothing,
   kNotFinite,  ///< each angle with an intensity that is not finite: lanes decide nothing about overflow,

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The functions of functions.h as a kernel, so that tests reach them on every instruction set.
+// The functions of functions.h as a kernel, so that tests can call them on every instruction set.
 #pragma once
 
 #include "engine/lanes/kernels.h"

@@ -2,7 +2,7 @@
 // The kernels of the instruction sets and the choice among them.
 //
 // Lanes calculate several angles as one number (register.h). Each instruction set has one source that is
-// compiled for it alone; nothing of such a source is called on a processor that lacks the set. Results do not
+// compiled for it alone; no code of such a source runs on a processor that lacks the set. Results do not
 // depend on the number of angles, their order or their place in a block.
 #pragma once
 
@@ -19,7 +19,7 @@ struct FunctionValues {
 template <class Scalar>
 using FunctionKernel = void (*)(const Scalar* x, std::int32_t count, const FunctionValues<Scalar>& values);
 
-/// Entries into one instruction set.
+/// Entry points of one instruction set.
 struct Kernels {
   const char* name;
   ParrattKernel<float> parratt_float;
@@ -29,7 +29,7 @@ struct Kernels {
   FunctionKernel<double> functions_double;
 };
 
-// Only for processors that have the set; ChosenKernels below asks first.
+// Only for processors that have the set; ChosenKernels below checks that.
 extern const Kernels kSseKernels;     ///< x86-64-v2, two doubles
 extern const Kernels kAvx2Kernels;    ///< x86-64-v3, four doubles
 extern const Kernels kAvx512Kernels;  ///< x86-64-v4, eight doubles
@@ -44,16 +44,16 @@ const char* NameOf(LaneSet set);
 /// Whether this processor and its system can run the set; always true for kPlain.
 bool IsSupported(LaneSet set);
 
-/// Kernels in use; null for the plain path. At the first call the environment variable TOLVIK_LANES (plain,
-/// sse, avx2, avx512) decides; without it, or with any other text, the widest set that the processor has. A
+/// Kernels in use; null for the plain path. The first call reads the environment variable TOLVIK_LANES
+/// (plain, sse, avx2, avx512); without it, or with any other text, the widest set of the processor is used. A
 /// set that it lacks gives the plain path.
 const Kernels* ChosenKernels();
 
 /// The kernels of a set; null where the processor lacks it.
 const Kernels* KernelsOf(LaneSet set);
 
-/// Takes another set from now on, for tests and benchmarks; kPlain where the processor lacks it. Curves in
-/// work may see either.
+/// Selects another set, for tests and benchmarks; kPlain where the processor lacks it. Curves in progress may
+/// use either.
 void ChooseLanes(LaneSet set);
 
 }  // namespace tolvik::engine::lanes

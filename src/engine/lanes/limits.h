@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Limits of the lanes, each with its reason: where one is passed the plain path decides.
+// Limits of the lanes, each with its reason. Fallback: beyond a limit the plain path calculates.
 //
 // A "derived" limit follows from the ranges of the number types; a "measured" one gives the measurement.
 #pragma once
 
 namespace tolvik::engine::lanes {
 
-/// Of an index or its square, and of its imaginary part. A choice: matter for X-rays lies well inside, and
-/// the random stacks of tests/precision reach over the edge on purpose (OddStacksGiveNumbersWherePlainDoes).
+/// Of an index or its square, and of its imaginary part. A choice: matter for X-rays is well inside, and the
+/// random stacks of tests/precision exceed it on purpose (OddStacksGiveNumbersWherePlainDoes).
 template <class T>
 inline constexpr T kSmallestRefraction = T(0.5);
 template <class T>
@@ -54,19 +54,19 @@ inline constexpr double kSmallestKappa2 = 1e-14;
 /// Im n² above which |kappa²| cannot come near kSmallestKappa2 at any angle; ten times that.
 inline constexpr double kGuardingAbsorption = 1e-13;
 
-/// Of the exponent of a roughness factor at one interface. Derived: e^80 = 6e34 and e^10 = 2e4 leave the
-/// products of numerator and denominator room until they are brought to scale.
+/// Of the exponent of a roughness factor at one interface. Derived: e^80 = 6e34 and e^10 = 2e4 leave room for
+/// the products of numerator and denominator until they are scaled.
 template <class T>
 inline constexpr T kLargestExponent = sizeof(T) == 8 ? T(80) : T(10);
 
 /// Of the logarithm by which waves, and likewise roughness factors, grow over a whole stack of the matrix
 /// algorithms. Derived: the squares of amplitudes that grow by twice this, times a roughness factor that
-/// grows by once this, fit the type: e^500 = 1e217, e^50 = 5e21. Beyond, the plain path overflows as it does
-/// (OverflowOfTheGrowingWavesStays).
+/// grows by once this, fit the type: e^500 = 1e217, e^50 = 5e21. Beyond, the plain path may overflow, and
+/// defines the result (OverflowOfTheGrowingWavesStays).
 template <class T>
 inline constexpr T kLargestGrowth = sizeof(T) == 8 ? T(100) : T(10);
 
-/// Of |n² - 1| where "near vacuum" is supposed: both waves of a scalar interface then lie in one quarter of
+/// Of |n² - 1| where "near vacuum" is assumed: both waves of a scalar interface are then in one quarter of
 /// the plane or nearly so, and no coefficient is infinite. A choice: hard and soft X-rays down to about 50
 /// eV.
 template <class T>
@@ -76,22 +76,22 @@ inline constexpr T kLargestContrast = T(0.2);
 /// 1e-16, is compared with elements near 1, whose rounding is 1.1e-16.
 inline constexpr double kSmallestTurn = 1e-8;
 
-/// Of |M11 M22 - M12 M21|² beside |M11 M22|². Derived: ten of sixteen digits cancel, and six are left. In a
-/// thick magnetic absorber the wave that grows most drowns the other of its pair.
+/// Of |M11 M22 - M12 M21|² relative to |M11 M22|². Derived: ten of sixteen digits cancel, and six are left.
+/// In a thick magnetic absorber the wave that grows most hides the other of its pair.
 inline constexpr double kSmallestDelta2 = 1e-20;
 
-/// Of the phase of a roughness factor that takes the short sine. Its polynomials are made for it
+/// Of the phase of a roughness factor that uses the short sine. Its polynomials are made for it
 /// (FunctionConstants::short_phase). With the mean m and half the difference h of n² - 1 on both sides the
 /// product of the w is s² + m - r with |r| <= |h|, since (s² + m)² - h² is its square.
 inline constexpr double kShortRoughnessPhase = 0.125;
 
-/// Interfaces after which numerator and denominator are brought to scale. Derived: at most 8 times larger or
+/// Interfaces after which numerator and denominator are scaled. Derived: at most 8 times larger or
 /// |w| / 2 times smaller at each, they stay within 1e-112 .. 3e14 (double, |w| >= 1e-7) and within
 /// 4e-15 .. 4e3 (float, |w| >= 5e-4), and their squares within the type.
 template <class T>
 inline constexpr int kRescaleEvery = sizeof(T) == 8 ? 16 : 4;
 
-/// Entries from which equal ones are looked for; in a shorter stack there is little to share.
+/// The number of entries from which equal ones are searched; in a shorter stack there is little to share.
 inline constexpr int kFewestShared = 6;
 
 }  // namespace tolvik::engine::lanes

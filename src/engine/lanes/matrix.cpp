@@ -31,7 +31,7 @@ FirstOrderMatter<Pair> PairsOf(const FirstOrderMatter<Value>& m) {
           PairOf(m.ey_pi), PairOf(m.hx_sum),    PairOf(m.hy_pi),      PairOf(m.hy_difference)};
 }
 
-// hx and ex are continuous: σ⁺ stays, and π⁺ above is what hx lacks, over n.
+// hx and ex are continuous: σ⁺ stays, and π⁺ above follows from hx, over n.
 FirstOrderJoint JointOf(const FirstOrderMatter<Pair>& lower, const FirstOrderMatter<Pair>& upper) {
   const Value inverse_n = ValueOf(upper.inverse_n);
   const Value ratio = ValueOf(lower.n) * inverse_n;
@@ -65,7 +65,7 @@ bool MatrixLanes::Prepare(const Profile<double>& profile, double k0,
   stack_ = {entries_.data(),      profile.size, options.algorithm == kMatrixTwo,
             options.transmission, k0,           2.0 * kLargestGrowth<double>,
             options.polarisation};
-  // A ray comes from the ambient and leaves there, or in the substrate; in between lengths cancel.
+  // Rays enter from the ambient and leave there or in the substrate; in between the lengths of fields cancel.
   entries_.back().normalised = true;
   entries_.front().normalised = options.transmission;
   return SetGeometry(profile);
@@ -120,7 +120,7 @@ bool MatrixLanes::SetTensor(const CLayer<double>& layer, double tolerance, Matri
   }
   if (!(chi < kLargestContrast<double>)) return false;
   largest_chi_ = std::max(largest_chi_, chi);
-  // What couples x with y and z parts the waves of a pair; both ways, or they stay one wave.
+  // Coupling of x with y and z, in both directions, splits the waves of a pair; otherwise they stay one wave.
   const double turn2 =
       std::max(std::abs(layer.epsilon[1] * layer.epsilon[3]), std::abs(layer.epsilon[2] * layer.epsilon[6]));
   return entry.kind == ModeKind::kTetragonal || turn2 > kSmallestTurn * kSmallestTurn;

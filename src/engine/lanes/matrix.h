@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// From a profile to the stack of the matrix kernels, and the judgement whether lanes may calculate it.
+// From a profile to the stack of the matrix kernels, and the decision whether lanes may calculate it.
 #pragma once
 
 #include <span>
@@ -13,18 +13,19 @@ namespace tolvik::engine::lanes {
 
 /// The matrix algorithms by lanes, in double: magnetic entries and full tensors, reflection and transmission.
 ///
-/// Lanes take stacks of ordinary matter near vacuum, as ParrattLanes does: |ε - 1| below 0.2, absorption not
-/// negative, thicknesses not negative, all of it finite. The plain algorithms define what becomes of the
-/// rest, of a scalar slab without thickness, which repeats the propagation above it, and of a tensor that
-/// hardly couples x with y or z, as of a magnetisation along x: the fields of its waves are rounding noise.
+/// Lanes accept stacks of ordinary matter near vacuum, like ParrattLanes: |ε - 1| below 0.2, absorption not
+/// negative, thicknesses not negative, all of it finite. The plain algorithms define the results of all
+/// others, of a scalar slab without thickness, which repeats the propagation above it, and of a tensor that
+/// hardly couples x with y or z, such as of a magnetisation along x: the fields of its waves are rounding
+/// noise.
 class MatrixLanes {
  public:
-  /// Lays out the stack for k0, Å⁻¹. False: the plain algorithm has to do this stack. The options must stay
-  /// until Calculate.
+  /// Lays out the stack for k0, Å⁻¹. False: the plain algorithm has to calculate this stack. The options must
+  /// live until Calculate.
   bool Prepare(const Profile<double>& profile, double k0, const IntensityOptions<double>& options);
 
   /// Intensities of both rays at angles given as s = sin θ, 0 <= s <= 1; second may be null. The plain path
-  /// has to do each angle whose intensity is not finite.
+  /// has to calculate each angle whose intensity is not finite.
   void Calculate(const Kernels& kernels, std::span<const double> s, double* first, double* second) const;
 
  private:

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// What the matrix kernels need at an interface: the roughness of all pairs of waves, and the matrix of
-// first-order waves.
+// Interfaces of the matrix kernels: the roughness of all pairs of waves, and the matrix of first-order waves.
 #pragma once
 
 #include "engine/algorithms/first_order_modes.tpp"
@@ -27,8 +26,8 @@ struct GrazingAngles {
 
 /// The factors exp(-½ σ² k0² (upper - lower)²) of ApplyRoughness.
 ///
-/// Waves that run the same way have nearly the same wavevector on both sides: their exponents lie near 0, and
-/// those of opposite waves near the one of the first pair. From there a short step does.
+/// Waves that run the same way have nearly the same wavevector on both sides: their exponents are near 0, and
+/// those of opposite waves near the one of the first pair. From there a short step suffices.
 template <class V>
 class InterfaceRoughness {
  public:
@@ -54,7 +53,7 @@ class InterfaceRoughness {
       if (AreOpposite(r, c)) step[c] -= exponent_[pair];
       longest = Max(longest, norm(step[c]));
     }
-    // Worded so that what is not a number takes the long way.
+    // Written so that NaN takes the long way.
     if (!AllOf(longest < L(kShortStep * kShortStep))) return ApplyLong(r, pair, step, t);
     for (int c = 0; c < 4; ++c) {
       t[c] *= ShortExponential(step[c]);
@@ -70,7 +69,7 @@ class InterfaceRoughness {
     factor_[pair] = exp(exponent_[pair]);
   }
 
-  // Each angle goes its own way, short or long, whatever its neighbours do.
+  // Each angle takes its own way, short or long, independent of its neighbours.
   [[gnu::noinline]] void ApplyLong(int r, int pair, const Z (&step)[4], Z (&t)[4]) const {
     for (int c = 0; c < 4; ++c) {
       const Mask<V> is_short = norm(step[c]) < L(kShortStep * kShortStep);
@@ -87,9 +86,9 @@ class InterfaceRoughness {
 };
 
 /// An interface between first-order waves in closed form, derived in
-/// docs/derivations/first_order_crossing.md. Of what one unit of σ⁺, σ⁻, π⁺ and π⁻ below
-/// (FirstOrderWaves) leaves above, ex hands on σ⁺ as it is, hx gives π⁺ from the others, ey and hy are two
-/// equations for σ⁻ and π⁻.
+/// docs/derivations/first_order_crossing.md. For one unit of σ⁺, σ⁻, π⁺ or π⁻ below (FirstOrderWaves) the
+/// amplitudes above follow: ex keeps σ⁺, hx gives π⁺ from the others, ey and hy are two equations for σ⁻ and
+/// π⁻.
 template <class V>
 class FirstOrderCrossing {
  public:
@@ -123,7 +122,7 @@ class FirstOrderCrossing {
   /// if the interface is not rough.
   template <bool rough>
   TOLVIK_INLINE void CarryRow(const Z& opposite, Z (&row)[4]) const {
-    // Waves down and up part on their way. Of ex, which both sides share, waves up take what those down
+    // Waves down and up are split here. Both sides share ex; the waves up have the part that those down
     // leave.
     const Z sigma_of_down = Down(sigma_down_, row), sigma_of_up = Up(sigma_down_, row);
     const Z up_of_down = row[0] - sigma_of_down, up_of_up = row[2] - sigma_of_up;
@@ -148,7 +147,7 @@ class FirstOrderCrossing {
     }
   };
 
-  // ey = a σ⁻ + b π⁻ and hy = c σ⁻ + d π⁻, solved for halves; loss: what σ⁻ takes from π⁺.
+  // ey = a σ⁻ + b π⁻ and hy = c σ⁻ + d π⁻, solved for halves; loss: the part of π⁺ that goes to σ⁻.
   struct Equations {
     Z sigma_ey, minus_sigma_hy, minus_pi_ey, pi_hy, loss;
 
@@ -167,7 +166,7 @@ class FirstOrderCrossing {
     }
   };
 
-  // Rows from their images. A sigma wave brings ex = 1, a pi wave none.
+  // Rows from their images. A sigma wave has ex = 1, a pi wave ex = 0.
   TOLVIK_INLINE void SetSigmaRow(int r, const Image& image) {
     SetRow(r, image);
     sigma_down_[r] = L(0.5) + image.sigma;
@@ -190,7 +189,7 @@ class FirstOrderCrossing {
     return MulAdd(row[3], part[3], row[2] * part[2]);
   }
 
-  // What each wave below leaves for those above but for roughness.
+  // The amplitudes above from each wave below, without roughness.
   Z sigma_down_[4], pi_down_[4], pi_up_[4];
 };
 

@@ -2,11 +2,11 @@
 // The matrix algorithms for several angles at once.
 //
 // The waves of an entry come from the templates of the plain path (modes.tpp, first_order_modes.tpp), and the
-// formulas of the rays too. The way through the stack differs: the walk starts at the substrate and carries
-// two rows of the matrix (matrix_rows.h).
+// formulas of the rays too. The walk through the stack differs: it starts at the substrate and carries two
+// rows of the matrix (matrix_rows.h).
 //
-// An angle whose growing waves may overflow, whose wavevector or whose matrix of the waves down is mere
-// rounding error, or whose result is not finite is given back to the plain algorithm.
+// Fallback: an angle whose growing waves may overflow, whose wavevector or whose matrix of the waves down is
+// mere rounding error, or whose result is not finite is recomputed by the plain algorithm.
 #pragma once
 
 #include "engine/algorithms/amplitudes.tpp"
@@ -36,12 +36,12 @@ class MatrixWalk : private MatrixRows<V> {
   using Base::angles_, Base::growth_, Base::rows_, Base::stack_;
   using Base::Cross, Base::PassFirstOrder, Base::Propagate;
 
-  // Entries whose waves are kept: three are needed, and a power of two finds them at once.
+  // Number of entries whose waves are kept: three are needed, and a power of two makes the index cheap.
   static constexpr int kKept = 4;
 
   MatrixWalk(const MatrixStack& stack, L s) : Base(stack, s), smallest2_(1.0) {}
 
-  // Places past the last angle repeat it: they cost little and can't disturb.
+  // Places past the last angle repeat it: that costs little and does no harm.
   static L Angles(const double* s, int used) {
     alignas(64) double values[L::size];
     for (int i = 0; i < L::size; ++i) values[i] = s[i < used ? i : used - 1];

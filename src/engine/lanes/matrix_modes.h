@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The four waves of one entry at several angles, from the templates of the plain path, and what carries
-// amplitudes into that entry from below.
+// The four waves of one entry at several angles, from the templates of the plain path, and the matrix that
+// carries amplitudes into that entry from below.
 #pragma once
 
 #include "engine/lanes/matrix_interface.h"
@@ -33,7 +33,7 @@ struct MatrixModes {
     }
   }
 
-  /// An entry, and where its modes go.
+  /// An entry, and the place for its modes.
   struct Task {
     const MatrixEntry& entry;
     MatrixModes& modes;
@@ -41,8 +41,8 @@ struct MatrixModes {
     bool IsOf(ModeKind kind) const { return entry.kind == kind; }
   };
 
-  /// Of two entries, which go side by side where both are of a kind whose roots and quotients keep the
-  /// processor waiting.
+  /// The modes of two entries, interleaved where both are of a kind whose roots and quotients stall the
+  /// processor.
   static void CalculateTwo(const MatrixStack& stack, const Task& one, const Task& two,
                            const GrazingAngles<V>& angles) {
     if (one.IsOf(ModeKind::kFirstOrder) && two.IsOf(ModeKind::kFirstOrder)) {
@@ -55,7 +55,7 @@ struct MatrixModes {
     two.modes.Calculate(stack, two.entry, angles);
   }
 
-  /// What the upper side of an interface needs besides.
+  /// Further quantities for the upper side of an interface.
   [[gnu::noinline]] void Invert(const MatrixEntry& entry) {
     if (entry.kind == ModeKind::kScalar) {
       inverse_w = Inverse(w);

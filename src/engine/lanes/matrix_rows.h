@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Two rows of the matrix of a stack, and the ways through an entry and over an interface.
+// Two rows of the matrix of a stack, and their passage through an entry and over an interface.
 //
 // Amplitudes in the ambient are those in the substrate times M = T0 P1 T1 P2 ..., and the rays need two rows
 // of M only. These are carried from the substrate to the ambient; interfaces with scalar matter or
@@ -139,8 +139,8 @@ class MatrixRows {
     }
   }
 
-  // The two roughness factors, of opposite waves and of waves that run the same way, as one ratio: what all
-  // amplitudes have in common is no matter to reflection.
+  // The two roughness factors, of opposite waves and of waves that run the same way, as one ratio: a common
+  // factor of all amplitudes does not change the reflection.
   TOLVIK_INLINE Z OppositeRoughness(const MatrixEntry& entry, const Z& lower, const Z& upper) {
     const double sigma_k0 = entry.sigma * stack_.k0;
     const L scale(-0.5 * sigma_k0 * sigma_k0);
@@ -154,7 +154,7 @@ class MatrixRows {
     return exp((L(4.0) * scale) * (upper * lower));
   }
 
-  // The magnetisation turns sigma into pi on the way.
+  // The magnetisation mixes sigma and pi on the way.
   struct FirstOrderTurn {
     Z down, up;
   };
@@ -200,7 +200,7 @@ class MatrixRows {
     return modes::PropagationFactor<L>(L(stack_.k0), L(d), kappa);
   }
 
-  // To reflection only the ratios of the four factors matter, and those of a pair lie near 1.
+  // For reflection only the ratios of the four factors matter, and those of a pair are near 1.
   TOLVIK_INLINE void PropagateEach(double d, const Z (&kappa)[4]) {
     if (stack_.transmission) {
       for (int c = 0; c < 4; ++c) ScaleColumn(c, PropagationFactor(d, kappa[c]));
@@ -217,8 +217,8 @@ class MatrixRows {
     return ExponentialNearOne(Z(length * kappa.imag(), -(length * kappa.real())));
   }
 
-  // Waves down take exp(-i k0 d kappa), waves up its inverse; to reflection the ratio is all. Gives the
-  // factor of waves up.
+  // Waves down have the factor exp(-i k0 d kappa), waves up its inverse; for reflection only the ratio
+  // matters. Returns the factor of waves up.
   TOLVIK_INLINE Z PropagateDown(double d, const Z& kappa) {
     if (!stack_.transmission) return PropagationFactor(-2.0 * d, kappa);
     const Z down = PropagationFactor(d, kappa);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// What the matrix algorithms need to know of a stack, laid out for the kernels: plain numbers and pointers.
+// The data of a stack for the matrix kernels: plain numbers and pointers.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 
 namespace tolvik::engine::lanes {
 
-/// How the four waves of an entry are found.
+/// The method for the four waves of an entry.
 enum class ModeKind : std::uint8_t { kScalar, kTetragonal, kGeneral, kFirstOrder };
 
 /// A complex number in memory.
@@ -16,8 +16,8 @@ struct Pair {
   double real, imag;
 };
 
-/// Which fields one unit of σ⁺ and of π⁺ below an interface (FirstOrderWaves) leave for the waves above it,
-/// once ex and hx are continuous; per power of the cosine c of the grazing angle. n, ey_pi and hy_pi are
+/// The fields that one unit of σ⁺ and of π⁺ below an interface (FirstOrderWaves) leave for the waves above
+/// it, once ex and hx are continuous; per power of the cosine c of the grazing angle. n, ey_pi and hy_pi are
 /// those above. Derived in docs/derivations/first_order_joint.md.
 struct FirstOrderJoint {
   Pair ey_of_sigma;  ///< c² ey_of_sigma
@@ -31,11 +31,11 @@ struct FirstOrderJoint {
   Pair hy_of_hx;              ///< hy_pi / n
 };
 
-/// One entry of the profile as the kernels see it.
+/// One entry of the profile for the kernels.
 struct MatrixEntry {
   ModeKind kind;
   bool guarded;       ///< absorption alone does not keep the normal wavevector away from 0
-  bool normalised;    ///< amplitudes count, so the fields of a general tensor must be those of unit waves
+  bool normalised;    ///< amplitudes matter, so the fields of a general tensor must be those of unit waves
   double d;           ///< thickness, Å
   double sigma;       ///< roughness of the interface above, Å
   Pair index;         ///< n
@@ -53,14 +53,14 @@ struct MatrixStack {
   const MatrixEntry* entry;
   std::int32_t entries;        ///< at least 2
   bool first_order;            ///< the first-order algorithm
-  bool transmission;           ///< what goes through instead of what comes back
+  bool transmission;           ///< the transmitted instead of the reflected intensity
   double k0;                   ///< Å⁻¹
-  double largest_growth;       ///< largest sum of 2 k0 d |Im kappa| that lanes may judge
+  double largest_growth;       ///< largest sum of 2 k0 d |Im kappa| that lanes may calculate
   const double* polarisation;  ///< eight numbers, per ray sigma and pi as complex numbers
 };
 
 /// Intensities of both rays at count angles, given as s = sin θ, 0 <= s <= 1; second may be null. An angle
-/// that the plain algorithm has to judge gets a NaN.
+/// that the plain algorithm has to calculate gets a NaN.
 using MatrixKernel = void (*)(const MatrixStack& stack, const double* s, std::int32_t count, double* first,
                               double* second);
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// What lanes take for ordinary matter; the plain path does the rest. A NaN is none of it.
+// Ordinary matter, which lanes accept; the plain path does the rest. NaN is rejected.
 #pragma once
 
 #include <cmath>

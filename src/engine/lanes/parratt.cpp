@@ -45,7 +45,7 @@ bool ParrattLanes<T>::PrepareMatrix(const Profile<T>& profile, T k0, bool tensor
     if (j > 0 && j + 1 < profile.size && layer.layer_d == T(0.0)) return false;
   }
   if (!PrepareEntries(profile, k0)) return false;
-  // Neither the growing waves nor the roughness factors of a whole stack may come near the range of T.
+  // Neither the growing waves nor the roughness factors of a whole stack may come near the limits of T.
   const T range = kLargestGrowth<T>;
   T roughness(0.0);
   for (const ParrattEntry<T>& entry : entries_) roughness += entry.roughness;
@@ -95,9 +95,8 @@ bool ParrattLanes<T>::PrepareEntries(const Profile<T>& profile, T k0) {
 
 template <class T>
 void ParrattLanes<T>::SetWanted(std::span<const ParrattRay<T>> rays) {
-  // A polarisation without a share adds 0 unless it is not a number, and no coefficient of ordinary matter
-  // near vacuum is infinite on its own: u_upper and u_lower lie in the same quarter of the plane or nearly
-  // so.
+  // A polarisation without a share adds 0 unless it is NaN, and no coefficient of ordinary matter near vacuum
+  // is infinite by itself: u_upper and u_lower are in the same quarter of the plane or nearly so.
   for (std::int32_t sense = 0; sense < stack_.senses; ++sense) {
     bool& sigma = stack_.wants_sigma[sense];
     bool& pi = stack_.wants_pi[sense];
@@ -107,7 +106,7 @@ void ParrattLanes<T>::SetWanted(std::span<const ParrattRay<T>> rays) {
       sigma |= rays[r].sigma != T(0.0);
       pi |= rays[r].pi != T(0.0);
     }
-    // Where neither has a share one of them still tells whether the angle has an intensity.
+    // Where neither has a share, one of them is still needed to know whether the angle has an intensity.
     if (!sigma && !pi) sigma = true;
   }
 }

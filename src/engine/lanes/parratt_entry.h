@@ -71,9 +71,9 @@ bool MayVanish(const ParrattEntry<T>& entry) {
   return imag <= T(0.0) || imag * imag < T(2.0) * kSmallestModulus2<T>;
 }
 
-/// MayVanish of the ambient, with the entry below it. In float the plain form drowns vacuum already at 0.03
-/// degrees. It reflects nearly all there whatever its w, provided that the next wave does not vanish with it
-/// and the roughness factor stays near 1.
+/// MayVanish of the ambient, with the entry below it. In float the wave of vacuum in the plain form is
+/// rounding error already at 0.03 degrees. The surface reflects nearly all there for any w, provided that the
+/// next wave does not vanish with it and the roughness factor stays near 1.
 template <class T>
 bool MayVanishOnTop(const ParrattEntry<T>& below, const ParrattEntry<T>& ambient) {
   if (!std::is_same_v<T, float> || below.shifted || ambient.shifted) return true;

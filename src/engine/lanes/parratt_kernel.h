@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The recursion of Parratt for blocks of angles.
+// The Parratt recursion for blocks of angles.
 //
 // Symbols of the recursion of Parratt, Phys. Rev. 95, 359 (1954), as the kernels write it:
 //
@@ -7,14 +7,14 @@
 //        grazing angles, where n² - cos²θ loses up to ten digits
 // v      2 w, which saves the halves of a complex root; it cancels in the coefficients
 // u      v / n²; the pi coefficient is (u_upper - u_lower) / (u_upper + u_lower).
-//        Where the magnetic shift makes n² depend on the angle, u = v conj(n²) with m = |n²|² beside it,
-//        and the coefficient takes m_lower u_upper and m_upper u_lower, which needs no division
+//        Where the magnetic shift makes n² depend on the angle, u = v conj(n²) with the factor m = |n²|², and
+//        the coefficient has m_lower u_upper and m_upper u_lower, which needs no division
 // F, E   Névot-Croce factor of an interface; factor of the double passage of a slab
 // N, D   numerator and denominator of an amplitude ratio. With the coefficient t / q the recursion is
 //        N <- t D + q E N,  D <- q D + t E N,  and one division at the end serves the whole stack
 //
 // Fallback: where a wavevector is so small that n² - cos²θ is mere rounding error, where a roughness factor
-// explodes, or where the result is not finite, the angle is recomputed by the plain recursion.
+// overflows, or where the result is not finite, the angle is recomputed by the plain recursion.
 #pragma once
 
 #include "engine/lanes/parratt_shared.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The amplitude ratios of a block of angles: numerators and denominators of both polarisations, on their way
-// through a stack, and the intensities that follow from them. Symbols as in parratt_kernel.h.
+// The amplitude ratios of a block of angles: numerators and denominators of both polarisations during the
+// walk through a stack, and the intensities that follow from them. Symbols as in parratt_kernel.h.
 #pragma once
 
 #include "engine/lanes/parratt_waves.h"
@@ -44,14 +44,14 @@ class ParrattRatios : protected ParrattWaves<V, registers> {
     }
   }
 
-  // Brings the ratios to scale now and then, after the interface above entry j.
+  // Scales the ratios at some interfaces, after the interface above entry j.
   void RescaleAfter(std::int32_t j) {
     if (j % kRescaleEvery<Scalar> != kRescaleEvery<Scalar> - 1) return;
     if (wants_sigma_) Rescale(sigma_);
     if (wants_pi_) Rescale(pi_);
   }
 
-  // |N / D|² of both polarisations, and a NaN where the plain recursion has to do the angle.
+  // |N / D|² of both polarisations, and a NaN where the plain recursion has to calculate the angle.
   void CalcReflectivities() {
     for (int i = 0; i < used_; ++i) {
       const L none(std::numeric_limits<Scalar>::quiet_NaN());
@@ -85,7 +85,7 @@ class ParrattRatios : protected ParrattWaves<V, registers> {
   using Base::Doubt;
   using Base::doubtful_, Base::growth_, Base::s_, Base::smallest2_;
 
-  // Brings |D| near 1 by a power of two, which rounds nothing.
+  // Scales |D| near 1 by a power of two, which is exact.
   [[gnu::noinline]] void Rescale(Ratio& ratio) {
     using Integers = typename L::Integers;
     using Bits = typename L::Bits;

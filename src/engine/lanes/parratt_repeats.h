@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Which entries of a stack are equal: a stack that repeats itself need not be calculated entry by entry.
+// Finds equal entries of a stack: a periodic stack need not be calculated entry by entry.
 #pragma once
 
 #include <span>
@@ -8,9 +8,9 @@
 
 namespace tolvik::engine::lanes {
 
-/// Numbers the different waves, passages and interfaces of a stack, from 0 in the order in which they come.
-/// Returns whether the stack repeats itself often enough for ParrattShared to be the faster way; if not, the
-/// numbers are unspecified.
+/// Numbers the different waves, passages and interfaces of a stack, from 0 in the order of the stack. Returns
+/// whether the stack repeats itself often enough for ParrattShared to be faster; if not, the numbers are
+/// unspecified.
 template <class T>
 bool NumberEqualEntries(std::span<ParrattEntry<T>> entries);
 

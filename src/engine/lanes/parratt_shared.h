@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The way through a stack that repeats itself: what is equal is calculated once. Symbols as in
+// The walk through a stack that repeats itself: equal quantities are calculated once. Symbols as in
 // parratt_kernel.h.
 #pragma once
 
@@ -70,7 +70,7 @@ class ParrattShared : protected ParrattRatios<V> {
     }
   }
 
-  // Waves, passages and interfaces, one of each kind: the first of a kind brings the highest number so far.
+  // Waves, passages and interfaces, one of each kind: the first of a kind has the highest number so far.
   void CalcDifferent() {
     int waves = 0, passages = 0, interfaces = 0;
     for (std::int32_t j = 0; j < stack_.entries; ++j) {
@@ -95,7 +95,7 @@ class ParrattShared : protected ParrattRatios<V> {
   }
 
   Wave wave_[kMaxShared];
-  Complex passage_[kMaxShared], factor_;  // E; F of the interface in work
+  Complex passage_[kMaxShared], factor_;  // E; F of the present interface
   Reflection reflection_[kMaxShared];
 };
 

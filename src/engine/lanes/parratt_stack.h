@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// What the recursion of Parratt needs to know of a stack, laid out for the kernels: plain numbers and
-// pointers.
+// The data of a stack for the kernels of the Parratt recursion: plain numbers and pointers.
 #pragma once
 
 #include <cstdint>
 
 namespace tolvik::engine::lanes {
 
-/// One entry of the profile as the kernels see it; its index n = 1 - delta + i beta was rounded to the number
+/// One entry of the profile for the kernels; its index n = 1 - delta + i beta was rounded to the number
 /// type first.
 template <class Scalar>
 struct ParrattEntry {
@@ -21,7 +20,7 @@ struct ParrattEntry {
   bool rough;                         ///< σ is not 0; of all entries but the ambient
   bool guarded;                       ///< w may come near 0, or Im n: those angles go to the plain recursion
   bool short_phase;                   ///< of the roughness factor at all angles: kShortRoughnessPhase
-  std::int8_t wave;                   ///< in a shared stack only: entries of one index bear one number,
+  std::int8_t wave;                   ///< in a shared stack only: entries of one index have one number,
   std::int8_t passage;                ///< slabs of one index and one thickness likewise,
   std::int8_t interface;              ///< and interfaces of equal sides and roughness
 };
@@ -31,32 +30,32 @@ inline constexpr int kMaxShared = 16;
 
 /// A stack at one k0. Interface j lies above entry j; entry 0 is the substrate.
 ///
-/// Three steps of ParrattLanes fill it. Members of a step hold from then on; a kernel needs all three.
+/// Three steps of ParrattLanes fill it. Members of a step are valid from then on; a kernel needs all three.
 template <class Scalar>
 struct ParrattStack {
-  // From the profile; alike after Prepare and PrepareMatrix.
-  const ParrattEntry<Scalar>* entry;  ///< belongs to ParrattLanes, and holds until its next preparation
+  // From the profile; the same after Prepare and PrepareMatrix.
+  const ParrattEntry<Scalar>* entry;  ///< belongs to ParrattLanes, and is valid until its next preparation
   std::int32_t entries;               ///< at least 2
-  bool shared;  ///< the stack repeats itself: equal entries bear equal numbers and are calculated once
+  bool shared;  ///< the stack repeats itself: equal entries have equal numbers and are calculated once
 
-  // From the algorithm. Prepare (the recursion itself) leaves everything open:
+  // From the algorithm. Prepare (the recursion itself) accepts all cases:
   //   tame either, shifted either, largest_growth infinite, smallest_sine near 0.
-  // PrepareMatrix (scalar stacks of the matrix algorithms) refuses the rest:
+  // PrepareMatrix (scalar stacks of the matrix algorithms) accepts only:
   //   tame true, shifted false, largest_growth finite, smallest_sine that of the matrix algorithms.
   bool tame;     ///< no roughness factor can leave the range of the functions
   bool shifted;  ///< some entry is
-  /// Largest sum of 2 k0 d Im w over the slabs that lanes may decide: the matrix algorithms carry the growing
-  /// waves themselves and overflow where the recursion does not.
+  /// Largest sum of 2 k0 d Im w over the slabs that lanes may calculate: the matrix algorithms carry the
+  /// growing waves themselves and overflow where the recursion does not.
   Scalar largest_growth;
   Scalar smallest_sine;  ///< angles below go to the plain path
 
-  // From the rays, by Calculate, anew at each call.
-  std::int32_t senses;  ///< 2 if shifted and two rays: the second one sees the shift the other way round
-  bool wants_sigma[2];  ///< in each of the senses; at least one polarisation is wanted in each
+  // From the rays, by Calculate, again at each call.
+  std::int32_t senses;  ///< 2 if shifted and two rays: the second one has the reversed shift
+  bool wants_sigma[2];  ///< in each of the senses; at least one polarisation is needed in each
   bool wants_pi[2];
 };
 
-/// The shares of a ray, squared moduli of its sigma and pi parts, and where its intensities go.
+/// The shares of a ray, squared moduli of its sigma and pi parts, and the place for its intensities.
 template <class Scalar>
 struct ParrattRay {
   Scalar sigma, pi;
@@ -64,7 +63,7 @@ struct ParrattRay {
 };
 
 /// Intensities |Y|² sigma + |X|² pi, with the amplitude ratios Y of sigma and X of pi, of each ray at count
-/// angles, given as s = sin θ, 0 <= s <= 1. An angle that the plain recursion has to do gets a NaN.
+/// angles, given as s = sin θ, 0 <= s <= 1. An angle that the plain recursion has to calculate gets a NaN.
 /// Returns whether all intensities are finite.
 template <class Scalar>
 using ParrattKernel = bool (*)(const ParrattStack<Scalar>& stack, const Scalar* s, std::int32_t count,

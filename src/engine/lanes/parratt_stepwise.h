@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The way through a stack whose entries differ: waves and factors of each entry as it comes. Symbols as in
-// parratt_kernel.h.
+// The walk through a stack whose entries differ: waves and factors are calculated entry by entry. Symbols as
+// in parratt_kernel.h.
 #pragma once
 
 #include "engine/lanes/parratt_ratios.h"
@@ -79,10 +79,10 @@ class ParrattStepwise : protected ParrattRatios<V> {
     }
   }
 
-  // Where waves and factors are kept. What no magnetic shift changes serves both senses, as long as there is
-  // room for it.
+  // Stored waves and factors. Those without a magnetic shift serve both senses, as long as there is room for
+  // them.
   struct Places {
-    int waves = 2, passages = 1, factors = 1;  // the next free ones; those before are used again and again
+    int waves = 2, passages = 1, factors = 1;  // the next free ones; those before are reused
   };
   struct Place {
     int index;

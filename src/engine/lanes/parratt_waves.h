@@ -28,7 +28,7 @@ class ParrattWaves {
     Real m;
   };
 
-  // Places past the last angle repeat it: they cost little and can't disturb.
+  // Places past the last angle repeat it: that costs little and does no harm.
   ParrattWaves(const Stack& stack, const Scalar* s, int size)
       : stack_(stack),
         used_((size + L::size - 1) / L::size),
@@ -48,7 +48,7 @@ class ParrattWaves {
     doubtful_.Set(i, Select(mask, L(Scalar(-0.0)), doubtful_[i]));
   }
 
-  // A root is a long chain of steps that wait for each other, so two registers are dealt with side by side.
+  // A root is a long chain of dependent steps, so two registers are calculated side by side.
   [[gnu::noinline]] void CalcWave(const Entry& entry, Wave& wave) {
     if (entry.shifted) return CalcShiftedWave(entry, wave);
     if (entry.chi_real == Scalar(0) && entry.chi_imag == Scalar(0)) return CalcVacuumWave(entry, wave);
@@ -78,7 +78,7 @@ class ParrattWaves {
     const auto shifted = [&](int i) TOLVIK_INLINE_LAMBDA { return ShiftedWave(entry, i); };
     const auto set = [&](int i, const WaveLanes& w) TOLVIK_INLINE_LAMBDA {
       SetWave(wave, i, w, entry.guarded);
-      // A negative absorption, -0 included, turns the wave about.
+      // A negative absorption, -0 included, reverses the wave.
       if (entry.guarded) doubtful_.Set(i, doubtful_[i].Register() | w.k.Register());
     };
     ForTwoAtOnce(used_, shifted, set);
@@ -146,7 +146,7 @@ class ParrattWaves {
   }
 
   // A wave at the angles of one register; m only in a stack with shifted entries, the absorption k only of
-  // those themselves.
+  // the shifted entries.
   struct WaveLanes {
     Z v, u;
     L modulus2, m, k;
@@ -167,7 +167,7 @@ class ParrattWaves {
     return w;
   }
 
-  // The magnetic shift goes with the cosine of the angle.
+  // The magnetic shift is proportional to the cosine of the angle.
   TOLVIK_INLINE WaveLanes ShiftedWave(const Entry& entry, int i) const {
     const L one(Scalar(1));
     const L ddelta(sign_ * entry.ddelta), dbeta(sign_ * entry.dbeta);
@@ -195,7 +195,7 @@ class ParrattWaves {
   Scalar sign_ = 1;  // of the magnetic shift, in its present sense
   Real s_;
   Real smallest2_, growth_;
-  Real doubtful_;  // negative, -0 included, where the plain recursion has to judge
+  Real doubtful_;  // negative, -0 included, where the plain recursion has to calculate
 
  private:
   bool needs_u_;

@@ -1,5 +1,5 @@
 # Each source of an instruction set gets that set's flags, and is optimised in every build: without inlining,
-# functions of the vector library would stand in the object under names of their own.
+# functions of the vector library would be in the object as symbols of their own.
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
   set(folder ${CMAKE_CURRENT_LIST_DIR})
   set_source_files_properties(${folder}/sse.cpp PROPERTIES COMPILE_OPTIONS "-O3;-fno-exceptions;-march=x86-64-v2")
@@ -8,7 +8,7 @@ if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
   if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
     # GCC's own avx512fintrin.h makes its undefined registers from themselves (GCC bug 105593).
     list(APPEND avx512 -Wno-maybe-uninitialized -Wno-uninitialized)
-    # With 32 registers there is room to weave chains of steps into each other before registers are handed out:
+    # With 32 registers there is room to interleave chains of steps before registers are allocated: a gain of
     # 5 percent.
     list(APPEND avx512 -fschedule-insns -fsched-pressure)
   endif()
