@@ -21,7 +21,7 @@ TOLVIK_INLINE Complexes<V> ShortExponential(Complexes<V> z) {
   return {modulus * Polynomial<V>(kCosine, y2), (modulus * z.imag()) * Polynomial<V>(kSine, y2)};
 }
 
-/// exp(z), the short way where |z| < kShortStep. Each angle goes its own way, whatever its neighbours do.
+/// exp(z), the short way where |z| < kShortStep. Each angle takes its own way, independent of its neighbours.
 template <class V>
 TOLVIK_INLINE Complexes<V> ExponentialNearOne(Complexes<V> z) {
   const Mask<V> is_short = norm(z) < Lanes<V>(kShortStep * kShortStep);
@@ -36,7 +36,7 @@ TOLVIK_INLINE Lanes<V> CubeRootOfNormal(Lanes<V> x) {
   using L = Lanes<V>;
   static_assert(sizeof(typename L::Scalar) == 8);
   using Unsigned = xsimd::batch<std::uint64_t, typename L::Batch::arch_type>;
-  // An integer v below 2^52 and the number 2^52 + v differ by the bits of 2^52 alone.
+  // An integer v below 2^52 and the number 2^52 + v differ by the bits of 2^52 only.
   const Unsigned integer_bits(0x4330000000000000u);
   const auto number_of = [](Unsigned bits) { return L(xsimd::bitwise_cast<typename L::Batch>(bits)); };
   const Unsigned logarithm = xsimd::bitwise_cast<Unsigned>(x.Register()) >> 12;
@@ -61,7 +61,7 @@ TOLVIK_INLINE Complexes<V> CubeRoot(const Complexes<V>& z) {
   static constexpr double kSine[] = {0.6666660525572842, -0.2714901020821979, 0.18039024451027674,
                                      -0.10928546584595067};
   const L modulus = sqrt(norm(z));
-  // Quarter turns bring z near the positive axis; the cube roots of i and -1 turn the result back.
+  // Quarter turns rotate z near the positive axis; the cube roots of i and -1 rotate the result back.
   const Mask<V> steep = abs(z.imag()) > abs(z.real());
   const L x = Select(steep, z.imag(), z.real());
   const L y = Select(steep, -z.real(), z.imag());

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The complex number over lanes.
 //
-// It serves finite numbers whose squares neither overflow nor vanish: products and quotients take the short
-// formulas, without the rules by which an infinity meets a NaN. What goes wrong there comes out as something
-// that is not finite, and the plain path judges that angle.
+// It is for finite numbers whose squares neither overflow nor vanish: products and quotients use the short
+// formulas, without the rules for infinities with NaN. Outside that range the result is not finite, and the
+// plain path calculates that angle.
 #pragma once
 
 #include "engine/simd/functions.h"
@@ -100,7 +100,7 @@ class Complexes {
     ShortSinCos(a.imag_, sine, cosine);
     return {modulus * cosine, modulus * sine};
   }
-  /// With the sign of the imaginary part, -0 included; not a number where the square of a modulus vanishes.
+  /// With the sign of the imaginary part, -0 included; NaN where the square of a modulus vanishes.
   TOLVIK_INLINE friend Complexes sqrt(Complexes a) {
     L modulus2;
     const Complexes root = SquareRoot(a.real_, a.imag_, modulus2);

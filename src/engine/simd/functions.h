@@ -3,11 +3,11 @@
 //
 // The argument is reduced by multiples of ln 2 or π/2 held in two or three parts (W. J. Cody, W. Waite,
 // Software Manual for the Elementary Functions, 1980); the polynomials interpolate the remainder at the
-// Chebyshev nodes, relative error below 2e-17 (double) and 2e-10 (float) before rounding. Against the general
-// functions of a library these leave out all that a reflectivity never asks: huge arguments and results below
-// the smallest normal number (0 here). On AVX2 in double they take 0.23 to 0.40 (exponential) and 0.49 to
-// 0.59 (sine and cosine) of the time of xsimd 8.1, with largest errors of 1.0 and 1.6 units of the last place
-// instead of 0.9 and 2.3 (bench/functions).
+// Chebyshev nodes, relative error below 2e-17 (double) and 2e-10 (float) before rounding. Unlike the general
+// functions of a library these omit the cases that a reflectivity never needs: huge arguments and results
+// below the smallest normal number (0 here). On AVX2 in double they take 0.23 to 0.40 (exponential) and 0.49
+// to 0.59 (sine and cosine) of the time of xsimd 8.1, with largest errors of 1.0 and 1.6 units of the last
+// place instead of 0.9 and 2.3 (bench/functions).
 #pragma once
 
 #include "engine/simd/register.h"
@@ -84,9 +84,9 @@ TOLVIK_INLINE Lanes<V> Polynomial(const Scalar (&terms)[N], Lanes<V> x) {
   return sum;
 }
 
-/// sqrt(x) within 1 ulp and 1/sqrt(x) within 2, for normal x above 0. A processor with an estimate of the
-/// inverse root refines that, which does not occupy its one divider: with the estimate e, m = x e and h = e/2
-/// tend to the root and half its inverse when each gets (1/2 - m h) times itself (R. E. Goldschmidt, MIT,
+/// sqrt(x) within 1 ulp and 1/sqrt(x) within 2, for normal x above 0. On a processor with an estimate of the
+/// inverse root that is refined, which does not occupy its one divider: with the estimate e, m = x e and h =
+/// e/2 tend to the root and half its inverse when each gets (1/2 - m h) times itself (R. E. Goldschmidt, MIT,
 /// 1964), and in double a last step of Newton removes the rounding.
 template <class V>
 TOLVIK_INLINE Lanes<V> SquareRootAndInverse(Lanes<V> x, Lanes<V>& inverse) {
@@ -125,8 +125,8 @@ TOLVIK_INLINE Lanes<V> SquareRootOfNormal(Lanes<V> x) {
   }
 }
 
-/// a / b within 1 ulp for normal b whose inverse is normal; for other b perhaps not a number where a / b is
-/// one. A processor with an estimate of the inverse refines that instead of occupying its one divider.
+/// a / b within 1 ulp for normal b whose inverse is normal; for other b perhaps NaN where a / b is a number.
+/// On a processor with an estimate of the inverse that is refined, which does not occupy its one divider.
 template <class V>
 TOLVIK_INLINE Lanes<V> Quotient(Lanes<V> a, Lanes<V> b) {
   using L = Lanes<V>;
@@ -143,13 +143,13 @@ TOLVIK_INLINE Lanes<V> Quotient(Lanes<V> a, Lanes<V> b) {
   }
 }
 
-/// exp(x) within 1.5 ulp; 0 below the lowest normal result, and nothing of use above exp_highest.
+/// exp(x) within 1.5 ulp; 0 below the lowest normal result, unspecified above exp_highest.
 template <class V>
 TOLVIK_INLINE Lanes<V> Exp(Lanes<V> x) {
   using L = Lanes<V>;
   using Scalar = typename L::Scalar;
   using C = FunctionConstants<Scalar>;
-  // Where nothing is to be reduced the short way gives the same bits as the long one.
+  // Where no reduction is needed the short way gives the same bits as the long one.
   if (AllOf(abs(x) < L(C::exp_unreduced))) {
     return MulAdd(x * x, Polynomial<V>(C::exp_terms, x), x) + L(Scalar(1));
   }
@@ -162,7 +162,7 @@ TOLVIK_INLINE Lanes<V> Exp(Lanes<V> x) {
   return KeepWhere(x >= L(C::exp_lowest), power);
 }
 
-/// sine and cosine within 1.5 ulp, near their zeros of 0.001, for |x| up to max_phase; nothing of use above.
+/// sine and cosine within 1.5 ulp, near their zeros of 0.001, for |x| up to max_phase; unspecified above.
 template <class V>
 TOLVIK_INLINE void SinCos(Lanes<V> x, Lanes<V>& sine, Lanes<V>& cosine) {
   using L = Lanes<V>;
@@ -172,7 +172,7 @@ TOLVIK_INLINE void SinCos(Lanes<V> x, Lanes<V>& sine, Lanes<V>& cosine) {
   constexpr int sign_shift = int(8 * sizeof(Scalar)) - 2;
   const auto short_sine = [](L r, L r2) { return MulAdd(r2 * r, Polynomial<V>(C::sin_terms, r2), r); };
   const auto short_cosine = [](L r2, L s) {
-    // Not fused, a polynomial costs five times what the root does.
+    // Without fused multiplication a polynomial costs five times as much as the root.
     if constexpr (!V::fused) return sqrt(NegMulAdd(s, s, L(Scalar(1))));
     return MulAdd(r2 * r2, Polynomial<V>(C::cos_terms, r2), NegMulAdd(L(Scalar(0.5)), r2, L(Scalar(1))));
   };
@@ -194,7 +194,7 @@ TOLVIK_INLINE void SinCos(Lanes<V> x, Lanes<V>& sine, Lanes<V>& cosine) {
   const L c = short_cosine(r2, s);
 
   // The two lowest bits of the quadrant, moved up to the sign: odd ones exchange the two, the higher bit
-  // turns the sine about, and the cosine where the bits differ.
+  // changes the sign of the sine, and that of the cosine where the bits differ.
   const Integers quadrant = shifted.ToBits() << sign_shift;
   const L higher = L::FromBits(quadrant);
   const L odd = L::FromBits(quadrant + quadrant);

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Several angles as one number.
 //
-// V names a vector register: V::Batch is the register of xsimd, V::fused tells whether V::MulAdd and its kin
-// exist, which round a·b + c once, V::estimates whether V::EstimateInverseRoot and V::EstimateInverse do.
-// Each source of an instruction set defines its V in an unnamed namespace, so that everything instantiated
-// here stays inside that object.
+// V names a vector register: V::Batch is the register of xsimd; V::fused is true if V::MulAdd and its
+// relatives exist, which round a·b + c once; V::estimates is true if V::EstimateInverseRoot and
+// V::EstimateInverse do. Each source of an instruction set defines its V in an unnamed namespace, so that
+// everything instantiated here stays inside that object.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@
 #include <xsimd/xsimd.hpp>
 
 #define TOLVIK_INLINE [[gnu::always_inline]] inline
-// Of a lambda, behind its parameters.
+// For a lambda, after its parameters.
 #define TOLVIK_INLINE_LAMBDA __attribute__((always_inline))
 
 namespace tolvik::engine::lanes {
@@ -38,7 +38,7 @@ class Mask {
   Bools bits_;
 };
 
-/// A number type whose value is one number for each of `size` angles. Every operation acts angle by angle and
+/// A number type with one number for each of `size` angles. Every operation acts angle by angle and
 /// rounds as the scalar one does.
 template <class V>
 class Lanes {
@@ -85,7 +85,7 @@ class Lanes {
   TOLVIK_INLINE friend Lanes copysign(Lanes a, Lanes sign) {
     return (a.x_ & MagnitudeBits()) | (sign.x_ & Batch(Scalar(-0.0)));
   }
-  /// The smaller and the larger of two numbers; where one is not a number either may come out.
+  /// The smaller and the larger of two numbers; where one is NaN the result is either of them.
   TOLVIK_INLINE friend Lanes Min(Lanes a, Lanes b) { return xsimd::min(a.x_, b.x_); }
   TOLVIK_INLINE friend Lanes Max(Lanes a, Lanes b) { return xsimd::max(a.x_, b.x_); }
   /// a where the mask holds, b elsewhere.
@@ -124,7 +124,7 @@ class Lanes {
 
  private:
   using Bools = typename Batch::batch_bool_type;
-  // Before AVX-512 a mask is a register of the same width, of which a choice reads the sign bits alone.
+  // Before AVX-512 a mask is a register of the same width, of which a choice reads the sign bits only.
   static constexpr bool kMaskIsRegister =
       std::is_same_v<typename Bools::register_type, typename Batch::register_type>;
 

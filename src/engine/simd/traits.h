@@ -23,7 +23,7 @@ struct NumberTraits<lanes::Lanes<V>> : NumberTraits<typename lanes::Lanes<V>::Sc
 
 namespace lanes {
 
-/// yes() where the mask holds, no() elsewhere; what no angle needs is not calculated.
+/// yes() where the mask holds, no() elsewhere; one that no angle needs is not calculated.
 template <class V, class Yes, class No>
 TOLVIK_INLINE auto Either(Mask<V> mask, const Yes& yes, const No& no) {
   if (!AnyOf(mask)) return no();

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Two registers as one number: the templates of the physics, calculated with twins, are two calculations
-// woven into each other. Where one alone would wait for the outcome of each step, as in the closed form of a
-// quartic, the other fills the gaps.
+// Two registers as one number: the templates of the physics, calculated with twins, are two interleaved
+// calculations. Where one alone would wait for the result of each step, as in the closed form of a quartic,
+// the other fills the gaps.
 //
 // Measured on stacks of general tensors, AVX2 and AVX-512: without twins such a stack takes 1.05 to 1.11
 // times as long with 2 or 3 layers and 1.12 to 1.23 times with 10 or 60. ForTwoAtOnce (lanes/block.h) in
@@ -54,7 +54,7 @@ class Mask<Twins<V>> {
   Half first_, second_;
 };
 
-/// Twins as a number type: what the closed form of a quartic needs of Lanes, half by half.
+/// Twins as a number type: the operations of Lanes that the closed form of a quartic needs, half by half.
 template <class V>
 class Lanes<Twins<V>> {
  public:
@@ -65,7 +65,7 @@ class Lanes<Twins<V>> {
   Lanes() = default;
   TOLVIK_INLINE Lanes(Scalar x) : first_(x), second_(x) {}  // NOLINT: one number for all
   TOLVIK_INLINE Lanes(Half first, Half second) : first_(first), second_(second) {}
-  // Half by half, for the reason that Complexes has.
+  // Half by half, for the same reason as in Complexes.
   TOLVIK_INLINE Lanes(const Lanes& other) : first_(other.first_), second_(other.second_) {}
   TOLVIK_INLINE Lanes& operator=(const Lanes& other) {
     first_ = other.first_;
