@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Do product, exponential, sine and cosine of 200 bits of our own earn their lines? Their time beside that of
-// MPFR and of Arb (F. Johansson, IEEE Trans. Computers 66, 1281 (2017)), all rounded as MPFR rounds and
-// compared bit by bit.
+// Are our own product, exponential, sine and cosine of 200 bits worth their code? Their time compared with
+// that of MPFR and of Arb (F. Johansson, IEEE Trans. Computers 66, 1281 (2017)), all rounded as MPFR rounds
+// and compared bit by bit.
 //
-// Arb returns a ball. Where that does not decide the rounding to 200 bits it is asked for more bits (A. Ziv,
+// Arb returns a ball. Where that does not decide the rounding to 200 bits, more bits are calculated (A. Ziv,
 // ACM Trans. Math. Softw. 17, 410 (1991)). "bare" leaves out the rounding and the conversion from and to
 // MPFR's numbers.
 #include <arb.h>
@@ -106,7 +106,7 @@ double TimeOf(const std::function<void(int)>& call) {
          kCount;
 }
 
-// All take turns; the shortest time of each counts. The first two leave results of `results` numbers each.
+// All take turns; the shortest time of each counts. The first two write `results` numbers each.
 bool Report(const char* name, int results, Numbers& numbers, const std::function<void(int)> (&calls)[4]) {
   double least[4] = {1e30, 1e30, 1e30, 1e30};
   int different = 0;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Do exponential, sine and cosine of our own earn their lines? Time and largest error of each beside those of
-// xsimd, on AVX2 in double.
+// Are our own exponential, sine and cosine worth their code? Time and largest error of each, compared with
+// those of xsimd, on AVX2 in double.
 #include <algorithm>
 #include <cmath>
 #include <cstdio>

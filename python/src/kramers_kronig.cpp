@@ -11,7 +11,7 @@ namespace {
 
 using Column = py::array_t<double, py::array::c_style | py::array::forcecast>;
 
-// The caller sees to it that both columns have the same length, and that the energies ascend.
+// The caller ensures that both columns have the same length, and that the energies ascend.
 Column KramersKronig(const Column& energy, const Column& beta) {
   const auto e = energy.unchecked<1>();
   const auto b = beta.unchecked<1>();

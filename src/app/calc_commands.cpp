@@ -27,7 +27,7 @@ CSolution RegularGrid(const CState& state, Formula qz) {
   return solution;
 }
 
-// The values stay: a point that no calculation reaches prints its measured one.
+// The values stay: a point that is not calculated prints its measured one.
 CSolution MeasuredGrid(const CState& state) {
   CSolution solution = ActiveMeasurement(state);
   TranslateGrid(solution);

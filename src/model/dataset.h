@@ -9,7 +9,7 @@ namespace tolvik {
 /// Adds datasetqztranslation to every dataset_qz: the grid of a calculation.
 void TranslateGrid(CDataset& dataset);
 
-/// A measured value as it is compared with a calculation: (value + datasettranslator) * datasetmultiplicator.
+/// A measured value on the scale of the calculation: (value + datasettranslator) * datasetmultiplicator.
 inline double TranslateValue(const CDataset& dataset, double value) {
   return (value + dataset.datasettranslator) * dataset.datasetmultiplicator;
 }

@@ -80,7 +80,7 @@ constexpr ScriptField kFields[] = {
     {"f2", 36, kElements, OfElements<&CElementLayer::el_f2>},
 };
 
-// The codes count the rows, but for one that no field has.
+// The codes count the rows, except for one code without a field.
 constexpr std::int32_t kUnusedCode = 24;
 
 constexpr std::size_t RowOf(std::int32_t code) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The numbers of a state and a curve that a script sees as arrays.
+// The numbers of a state and a curve that a script uses as arrays.
 #pragma once
 
 #include <cstdint>
@@ -22,7 +22,7 @@ struct ScriptField {
   bool of_tensor = false;  ///< an element of the dielectric tensor of a layer
 };
 
-/// All fields in the order of their codes, in which a script finds them defined.
+/// All fields in the order of their codes, which is also the order of their definition for scripts.
 std::span<const ScriptField> ScriptFields();
 
 /// The field of a code; null when the code has none.

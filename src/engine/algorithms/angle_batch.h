@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// A batch: the angles that one profile meets in one call, and where their intensities go.
+// A batch: the angles of one profile in one call, and the place for their intensities.
 #pragma once
 
 #include <span>

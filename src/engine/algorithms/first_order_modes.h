@@ -65,7 +65,7 @@ void CalcFirstOrderWaves(FirstOrderWaves<T>& waves, const T& c, const Cplx<T>& q
 /// Field matrix D and propagation matrix P of an entry with index n, magnetic strength Q and thickness d, Å,
 /// for a magnetisation along the angles gamma and phi, rad. kappa[0] becomes the normal wavevector in units
 /// of k0; the rest of kappa does not change. Angles theta below 1e-4 rad count as 1e-4; a thickness of
-/// exactly 0 leaves P as it was.
+/// exactly 0 does not change P.
 template <class T>
 void CalcMagneticMatrices(Matrix4<T>& P, Matrix4<T>& D, Cplx<T> (&kappa)[4], T theta, T gamma, T phi, T k0,
                           T d, const Cplx<T>& n, const Cplx<T>& Q);

@@ -29,7 +29,7 @@ std::int32_t CalcPoints(CSolution& solution, std::int32_t begin, std::int32_t en
   return CodeOf(WalkSamples<T>(setting, {solution.dataset_qz, begin, end}, rule, refuse, store));
 }
 
-/// Point i, and the profile and the wavenumber that it meets.
+/// Point i, with its profile and wavenumber.
 template <class T>
 struct PointAndProfile {
   std::int32_t i;
