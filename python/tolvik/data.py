@@ -42,7 +42,7 @@ class Data:
     mask : array_like of bool, shape (n,), optional
         True where a point is left out, as in numpy.ma. Points that must be masked are added to it.
     metadata : mapping, optional
-        Anything that the file says about the measurement; kept as it is.
+        Further information of the file about the measurement, unchanged.
     name, source : str
         Title of the data set and the file that it comes from, for messages.
 

@@ -64,7 +64,7 @@ class MaterialError(TolvikError, ValueError):
 
 
 class DataWarning(UserWarning):
-    """Data that are used other than the file might mean: masked points, a doubtful column."""
+    """Data whose use may differ from the intention of the file: masked points, a doubtful column."""
 
 
 class MaterialWarning(UserWarning):
@@ -98,7 +98,7 @@ def make(fault: str, *arguments: object) -> Exception:
     fault : str
         Name of the fault, a key of the table of this module.
     *arguments : object
-        What its text names.
+        The values in its text.
 
     Returns
     -------

@@ -20,7 +20,7 @@ class _Loader(yaml.SafeLoader):
 
 
 class _Dumper(yaml.SafeDumper):
-    """Writes no anchors, so that a reader without them copes."""
+    """Writes no anchors, for readers that do not support them."""
 
     def ignore_aliases(self, data: Any) -> bool:
         return True

@@ -24,8 +24,8 @@ _FIRST_LINE = "# # ORSO reflectivity data file | 1.1 standard | YAML encoding | 
 def write_ort(path: source.Path, data: Union[Data, Sequence[Data]], model: Union[str, Mapping[str, Any], None] = None) -> None:
     """Writes data sets as an .ort file; later headers carry the differences to the first one only.
 
-    What the metadata of a data set says in the words of the standard is kept, the columns, the wavelength and the
-    polarisation are those of the data. Masked points are written as well.
+    Metadata of a data set in the terms of the standard is kept; the columns, the wavelength and the polarisation are
+    those of the data. Masked points are written as well.
 
     Parameters
     ----------
@@ -162,5 +162,5 @@ def _difference(first: Mapping[str, Any], own: Mapping[str, Any]) -> dict[str, A
             result[key] = value
     for key in first:
         if key not in own:
-            result[key] = None  # a null lays itself over what the first header says
+            result[key] = None  # a null overrides the entry of the first header
     return result

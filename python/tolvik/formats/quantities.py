@@ -121,7 +121,7 @@ def assemble(columns: Sequence[Column], table: Array, *, energy: Optional[float]
             column = Column(column.quantity, column.unit, dq_is.strip().lower(), column.distribution)
         values = table[:, index] * factor_of(column)
         if column.quantity in ("dR", "dq", "d2theta") and np.all(np.isnan(values)):
-            continue  # a column that only keeps the place of what is not known
+            continue  # a column that only keeps the place of an unknown quantity
         found[column.quantity] = (column, values)
     q = _q(found, energy)
     if ("R" in found) == ("counts" in found):

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""`read`: the one door for files of measured data."""
+"""`read`: the reader for all files of measured data."""
 from __future__ import annotations
 
 import importlib
@@ -43,12 +43,12 @@ def read(path: source.Path, format: Optional[str] = None, dq_is: Optional[str] =
         "ort", "orb", "columns", "xrdml", "ras" or "spec"; by default from the content and the suffix.
     dq_is : str, optional
         Convention of the width of q in the file: "sigma", "fwhm", "half", "percent" or "percent_fwhm". It overrides
-        what the file says; without both it is sigma.
+        that of the file; without both it is sigma.
     columns : str or sequence of str, optional
         Names of the columns of a text or a laboratory file, as "2theta,counts": q, 2theta, theta, R, counts, dR, dq,
         d2theta, and "-" for one to be skipped. A unit may follow: "q[1/nm]".
     energy : float, optional
-        Photon energy, eV; it overrides what the file says. Angles need it.
+        Photon energy, eV; it overrides that of the file. Angles need it.
 
     Returns
     -------

@@ -25,7 +25,7 @@ def fail(path: Path, line: Optional[int], message: str) -> NoReturn:
 
 
 def one_line(message: object) -> str:
-    """The message of somebody else as one line of at most 300 characters."""
+    """The message of a library as one line of at most 300 characters."""
     text = " ".join(str(message).split())
     return text if len(text) <= 300 else text[:297] + "..."
 

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Absorption edges: where tabulated constants stop to hold."""
+"""Absorption edges, near which tabulated constants are not valid."""
 from __future__ import annotations
 
 import functools
@@ -19,7 +19,7 @@ Array = npt.NDArray[np.float64]
 #: Below this distance from an edge neighbours and bonds move the constants, which no table of atoms knows; eV.
 NEAR_EDGE = 20.0
 _LAST_OF_ELAM = 98
-_LOWEST_EDGE = 30.0  # eV; below, the tables begin or are of no use
+_LOWEST_EDGE = 30.0  # eV; below, there are no tables or they are unusable
 
 
 @dataclass(frozen=True)

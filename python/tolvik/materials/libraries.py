@@ -16,7 +16,7 @@ _PACKAGES = {"periodictable": "python3-periodictable", "xraydb": "python3-xraydb
 def library(name: str) -> Any:
     """The module periodictable or xraydb, or a MaterialError that says how to install it.
 
-    Warnings of theirs about each other's old names are of no use to the caller and are left out.
+    Their warnings about each other's old names are suppressed.
     """
     with warnings.catch_warnings():
         warnings.simplefilter("ignore")

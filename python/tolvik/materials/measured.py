@@ -2,9 +2,9 @@
 """Optical constants from measured absorption: beta as measured, delta by the Kramers-Kronig relation.
 
 The measured beta replaces that of the tables inside its range; outside, the tables serve. The transform of
-`optics/kramers_kronig.h` runs over the joined beta. What lies beyond the ends of the tables, and the number of
-electrons, enter delta E² as a constant nearly independent of E: it is the one that makes delta meet the tables where
-they hold, away from the measured range and from all edges (see B. L. Henke, E. M. Gullikson and J. C. Davis, At. Data
+`optics/kramers_kronig.h` runs over the joined beta. The absorption beyond the ends of the tables, and the number of
+electrons, enter delta E² as a constant nearly independent of E: it is chosen so that delta meets the tables where they
+are valid, away from the measured range and from all edges (see B. L. Henke, E. M. Gullikson and J. C. Davis, At. Data
 Nucl. Data Tables 54, 181 (1993), for the relation, and B. Watts, Opt. Express 22, 23628 (2014), for measured spectra).
 """
 from __future__ import annotations
