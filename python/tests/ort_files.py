@@ -42,7 +42,9 @@ def check_schema(header, allowed=("data_source", "reduction", "columns", "data_s
     settings = measurement["instrument_settings"]
     assert {"incident_angle", "wavelength"} <= set(settings)
     wavelength = settings["wavelength"]
-    assert wavelength is None or isinstance(wavelength.get("magnitude"), (int, float)) or {"min", "max"} <= set(wavelength)
+    assert (
+        wavelength is None or isinstance(wavelength.get("magnitude"), (int, float)) or {"min", "max"} <= set(wavelength)
+    )
     assert "name" in header["reduction"]["software"]
     columns = header["columns"]
     assert 2 <= len(columns)

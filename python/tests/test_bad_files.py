@@ -70,8 +70,17 @@ BAD = [
     ("a.ort", ort(columns=COLUMNS.replace("1/angstrom", "1/fathom")), {}, 2, "unit '1/fathom' of q is unknown"),
     ("a.ort", ort(columns=COLUMNS.replace("1/angstrom", "[1]")), {}, 2, "of q is unknown"),
     ("a.ort", ort(columns=COLUMNS.replace("value_is: sigma", "value_is: HWHM")), {}, 2, "give sigma or FWHM"),
-    ("a.ort", ort(columns=COLUMNS.replace("resolution, value_is: sigma", "resolution, value_is: FWHM, distribution: lorentzian")),
-     {}, 2, "has no standard deviation"),
+    (
+        "a.ort",
+        ort(
+            columns=COLUMNS.replace(
+                "resolution, value_is: sigma", "resolution, value_is: FWHM, distribution: lorentzian"
+            )
+        ),
+        {},
+        2,
+        "has no standard deviation",
+    ),
     ("a.ort", ort(columns=COLUMNS.replace("error_of: Qz", "error_of: sR")), {}, 2, "error of an error"),
     ("a.ort", ort(polarization="elliptical"), {}, 2, "polarization 'elliptical' is unknown"),
     ("a.ort", ort().replace("unit: nm", "unit: ell"), {}, 2, "unit 'ell' of a length is unknown"),
@@ -114,8 +123,12 @@ def test_bad_file(tmp_path, name, content, options, line, message):
 def test_files_that_cannot_be_opened(tmp_path):
     (tmp_path / "shut.dat").write_text(TWO)
     (tmp_path / "shut.dat").chmod(0)
-    paths = [(tmp_path / "none.dat", "No such file"), (tmp_path, "is a folder"), ("zero\0.dat", "no name of a file"),
-             ("x" * 5000, "File name too long")]
+    paths = [
+        (tmp_path / "none.dat", "No such file"),
+        (tmp_path, "is a folder"),
+        ("zero\0.dat", "no name of a file"),
+        ("x" * 5000, "File name too long"),
+    ]
     if os.geteuid() != 0:  # root may read everything
         paths.append((tmp_path / "shut.dat", "Permission denied"))
     for path, message in paths:

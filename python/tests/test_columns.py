@@ -17,8 +17,9 @@ def columns(tmp_path):
     def make(text, name="scan.dat", encoding="utf-8", **options):
         path = tmp_path / name
         path.write_bytes(text.encode(encoding))
-        data, = read(path, **options)
+        (data,) = read(path, **options)
         return data
+
     return make
 
 
@@ -66,7 +67,9 @@ def test_the_fourth_column_is_sigma_unless_somebody_says_otherwise(columns):
     assert columns(text).dq == pytest.approx([0.001, 0.002])
     assert columns(text, dq_is="FWHM").dq == pytest.approx(np.array([0.001, 0.002]) / FWHM)
     assert columns(text, dq_is="percent").dq == pytest.approx([0.01 * 0.001 / 100, 0.02 * 0.002 / 100])
-    assert columns("1 2 3 4\n", columns="q[1/nm],-,R,dq").dq == pytest.approx([0.4]), "an error has the unit of its column"
+    assert columns("1 2 3 4\n", columns="q[1/nm],-,R,dq").dq == pytest.approx(
+        [0.4]
+    ), "an error has the unit of its column"
 
 
 def test_angles_need_an_energy_and_counts_get_errors(columns):
@@ -80,9 +83,17 @@ def test_angles_need_an_energy_and_counts_get_errors(columns):
     assert columns("0.2 10000\n0.4 400\n", columns=["theta", "counts"], energy=8048).q == pytest.approx(data.q)
 
 
-@pytest.mark.parametrize("line, energy", [
-    ("# energy = 778.2", 778.2), ("# Energy (eV): 778.2", 778.2), ("energy 0.7782 keV", 778.2), ("# wavelength = 1.54056 Å", 12398.326 / 1.54056),
-    ("# Wavelength [nm]: 0.154056", 12398.326 / 1.54056), ("% lambda=1.54056", 12398.326 / 1.54056)])
+@pytest.mark.parametrize(
+    "line, energy",
+    [
+        ("# energy = 778.2", 778.2),
+        ("# Energy (eV): 778.2", 778.2),
+        ("energy 0.7782 keV", 778.2),
+        ("# wavelength = 1.54056 Å", 12398.326 / 1.54056),
+        ("# Wavelength [nm]: 0.154056", 12398.326 / 1.54056),
+        ("% lambda=1.54056", 12398.326 / 1.54056),
+    ],
+)
 def test_an_energy_in_the_header(columns, line, energy):
     text = f"{line}\n2theta counts\n0.4 10000\n"
     assert columns(text).energy == pytest.approx(energy)

@@ -41,7 +41,8 @@ def test_masked_points_are_counted_and_named_in_one_warning():
     with pytest.warns(DataWarning) as caught:
         data = Data(q, r, dr, name="scan", source="film.dat")
     assert [str(w.message) for w in caught] == [
-        "film.dat: scan: 4 of 10 points masked: 2 not a finite number, 1 with R = 0, 1 with dR = 0"]
+        "film.dat: scan: 4 of 10 points masked: 2 not a finite number, 1 with R = 0, 1 with dR = 0"
+    ]
     assert np.flatnonzero(data.mask).tolist() == [1, 2, 3, 4]
     assert data.x.tolist() == [Q[0], *Q[5:]] and data.n_masked == 4 and len(data) == 10
 
@@ -80,20 +81,41 @@ def test_pickle_keeps_everything():
 
 
 def test_repr_in_one_line():
-    assert repr(Data(Q, R, 0.1 * R, 0.001, energy=8048, polarization="pi", name="scan")) == (
-        "Data(scan: 10 points, q 0.01 to 0.1 1/Å, dR, dq (sigma), 8048 eV, pi)")
+    assert (
+        repr(Data(Q, R, 0.1 * R, 0.001, energy=8048, polarization="pi", name="scan"))
+        == "Data(scan: 10 points, q 0.01 to 0.1 1/Å, dR, dq (sigma), 8048 eV, pi)"
+    )
 
 
-@pytest.mark.parametrize("call", [
-    lambda: Data([], []), lambda: Data(0.1, 0.1), lambda: Data([[0.1]], [[0.1]]), lambda: Data(Q, R[:5]),
-    lambda: Data(Q, R, R[:5]), lambda: Data(Q, R, -R), lambda: Data(Q, R, R, -0.001), lambda: Data(Q, ["a"] * 10),
-    lambda: Data(Q, R, energy=-1), lambda: Data(Q, R, energy="Cu"), lambda: Data(Q, R, energy=[700, 701]),
-    lambda: Data(Q, R, polarization="up"), lambda: Data(Q, R, mask=[1] * 10), lambda: Data(Q, R, mask=[True]),
-    lambda: Data(Q, R * math.nan), lambda: Data(Q, [10**400] * 10), lambda: Data.from_counts(Q, -R),
-    lambda: Data(Q, R).footprint(10, 0.1), lambda: Data(Q, R, energy=700).footprint(0, 0.1),
-    lambda: Data(Q, R, energy=700).footprint(10, 0.1, "round"), lambda: Data(Q, R).background("much"),
-    lambda: Data(Q, R).normalise(0), lambda: Data(Q, R).normalise(math.nan), lambda: Data([0.1, 0.2], [1, 1]).background(),
-])
+@pytest.mark.parametrize(
+    "call",
+    [
+        lambda: Data([], []),
+        lambda: Data(0.1, 0.1),
+        lambda: Data([[0.1]], [[0.1]]),
+        lambda: Data(Q, R[:5]),
+        lambda: Data(Q, R, R[:5]),
+        lambda: Data(Q, R, -R),
+        lambda: Data(Q, R, R, -0.001),
+        lambda: Data(Q, ["a"] * 10),
+        lambda: Data(Q, R, energy=-1),
+        lambda: Data(Q, R, energy="Cu"),
+        lambda: Data(Q, R, energy=[700, 701]),
+        lambda: Data(Q, R, polarization="up"),
+        lambda: Data(Q, R, mask=[1] * 10),
+        lambda: Data(Q, R, mask=[True]),
+        lambda: Data(Q, R * math.nan),
+        lambda: Data(Q, [10**400] * 10),
+        lambda: Data.from_counts(Q, -R),
+        lambda: Data(Q, R).footprint(10, 0.1),
+        lambda: Data(Q, R, energy=700).footprint(0, 0.1),
+        lambda: Data(Q, R, energy=700).footprint(10, 0.1, "round"),
+        lambda: Data(Q, R).background("much"),
+        lambda: Data(Q, R).normalise(0),
+        lambda: Data(Q, R).normalise(math.nan),
+        lambda: Data([0.1, 0.2], [1, 1]).background(),
+    ],
+)
 def test_wrong_input_gives_one_line(call):
     with pytest.raises(DataError) as caught:
         call()
@@ -124,7 +146,9 @@ def test_footprint_of_a_box_is_geometry():
     # 10 mm sample, 0.1 mm beam: full from sin(theta) = 0.01 on, half of the beam hits at sin(theta) = 0.005.
     energy = 8048.0
     k2 = 4 * math.pi / units.wavelength_from_energy(energy)
-    data = Data(k2 * np.array([0.005, 0.01, 0.02]), [0.5, 1.0, 0.1], [0.05, 0.1, 0.01], energy=energy).footprint(10, 0.1)
+    data = Data(k2 * np.array([0.005, 0.01, 0.02]), [0.5, 1.0, 0.1], [0.05, 0.1, 0.01], energy=energy).footprint(
+        10, 0.1
+    )
     assert data.r == pytest.approx([1.0, 1.0, 0.1]) and data.dr == pytest.approx([0.1, 0.1, 0.01])
 
 
@@ -132,14 +156,14 @@ def test_footprint_of_a_gaussian_is_its_integral():
     energy, sine, length, fwhm = 8048.0, 0.004, 10.0, 0.1
     sigma = fwhm / (2 * math.sqrt(2 * math.log(2)))
     y = np.linspace(-length * sine / 2, length * sine / 2, 20001)
-    hit = np.trapz(np.exp(-y**2 / 2 / sigma**2), y) / (sigma * math.sqrt(2 * math.pi))
+    hit = np.trapz(np.exp(-(y**2) / 2 / sigma**2), y) / (sigma * math.sqrt(2 * math.pi))
     data = Data([4 * math.pi / units.wavelength_from_energy(energy) * sine], [1.0], energy=energy)
     assert data.footprint(length, fwhm, "gaussian").r[0] == pytest.approx(1 / hit, rel=1e-7)
 
 
 def test_background_and_scale_are_found():
     q = np.linspace(0.005, 0.5, 200)
-    curve = np.minimum(1, (0.03 / q)**8)
+    curve = np.minimum(1, (0.03 / q) ** 8)
     counts = 5e4 * curve + 12
     counts[20] = 1e6  # a spike above total reflection
     data = Data(q, counts).background().normalise()

@@ -18,7 +18,9 @@ def oscillator(energy, at=780.0, width=4.0, strength=8.0):
 
 
 def test_transform_of_the_core_on_a_whole_spectrum():
-    energy = np.unique(np.concatenate([np.arange(1.0, 700, 2), np.arange(700, 860, 0.25), np.geomspace(860, 60000, 3000)]))
+    energy = np.unique(
+        np.concatenate([np.arange(1.0, 700, 2), np.arange(700, 860, 0.25), np.geomspace(860, 60000, 3000)])
+    )
     n = oscillator(energy)
     transform = _core._kramers_kronig(energy, n.imag)
     near = (energy > 740) & (energy < 820)
@@ -37,9 +39,16 @@ def test_an_oscillator_on_top_of_a_table_adds_its_own_delta():
     assert added == pytest.approx(-oscillator(ENERGY).real, abs=0.012 * np.abs(oscillator(ENERGY).real).max())
 
 
-@pytest.mark.parametrize("formula, low, high, source, tolerance", [
-    ("Si", 3000, 4000, "chantler", 0.003), ("Si", 3000, 4000, "henke", 0.002), ("SiO2", 900, 1500, "chantler", 0.01),
-    ("Ni", 7900, 8800, "chantler", 0.02), ("Co", 700, 900, "chantler", 0.06)])
+@pytest.mark.parametrize(
+    "formula, low, high, source, tolerance",
+    [
+        ("Si", 3000, 4000, "chantler", 0.003),
+        ("Si", 3000, 4000, "henke", 0.002),
+        ("SiO2", 900, 1500, "chantler", 0.01),
+        ("Ni", 7900, 8800, "chantler", 0.02),
+        ("Co", 700, 900, "chantler", 0.06),
+    ],
+)
 def test_absorption_of_a_table_gives_back_its_delta(formula, low, high, source, tolerance):
     energy = np.arange(low, high, 1.0)
     delta, beta = materials.delta_beta(formula, None, energy, source, warn=False)
@@ -89,12 +98,16 @@ def test_a_table_is_saved_with_its_origin(tmp_path):
     found = materials.kramers_kronig(np.column_stack([ENERGY, beta]), "Si", scale=False)
     found.save(tmp_path / "Si.db")
     lines = (tmp_path / "Si.db").read_text().splitlines()
-    assert lines[0].startswith("# Si, 2.33 g/cm3: measured absorption as given, delta by Kramers-Kronig, outside Chantler")
+    assert lines[0].startswith(
+        "# Si, 2.33 g/cm3: measured absorption as given, delta by Kramers-Kronig, outside Chantler"
+    )
     assert np.loadtxt(tmp_path / "Si.db")[:, 1] == pytest.approx(found.delta, rel=1e-9)
     with pytest.raises(MaterialError, match="ends in .db, .m or .ff"):
         found.save(tmp_path / "Si.txt")
     (tmp_path / "beta.txt").write_text("energy beta\n" + "\n".join(f"{e:.10g} {b:.12e}" for e, b in zip(ENERGY, beta)))
-    assert materials.kramers_kronig(tmp_path / "beta.txt", "Si", scale=False).delta == pytest.approx(found.delta, rel=1e-9)
+    assert materials.kramers_kronig(tmp_path / "beta.txt", "Si", scale=False).delta == pytest.approx(
+        found.delta, rel=1e-9
+    )
 
 
 def test_an_unscaled_spectrum_that_misses_the_table_is_warned_about():
@@ -103,12 +116,24 @@ def test_an_unscaled_spectrum_that_misses_the_table_is_warned_about():
         materials.kramers_kronig(np.column_stack([ENERGY, 2 * beta]), "Si", scale=False)
 
 
-@pytest.mark.parametrize("spectrum, message", [
-    ([[700, 1]] * 3, "at least five rows"), (np.ones((9, 3)), "shape"), ("a", "none"), (np.full((9, 2), np.nan), "not finite"),
-    (np.column_stack([np.arange(-4, 5.0), np.ones(9)]), "not positive"), (np.ones((9, 2)), "1 eV twice"),
-    (np.column_stack([np.arange(700, 709.0), np.ones(9)]), "same absorption at both ends"),
-    (np.column_stack([np.geomspace(0.5, 709.0, 9), np.arange(9)]), "does not lie inside|outside the chantler table"),
-    ([["a", "b"]], "shape"), (object(), "shape")])
+@pytest.mark.parametrize(
+    "spectrum, message",
+    [
+        ([[700, 1]] * 3, "at least five rows"),
+        (np.ones((9, 3)), "shape"),
+        ("a", "none"),
+        (np.full((9, 2), np.nan), "not finite"),
+        (np.column_stack([np.arange(-4, 5.0), np.ones(9)]), "not positive"),
+        (np.ones((9, 2)), "1 eV twice"),
+        (np.column_stack([np.arange(700, 709.0), np.ones(9)]), "same absorption at both ends"),
+        (
+            np.column_stack([np.geomspace(0.5, 709.0, 9), np.arange(9)]),
+            "does not lie inside|outside the chantler table",
+        ),
+        ([["a", "b"]], "shape"),
+        (object(), "shape"),
+    ],
+)
 def test_wrong_spectra(spectrum, message):
     if isinstance(spectrum, str):
         with pytest.raises(DataFileError, match="cannot be read"):

@@ -61,7 +61,7 @@ def write(tmp_path, name, text):
 
 
 def test_xrdml(tmp_path, capsys):
-    data, = read(write(tmp_path, "a.xrdml", XRDML))
+    (data,) = read(write(tmp_path, "a.xrdml", XRDML))
     energy = 12398.326 / 1.540598
     assert data.energy == pytest.approx(energy)
     assert data.q == pytest.approx(units.q_from_two_theta([0.2, 0.5, 0.8], energy))
@@ -72,7 +72,7 @@ def test_xrdml(tmp_path, capsys):
 
 
 def test_ras(tmp_path, capsys):
-    data, = read(write(tmp_path, "a.ras", RAS))
+    (data,) = read(write(tmp_path, "a.ras", RAS))
     assert data.energy == pytest.approx(12398.326 / 1.540593)
     assert data.r == pytest.approx([40000, 900, 16]) and data.dr / data.r == pytest.approx(1 / np.sqrt([400, 900, 16]))
     assert capsys.readouterr().out == ""
@@ -80,7 +80,7 @@ def test_ras(tmp_path, capsys):
 
 def test_spec(tmp_path, capsys):
     path = write(tmp_path, "a.spec", SPEC)
-    data, = read(path, energy=8048)
+    (data,) = read(path, energy=8048)
     assert data.q == pytest.approx(units.q_from_two_theta([0.2, 0.5, 0.8], 8048), rel=1e-6)  # the library keeps float32
     assert data.r.tolist() == [400, 900, 16] and data.dr.tolist() == [20, 30, 4] and data.name == "scan 1"
     assert read(path, energy=8048, columns="2theta,counts,-")[0].r.tolist() == [1000] * 3

@@ -14,10 +14,11 @@ from tolvik.materials import factors  # noqa: E402
 from tolvik.materials.constants import ELECTRON_RADIUS, PLANCK_TIMES_LIGHT  # noqa: E402
 
 CU_KA1 = 8048.0
-# f' and f'' at Cu K alpha: International Tables for Crystallography, Vol. C (1992), table 4.2.6.8, with Z and the molar mass
-# and density that the examples of this repository use.
+# f' and f'' at Cu K alpha: International Tables for Crystallography, Vol. C (1992), table 4.2.6.8, with Z and the molar
+# mass and density that the examples of this repository use.
 TABLES_OF_CRYSTALLOGRAPHY = {
-    "Si": ({"Si": (14, 0.2541, 0.3302)}, 28.0855, 2.329), "Ni": ({"Ni": (28, -3.0029, 0.5091)}, 58.6934, 8.908),
+    "Si": ({"Si": (14, 0.2541, 0.3302)}, 28.0855, 2.329),
+    "Ni": ({"Ni": (28, -3.0029, 0.5091)}, 58.6934, 8.908),
     "Mo": ({"Mo": (42, -0.0483, 2.7339)}, 95.95, 10.22),
     "SiO2": ({"Si": (14, 0.2541, 0.3302), "O": (8, 0.0492, 0.0322), "O_": (8, 0.0492, 0.0322)}, 60.0843, 2.20),
 }
@@ -29,7 +30,7 @@ NIST_10_KEV = {"Al": 26.23, "Si": 33.89, "Fe": 170.6, "Cu": 215.9, "Au": 118.1}
 @pytest.mark.parametrize("formula", TABLES_OF_CRYSTALLOGRAPHY)
 def test_constants_at_copper_k_alpha(formula, source):
     atoms, mass, density = TABLES_OF_CRYSTALLOGRAPHY[formula]
-    k = 2.8179403e-5 * (12398.42 / CU_KA1)**2 * density * 0.602214076 / mass / (2 * math.pi)
+    k = 2.8179403e-5 * (12398.42 / CU_KA1) ** 2 * density * 0.602214076 / mass / (2 * math.pi)
     delta, beta = materials.delta_beta(formula, density, CU_KA1, source)
     assert delta == pytest.approx(k * sum(z + f1 for z, f1, _ in atoms.values()), rel=0.006)
     assert beta == pytest.approx(k * sum(f2 for _, _, f2 in atoms.values()), rel=0.06)
@@ -48,7 +49,9 @@ def test_constants_of_nature():
     scipy_constants = pytest.importorskip("scipy.constants")
     value = scipy_constants.physical_constants["classical electron radius"][0]
     assert ELECTRON_RADIUS == pytest.approx(value * 1e10, rel=1e-9)
-    assert PLANCK_TIMES_LIGHT == pytest.approx(scipy_constants.h * scipy_constants.c / scipy_constants.e * 1e10, rel=1e-12)
+    assert PLANCK_TIMES_LIGHT == pytest.approx(
+        scipy_constants.h * scipy_constants.c / scipy_constants.e * 1e10, rel=1e-12
+    )
     assert materials.formula.AVOGADRO == scipy_constants.N_A * 1e-24
 
 
@@ -89,8 +92,19 @@ def test_one_energy_does_not_depend_on_the_others():
 
 
 # Density of a crystal from its unit cell: formula units and lattice constants in Å as in textbooks.
-@pytest.mark.parametrize("formula, units, volume", [("MgO", 4, 4.212**3), ("SrTiO3", 1, 3.905**3), ("NiO", 4, 4.177**3), ("NaCl", 4, 5.640**3),
-                                                    ("LiF", 4, 4.027**3), ("GaAs", 4, 5.6533**3), ("CaF2", 4, 5.463**3), ("Fe3O4", 8, 8.396**3)])
+@pytest.mark.parametrize(
+    "formula, units, volume",
+    [
+        ("MgO", 4, 4.212**3),
+        ("SrTiO3", 1, 3.905**3),
+        ("NiO", 4, 4.177**3),
+        ("NaCl", 4, 5.640**3),
+        ("LiF", 4, 4.027**3),
+        ("GaAs", 4, 5.6533**3),
+        ("CaF2", 4, 5.463**3),
+        ("Fe3O4", 8, 8.396**3),
+    ],
+)
 def test_densities_of_compounds_against_unit_cells(formula, units, volume):
     material = materials.parse(formula)
     assert material.units_per_volume * volume == pytest.approx(units, rel=0.02)
@@ -108,20 +122,33 @@ def test_formulas_and_densities():
 
 
 WRONG = [
-    (lambda: materials.parse("si"), "is 'Si' meant"), (lambda: materials.parse("Xx"), "cannot be read"), (lambda: materials.parse(""), "empty"),
-    (lambda: materials.parse("Si O)2"), "cannot be read"), (lambda: materials.parse("Si" * 200), "too long"), (lambda: materials.parse("1"), "cannot be read"),
-    (lambda: materials.parse("Si:heavy"), "density 'heavy' of Si"), (lambda: materials.parse("Si", -1), "density -1 of Si"),
-    (lambda: materials.parse("Si", math.nan), "density nan"), (lambda: materials.parse("La0.7Sr0.3MnO3"), "as La0.7Sr0.3MnO3:5.2"),
-    (lambda: materials.parse("n:1"), "is 'N' meant"), (lambda: materials.parse(None), "cannot be read"),
-    (lambda: materials.delta_beta("Si", None, -1), "energy -1"), (lambda: materials.delta_beta("Si", None, None), "energy None"),
-    (lambda: materials.delta_beta("Si", None, []), "energy"), (lambda: materials.delta_beta("Si", None, "CuKa"), "energy"),
-    (lambda: materials.delta_beta("Si", None, 5), "outside the henke table of Si, "), (lambda: materials.delta_beta("Si", None, 8000, "nist"), "source 'nist'"),
-    (lambda: materials.delta_beta("Pu", None, 8000), "ends with uranium"), (lambda: materials.delta_beta("Pu", None, 8000, "chantler"), "ends with uranium"),
+    (lambda: materials.parse("si"), "is 'Si' meant"),
+    (lambda: materials.parse("Xx"), "cannot be read"),
+    (lambda: materials.parse(""), "empty"),
+    (lambda: materials.parse("Si O)2"), "cannot be read"),
+    (lambda: materials.parse("Si" * 200), "too long"),
+    (lambda: materials.parse("1"), "cannot be read"),
+    (lambda: materials.parse("Si:heavy"), "density 'heavy' of Si"),
+    (lambda: materials.parse("Si", -1), "density -1 of Si"),
+    (lambda: materials.parse("Si", math.nan), "density nan"),
+    (lambda: materials.parse("La0.7Sr0.3MnO3"), "as La0.7Sr0.3MnO3:5.2"),
+    (lambda: materials.parse("n:1"), "is 'N' meant"),
+    (lambda: materials.parse(None), "cannot be read"),
+    (lambda: materials.delta_beta("Si", None, -1), "energy -1"),
+    (lambda: materials.delta_beta("Si", None, None), "energy None"),
+    (lambda: materials.delta_beta("Si", None, []), "energy"),
+    (lambda: materials.delta_beta("Si", None, "CuKa"), "energy"),
+    (lambda: materials.delta_beta("Si", None, 5), "outside the henke table of Si, "),
+    (lambda: materials.delta_beta("Si", None, 8000, "nist"), "source 'nist'"),
+    (lambda: materials.delta_beta("Pu", None, 8000), "ends with uranium"),
+    (lambda: materials.delta_beta("Pu", None, 8000, "chantler"), "ends with uranium"),
     (lambda: materials.compare("Si", None, 1e9), "outside both tables"),
     (lambda: materials.write_tables("x", "SiO2", None, [700.0], suffixes=[".ff"]), "is no element"),
     (lambda: materials.write_tables("x", "Si", None, [700.0], suffixes=[".e"]), "suffix '.e'"),
-    (lambda: materials.table.grid(800, 700, 1), "are no range"), (lambda: materials.table.grid(700, 800, 0), "are no range"),
-    (lambda: materials.table.grid(700, 800, 1e-9), "are no range"), (lambda: materials.table.grid(math.nan, 800, 1), "are no range"),
+    (lambda: materials.table.grid(800, 700, 1), "are no range"),
+    (lambda: materials.table.grid(700, 800, 0), "are no range"),
+    (lambda: materials.table.grid(700, 800, 1e-9), "are no range"),
+    (lambda: materials.table.grid(math.nan, 800, 1), "are no range"),
 ]
 
 
@@ -137,7 +164,12 @@ def test_wrong_input_gives_one_line(call, message):
 def test_edges():
     # X-ray Data Booklet (2009), table 1-1: Co K 7709, L3 778.1, L2 793.2; Si K 1839 eV.
     found = {str(edge).split(" (")[0]: edge.energy for edge in materials.edges("CoSi:5")}
-    assert found["Co K"] == 7709 and found["Co L3"] == 778.1 and found["Co L2"] == 793.2 and found["Si K"] == pytest.approx(1839, abs=1)
+    assert (
+        found["Co K"] == 7709
+        and found["Co L3"] == 778.1
+        and found["Co L2"] == 793.2
+        and found["Si K"] == pytest.approx(1839, abs=1)
+    )
     assert materials.nearest_edge("Co", 786).name == "L2" and materials.nearest_edge("vacuum", 700) is None
 
 
@@ -166,10 +198,15 @@ def rows_of(path):
 
 def test_written_tables(tmp_path):
     energy = [720.0, 700.0, 710.0, 700.0]
-    paths = materials.write_tables(tmp_path / "Si", "Si", None, energy, source="chantler", suffixes=[".db", ".m", ".ff"])
+    paths = materials.write_tables(
+        tmp_path / "Si", "Si", None, energy, source="chantler", suffixes=[".db", ".m", ".ff"]
+    )
     assert paths == [f"{tmp_path}/Si.db", f"{tmp_path}/Si.m", f"{tmp_path}/Si.ff"]
     heads, db = rows_of(tmp_path / "Si.db")
-    assert heads[0].startswith("# Si, 2.33 g/cm3 (periodictable): Chantler, J. Phys. Chem. Ref. Data 24, 71 (1995)") and "tolvik" in heads[0]
+    assert (
+        heads[0].startswith("# Si, 2.33 g/cm3 (periodictable): Chantler, J. Phys. Chem. Ref. Data 24, 71 (1995)")
+        and "tolvik" in heads[0]
+    )
     assert heads[1] == "# energy (eV), delta, beta" and db[:, 0].tolist() == [700, 710, 720]
     delta, beta = materials.delta_beta("Si", None, [700, 710, 720], "chantler")
     assert db[:, 1] == pytest.approx(delta, rel=1e-9) and db[:, 2] == pytest.approx(beta, rel=1e-9)
@@ -177,7 +214,7 @@ def test_written_tables(tmp_path):
     ff = rows_of(tmp_path / "Si.ff")[1]
     # delta = r_e lambda² n f1 / (2 pi)
     n = 0.602214076 * 2.33 / 28.0855
-    assert ff[:, 1] * 2.8179403e-5 * (12398.42 / ff[:, 0])**2 * n / 2 / math.pi == pytest.approx(delta, rel=1e-5)
+    assert ff[:, 1] * 2.8179403e-5 * (12398.42 / ff[:, 0]) ** 2 * n / 2 / math.pi == pytest.approx(delta, rel=1e-5)
     materials.write_tables(tmp_path / "vacuum", "vacuum", None, [700, 800], suffixes=[".db", ".m"])
     assert not rows_of(tmp_path / "vacuum.db")[1][:, 1:].any()
 
@@ -188,8 +225,12 @@ def test_the_program_reads_the_tables(tmp_path, monkeypatch):
         pytest.skip("tables are not bound yet")
     materials.write_tables(tmp_path / "Si", "Si", None, np.arange(8000, 8101, 10.0))
     materials.write_tables(tmp_path / "vacuum", "vacuum", None, [8000.0, 8100.0])
-    (tmp_path / "a.state").write_text("fileversion = 1\nenergy = 8050\nlayerversion = 3\nlayer = 0\nlayer_db = Si\nlayer = 1\nlayer_db = vacuum\n")
+    (tmp_path / "a.state").write_text(
+        "fileversion = 1\nenergy = 8050\nlayerversion = 3\nlayer = 0\nlayer_db = Si\nlayer = 1\nlayer_db = vacuum\n"
+    )
     state = tolvik.load(tmp_path / "a.state")
     state.load_tables(str(tmp_path))
     state.set_constants()
-    assert (state.layers.layer_delta[0], state.layers.layer_beta[0]) == pytest.approx(materials.delta_beta("Si", None, 8050.0), rel=1e-9)
+    assert (state.layers.layer_delta[0], state.layers.layer_beta[0]) == pytest.approx(
+        materials.delta_beta("Si", None, 8050.0), rel=1e-9
+    )

@@ -9,9 +9,20 @@ from tolvik.formats import read
 
 h5py = pytest.importorskip("h5py")
 FWHM = 2 * math.sqrt(2 * math.log(2))
-INFO = {"data_source": {"measurement": {"instrument_settings": {"wavelength": {"magnitude": 1.5406, "unit": "angstrom"},
-                                                                "polarization": "left"}, "data_files": ["a", "b"]}},
-        "columns": [{"name": "Qz", "unit": "1/nm"}, {"name": "R"}, {"error_of": "R"}, {"error_of": "Qz", "value_is": "FWHM"}]}
+INFO = {
+    "data_source": {
+        "measurement": {
+            "instrument_settings": {"wavelength": {"magnitude": 1.5406, "unit": "angstrom"}, "polarization": "left"},
+            "data_files": ["a", "b"],
+        }
+    },
+    "columns": [
+        {"name": "Qz", "unit": "1/nm"},
+        {"name": "R"},
+        {"error_of": "R"},
+        {"error_of": "Qz", "value_is": "FWHM"},
+    ],
+}
 ARRAYS = {"Qz": [0.1, 0.2], "R": [1.0, 0.5], "R_errors": [0.1, 0.05], "Qz_errors": [0.01, 0.02]}
 
 
@@ -59,13 +70,19 @@ def test_an_hdf5_file_is_known_by_its_content(tmp_path):
     assert len(read(orb(tmp_path / "a.dat"))) == 1
 
 
-@pytest.mark.parametrize("change, message", [
-    ({"names": ()}, "no group of NX_class NXentry"), ({"data_class": "NXnote"}, "no group of NX_class NXentry"),
-    ({"arrays": {"Qz": [0.1]}}, "no array for column 2"), ({"arrays": {**ARRAYS, "R": [1.0]}}, "all need the same number"),
-    ({"arrays": {**ARRAYS, "R": [["a"], ["b"]]}}, "no one-dimensional array of numbers"),
-    ({"arrays": {**ARRAYS, "R_errors": [0.1, -1.0]}}, "dr is -1"), ({"info": {"columns": [1, 2]}}, "column 1 is 1"),
-    ({"info": {"columns": [{"name": "Qz", "unit": "1/ell"}, {"name": "R"}]}}, "unit '1/ell'"),
-])
+@pytest.mark.parametrize(
+    "change, message",
+    [
+        ({"names": ()}, "no group of NX_class NXentry"),
+        ({"data_class": "NXnote"}, "no group of NX_class NXentry"),
+        ({"arrays": {"Qz": [0.1]}}, "no array for column 2"),
+        ({"arrays": {**ARRAYS, "R": [1.0]}}, "all need the same number"),
+        ({"arrays": {**ARRAYS, "R": [["a"], ["b"]]}}, "no one-dimensional array of numbers"),
+        ({"arrays": {**ARRAYS, "R_errors": [0.1, -1.0]}}, "dr is -1"),
+        ({"info": {"columns": [1, 2]}}, "column 1 is 1"),
+        ({"info": {"columns": [{"name": "Qz", "unit": "1/ell"}, {"name": "R"}]}}, "unit '1/ell'"),
+    ],
+)
 def test_wrong_trees(tmp_path, change, message):
     with pytest.raises(DataError, match=message) as caught:
         read(orb(tmp_path / "a.orb", **change))

@@ -15,12 +15,19 @@ def test_left_is_one_i_over_root_two():
     assert np.array([sigma_re + 1j * sigma_im, pi_re + 1j * pi_im]) == pytest.approx(np.array([1, 1j]) / math.sqrt(2))
 
 
-@pytest.mark.parametrize("name, first, second", [
-    ("sigma", (1, 0, 0, 0), (0, 0, 1, 0)), ("pi", (0, 0, 1, 0), (1, 0, 0, 0)), ("left", (C, 0, 0, C), (C, 0, 0, -C)),
-    ("right", (C, 0, 0, -C), (C, 0, 0, C)), ("asymmetry", (C, 0, 0, C), (C, 0, 0, -C)),
-    ("S", (1, 0, 0, 0), (0, 0, 1, 0)), (" Left circular ", (C, 0, 0, C), (C, 0, 0, -C)),
-    (("right", "sigma"), (C, 0, 0, -C), (1, 0, 0, 0)),
-])
+@pytest.mark.parametrize(
+    "name, first, second",
+    [
+        ("sigma", (1, 0, 0, 0), (0, 0, 1, 0)),
+        ("pi", (0, 0, 1, 0), (1, 0, 0, 0)),
+        ("left", (C, 0, 0, C), (C, 0, 0, -C)),
+        ("right", (C, 0, 0, -C), (C, 0, 0, C)),
+        ("asymmetry", (C, 0, 0, C), (C, 0, 0, -C)),
+        ("S", (1, 0, 0, 0), (0, 0, 1, 0)),
+        (" Left circular ", (C, 0, 0, C), (C, 0, 0, -C)),
+        (("right", "sigma"), (C, 0, 0, -C), (1, 0, 0, 0)),
+    ],
+)
 def test_rays_of_names(name, first, second):
     assert polarization.rays(name) == pytest.approx(np.array([first, second]), abs=0)
 
@@ -48,8 +55,24 @@ def test_names_of_rays():
     assert polarization.name_of("asymmetry") == "asymmetry"
 
 
-@pytest.mark.parametrize("wrong", ["up", "", "leftt", ("left",), ("left", "asymmetry"), ("left", "right", "pi"), [1, 0, 0],
-                                   np.zeros((2, 4)), [1, 0, 0, 0, 0, 0, 0, 0], [math.nan] * 8, 3, None, object()])
+@pytest.mark.parametrize(
+    "wrong",
+    [
+        "up",
+        "",
+        "leftt",
+        ("left",),
+        ("left", "asymmetry"),
+        ("left", "right", "pi"),
+        [1, 0, 0],
+        np.zeros((2, 4)),
+        [1, 0, 0, 0, 0, 0, 0, 0],
+        [math.nan] * 8,
+        3,
+        None,
+        object(),
+    ],
+)
 def test_wrong_polarizations_are_named(wrong):
     with pytest.raises(DataError, match="polarization") as caught:
         polarization.rays(wrong)

@@ -17,10 +17,51 @@ from tolvik.formats import read
 
 SETTINGS = settings(max_examples=150, deadline=None, suppress_health_check=[HealthCheck.function_scoped_fixture])
 GOOD = [("a.dat", text.encode()) for text in SAME_FILE.values()] + [
-    ("a.dat", SAME_FILE["tabs"].encode("utf-16")), ("a.ort", ort().encode()),
-    ("a.ort", ort(more="# data_set: b\n# columns: [{name: Qz, unit: 1/nm}, {name: R}]\n0.1 1\n# data_set: c\n" + ROWS).encode())]
-NASTY = [b"", b"\n", b"#", b"# ", b":", b"- ", b"{", b"[", b"]", b"'", b'"', b",", b";", b"\t", b"nan", b"inf", b"-", b"1e999", b"\x00",
-         b"\xff", b"\xfe", b"&a ", b"*a", b"!!", b"|", b">", b"%", b"1/nm", b"null", b"~", b"0", b"data_set:", b"9" * 400, b"\xe2\x84\xab"]
+    ("a.dat", SAME_FILE["tabs"].encode("utf-16")),
+    ("a.ort", ort().encode()),
+    (
+        "a.ort",
+        ort(
+            more="# data_set: b\n# columns: [{name: Qz, unit: 1/nm}, {name: R}]\n0.1 1\n# data_set: c\n" + ROWS
+        ).encode(),
+    ),
+]
+NASTY = [
+    b"",
+    b"\n",
+    b"#",
+    b"# ",
+    b":",
+    b"- ",
+    b"{",
+    b"[",
+    b"]",
+    b"'",
+    b'"',
+    b",",
+    b";",
+    b"\t",
+    b"nan",
+    b"inf",
+    b"-",
+    b"1e999",
+    b"\x00",
+    b"\xff",
+    b"\xfe",
+    b"&a ",
+    b"*a",
+    b"!!",
+    b"|",
+    b">",
+    b"%",
+    b"1/nm",
+    b"null",
+    b"~",
+    b"0",
+    b"data_set:",
+    b"9" * 400,
+    b"\xe2\x84\xab",
+]
 
 
 def check(path, **options):
@@ -31,7 +72,9 @@ def check(path, **options):
         except DataError as error:
             assert "\n" not in str(error) and str(path) in str(error)
             return
-    assert found and all(isinstance(data, Data) and np.all(np.isfinite(data.x)) and np.all(data.y != 0) for data in found)
+    assert found and all(
+        isinstance(data, Data) and np.all(np.isfinite(data.x)) and np.all(data.y != 0) for data in found
+    )
     for data in found:
         assert data.dr is None or np.all(data.y_err > 0)
         assert data.dq is None or np.all(data.x_err >= 0)
@@ -86,5 +129,5 @@ def test_mutated_hdf5(tmp_path, data):
     for _ in range(data.draw(st.integers(1, 5))):
         start = data.draw(st.integers(0, len(content) - 1))
         content = content[:start] + data.draw(st.binary(min_size=1, max_size=8)) + content[start + 1:]
-    (tmp_path / "bad.orb").write_bytes(content[:data.draw(st.integers(1, len(content)))])
+    (tmp_path / "bad.orb").write_bytes(content[: data.draw(st.integers(1, len(content)))])
     check(tmp_path / "bad.orb")

@@ -23,7 +23,8 @@ __all__ = ["CalculationError", "Data", "DataError", "DataFileError", "DataWarnin
            "TablesError", "TolvikError", "__version__", "load", "read", "write_ort"]
 
 # Name -> the module that holds it.
-_HOMES = {"Data": "data", "State": "state", "__version__": "_core", "load": "state", "read": "formats", "write_ort": "formats"}
+_HOMES = {"Data": "data", "State": "state", "__version__": "_core", "load": "state", "read": "formats",
+          "write_ort": "formats"}
 # Modules that are used by their own name: tolvik.materials.delta_beta(...).
 _MODULES = ("materials", "polarization", "resolution")
 

@@ -86,11 +86,16 @@ class Data:
             object.__setattr__(self, name, value)
         object.__setattr__(self, "energy", _energy(self.energy, q.size))
         if np.all(mask):
-            raise DataError(self._label() + f"none of {q.size} points is usable; {_tally(reasons, None) or 'all are masked'}")
+            raise DataError(
+                self._label() + f"none of {q.size} points is usable; {_tally(reasons, None) or 'all are masked'}"
+            )
         new = _tally(reasons, given)
         if new:
-            warnings.warn(f"{self._label()}{int(np.sum(mask & ~given))} of {q.size} points masked: {new}", DataWarning,
-                          stacklevel=3)
+            warnings.warn(
+                f"{self._label()}{int(np.sum(mask & ~given))} of {q.size} points masked: {new}",
+                DataWarning,
+                stacklevel=3,
+            )
 
     def __len__(self) -> int:
         return int(self.q.size)
@@ -128,7 +133,7 @@ class Data:
 
     @property
     def x_err(self) -> Optional[Array]:
-        """Full width at half maximum of the resolution of the points in use, 1/Å, shape (m,), or None. `dq` is sigma."""
+        """Full width at half maximum of the resolution of the points in use, 1/Å, shape (m,); `dq` is sigma."""
         return None if self.dq is None else resolution.from_sigma(self.dq[~self.mask], "fwhm")
 
     @property
@@ -146,8 +151,9 @@ class Data:
         return dataclasses.replace(self, **changes)
 
     @classmethod
-    def from_counts(cls, q: npt.ArrayLike, counts: npt.ArrayLike, dq: Optional[npt.ArrayLike] = None,
-                    **others: Any) -> Data:
+    def from_counts(
+        cls, q: npt.ArrayLike, counts: npt.ArrayLike, dq: Optional[npt.ArrayLike] = None, **others: Any
+    ) -> Data:
         """Data from counts of a detector, with the errors of counting: dr = sqrt(counts).
 
         Parameters
@@ -167,10 +173,19 @@ class Data:
         return cls(q, counts, reduction.poisson_errors(counts), dq, **others)  # type: ignore[arg-type]
 
     @classmethod
-    def from_two_theta(cls, two_theta: npt.ArrayLike, r: npt.ArrayLike, dr: Optional[npt.ArrayLike] = None,
-                       dq: Optional[npt.ArrayLike] = None, *, energy: float, **others: Any) -> Data:
+    def from_two_theta(
+        cls,
+        two_theta: npt.ArrayLike,
+        r: npt.ArrayLike,
+        dr: Optional[npt.ArrayLike] = None,
+        dq: Optional[npt.ArrayLike] = None,
+        *,
+        energy: float,
+        **others: Any,
+    ) -> Data:
         """Data over the scattering angle in degrees at a photon energy in eV; dq is sigma in 1/Å."""
-        return cls(units.q_from_two_theta(two_theta, energy), r, dr, dq, energy=energy, **others)  # type: ignore[arg-type]
+        q = units.q_from_two_theta(two_theta, energy)
+        return cls(q, r, dr, dq, energy=energy, **others)  # type: ignore[arg-type]
 
     def footprint(self, length: float, beam: float, profile: str = "box") -> Data:
         """Corrected for the part of the beam that misses a short sample; see `tolvik.reduction.footprint_factor`."""
@@ -252,7 +267,9 @@ def _mask(mask: Any, size: int) -> Mask:
         return np.zeros(size, dtype=np.bool_)
     given = np.asarray(mask)
     if given.dtype != np.bool_ or given.shape != (size,):
-        raise DataError(f"mask has shape {given.shape} and type {given.dtype}; give {size} bools, True where a point is left out")
+        raise DataError(
+            f"mask has shape {given.shape} and type {given.dtype}; give {size} bools, True where a point is left out"
+        )
     return given
 
 
@@ -271,8 +288,9 @@ def _energy(energy: Any, size: int) -> Union[float, Array, None]:
     return values
 
 
-def _reasons_to_mask(q: Array, r: Array, dr: Optional[Array], dq: Optional[Array], *,
-                     zero_is_empty: bool) -> list[Tuple[str, Mask]]:
+def _reasons_to_mask(
+    q: Array, r: Array, dr: Optional[Array], dq: Optional[Array], *, zero_is_empty: bool
+) -> list[Tuple[str, Mask]]:
     finite = np.isfinite(q) & np.isfinite(r)
     for values in (dr, dq):
         if values is not None:

@@ -20,8 +20,12 @@ Array = npt.NDArray[np.float64]
 Polarization = Union[str, Sequence[str], npt.ArrayLike]
 
 _C = math.sqrt(0.5)
-_RAYS = {"sigma": (1.0, 0.0, 0.0, 0.0), "pi": (0.0, 0.0, 1.0, 0.0), "left": (_C, 0.0, 0.0, _C),
-         "right": (_C, 0.0, 0.0, -_C)}
+_RAYS = {
+    "sigma": (1.0, 0.0, 0.0, 0.0),
+    "pi": (0.0, 0.0, 1.0, 0.0),
+    "left": (_C, 0.0, 0.0, _C),
+    "right": (_C, 0.0, 0.0, -_C),
+}
 _PARTNER = {"sigma": "pi", "pi": "sigma", "left": "right", "right": "left"}
 _ALIASES = {
     "sigma": ("s", "σ", "vertical", "te"),
@@ -56,8 +60,9 @@ def canonical(name: str) -> str:
     """
     found = _CANONICAL.get(str(name).strip().lower().replace("-circular", " circular"))
     if found is None:
-        raise DataError(f"polarization {name!r} is unknown; give sigma, pi, left, right, asymmetry or the eight numbers "
-                        f"of two rays")
+        raise DataError(
+            f"polarization {name!r} is unknown; give sigma, pi, left, right, asymmetry or the eight numbers of two rays"
+        )
     return found
 
 
@@ -87,7 +92,9 @@ def rays(polarization: Polarization) -> Array:
     if isinstance(polarization, (tuple, list)) and polarization and all(isinstance(p, str) for p in polarization):
         names = [canonical(str(p)) for p in polarization]
         if len(names) != 2 or "asymmetry" in names:
-            raise DataError(f"polarization {tuple(polarization)!r} is not a pair of rays; give two of sigma, pi, left, right")
+            raise DataError(
+                f"polarization {tuple(polarization)!r} is not a pair of rays; give two of sigma, pi, left, right"
+            )
         return np.array([_RAYS[name] for name in names])
     try:
         values = np.array(polarization, dtype=np.float64)

@@ -48,12 +48,16 @@ def poisson_errors(counts: npt.ArrayLike) -> Array:
     """
     values = np.asarray(counts, dtype=np.float64)
     if np.any(values < 0):
-        raise DataError(f"counts are {float(values[values < 0].flat[0]):g} at index {int(np.flatnonzero(values < 0)[0])}; "
-                        f"errors of counting need the counts before the background is subtracted")
+        raise DataError(
+            f"counts are {float(values[values < 0].flat[0]):g} at index {int(np.flatnonzero(values < 0)[0])}; "
+            "errors of counting need the counts before the background is subtracted"
+        )
     return np.asarray(np.sqrt(values))
 
 
-def footprint_factor(q: npt.ArrayLike, energy: npt.ArrayLike, length: float, beam: float, profile: str = "box") -> Array:
+def footprint_factor(
+    q: npt.ArrayLike, energy: npt.ArrayLike, length: float, beam: float, profile: str = "box"
+) -> Array:
     """Part of the beam that hits the sample at each q; the measured intensity is R times this factor.
 
     Parameters
@@ -87,7 +91,9 @@ def footprint_factor(q: npt.ArrayLike, energy: npt.ArrayLike, length: float, bea
     if profile == "box":
         return np.asarray(np.minimum(1.0, ratio))
     if profile == "gaussian":
-        return np.array([math.erf(math.sqrt(math.log(2)) * value) for value in np.atleast_1d(ratio)]).reshape(ratio.shape)
+        return np.array([math.erf(math.sqrt(math.log(2)) * value) for value in np.atleast_1d(ratio)]).reshape(
+            ratio.shape
+        )
     raise DataError(f"profile {profile!r} of the beam is unknown; give 'box' or 'gaussian'")
 
 

@@ -64,18 +64,22 @@ def sigma_per_width(kind: str = "sigma", distribution: str = "gaussian") -> floa
     name = kind.strip().lower()
     shape = distribution.strip().lower()
     if name not in KINDS:
-        raise DataError(f"width of kind {kind!r} is unknown; give one of {', '.join(KINDS)} (sigma = FWHM / 2.3548 for "
-                        f"a gaussian)")
+        raise DataError(
+            f"width of kind {kind!r} is unknown; give one of {', '.join(KINDS)} (sigma = FWHM / 2.3548 for a gaussian)"
+        )
     if shape not in FWHM_PER_SIGMA:
         reason = "has no standard deviation" if shape.startswith("lorentz") else "is unknown"
-        raise DataError(f"distribution {distribution!r} {reason}; sigma = FWHM / 2.3548 (gaussian), FWHM / 2.4495 "
-                        f"(triangular) or FWHM / 3.4641 (uniform): give sigma with dq_is='sigma'")
+        raise DataError(
+            f"distribution {distribution!r} {reason}; sigma = FWHM / 2.3548 (gaussian), FWHM / 2.4495 "
+            "(triangular) or FWHM / 3.4641 (uniform): give sigma with dq_is='sigma'"
+        )
     factor = {"half": 0.5, "percent": 0.01, "percent_fwhm": 0.01}.get(name, 1.0)
     return factor / FWHM_PER_SIGMA[shape] if name.endswith("fwhm") else factor
 
 
-def to_sigma(width: npt.ArrayLike, kind: str = "sigma", *, distribution: str = "gaussian",
-             q: Optional[npt.ArrayLike] = None) -> Array:
+def to_sigma(
+    width: npt.ArrayLike, kind: str = "sigma", *, distribution: str = "gaussian", q: Optional[npt.ArrayLike] = None
+) -> Array:
     """Sigma of widths that are given by another convention.
 
     Parameters
@@ -101,15 +105,18 @@ def to_sigma(width: npt.ArrayLike, kind: str = "sigma", *, distribution: str = "
     factor = sigma_per_width(kind, distribution)
     wrong = (values < 0) | np.isinf(values)
     if np.any(wrong):
-        raise DataError(f"width {float(values[wrong].flat[0]):g} at index {int(np.flatnonzero(wrong)[0])} is not a finite "
-                        f"number of at least 0 ({_FORMULAS[kind.strip().lower()]})")
+        raise DataError(
+            f"width {float(values[wrong].flat[0]):g} at index {int(np.flatnonzero(wrong)[0])} is not a finite "
+            f"number of at least 0 ({_FORMULAS[kind.strip().lower()]})"
+        )
     if kind.strip().lower().startswith("percent"):
         return np.asarray(values * factor * np.abs(_needed_q(q)))
     return np.asarray(values * factor)
 
 
-def from_sigma(dq: npt.ArrayLike, kind: str, *, distribution: str = "gaussian",
-               q: Optional[npt.ArrayLike] = None) -> Array:
+def from_sigma(
+    dq: npt.ArrayLike, kind: str, *, distribution: str = "gaussian", q: Optional[npt.ArrayLike] = None
+) -> Array:
     """Widths by another convention from sigma; the inverse of `to_sigma`.
 
     Parameters

@@ -16,15 +16,53 @@ Array = npt.NDArray[np.float64]
 #: Planck's constant times the speed of light, eV Å, as the program uses it to turn a wavelength into an energy.
 ENERGY_TIMES_LAMBDA = 12398.326
 
-_LENGTH_NAMES = {"angstrom": 1.0, "angstroms": 1.0, "ang": 1.0, "å": 1.0, "a": 1.0, "aa": 1.0, "nm": 10.0,
-                 "nanometer": 10.0, "pm": 0.01, "um": 1e4, "µm": 1e4, "mm": 1e7, "cm": 1e8, "m": 1e10}
-_ANGLES = {"deg": 1.0, "degree": 1.0, "degrees": 1.0, "°": 1.0, "rad": 180 / math.pi, "radian": 180 / math.pi,
-           "radians": 180 / math.pi, "mrad": 0.18 / math.pi}
+_LENGTH_NAMES = {
+    "angstrom": 1.0,
+    "angstroms": 1.0,
+    "ang": 1.0,
+    "å": 1.0,
+    "a": 1.0,
+    "aa": 1.0,
+    "nm": 10.0,
+    "nanometer": 10.0,
+    "pm": 0.01,
+    "um": 1e4,
+    "µm": 1e4,
+    "mm": 1e7,
+    "cm": 1e8,
+    "m": 1e10,
+}
+_ANGLES = {
+    "deg": 1.0,
+    "degree": 1.0,
+    "degrees": 1.0,
+    "°": 1.0,
+    "rad": 180 / math.pi,
+    "radian": 180 / math.pi,
+    "radians": 180 / math.pi,
+    "mrad": 0.18 / math.pi,
+}
 _ENERGIES = {"ev": 1.0, "kev": 1e3, "mev": 1e-3, "j": 1 / 1.602176634e-19}
-_NUMBERS = {"": 1.0, "1": 1.0, "none": 1.0, "null": 1.0, "dimensionless": 1.0, "a.u.": 1.0, "au": 1.0, "arb. u.": 1.0,
-            "counts": 1.0, "cps": 1.0, "%": 0.01, "percent": 0.01}
+_NUMBERS = {
+    "": 1.0,
+    "1": 1.0,
+    "none": 1.0,
+    "null": 1.0,
+    "dimensionless": 1.0,
+    "a.u.": 1.0,
+    "au": 1.0,
+    "arb. u.": 1.0,
+    "counts": 1.0,
+    "cps": 1.0,
+    "%": 0.01,
+    "percent": 0.01,
+}
 _SUPERSCRIPTS = str.maketrans("⁻¹−", "-1-")
-_INVERSE = (re.compile(r"^1\s*/\s*(.+)$"), re.compile(r"^(.+?)\s*(?:\*\*|\^)?\s*\(?-1\)?$"), re.compile(r"^inv(?:erse)?[ _]?(.+)$"))
+_INVERSE = (
+    re.compile(r"^1\s*/\s*(.+)$"),
+    re.compile(r"^(.+?)\s*(?:\*\*|\^)?\s*\(?-1\)?$"),
+    re.compile(r"^inv(?:erse)?[ _]?(.+)$"),
+)
 
 
 def q_factor(unit: str) -> float:

@@ -20,10 +20,12 @@ _COMMENT = re.compile(r"^\s*(#|%|;|!|//|\*|')")
 _NUMBER = re.compile(r"[+-]?(?:\d+\.?\d*|\.\d+)(?:[eEdD][+-]?\d{1,5})?|[+-]?(?:nan|inf(?:inity)?)", re.IGNORECASE)
 _DECIMAL_COMMA = re.compile(r"^[+-]?\d*,\d+(?:[eEdD][+-]?\d+)?$")
 _DEFAULT_NAMES = ("q", "R", "dR", "dq")
-_LARGEST_USUAL_Q = 2.0   # 1/Å; 2 theta in degrees is soon above
+_LARGEST_USUAL_Q = 2.0  # 1/Å; 2 theta in degrees is soon above
 _LARGEST_USUAL_R = 10.0  # a reflectivity that is only roughly normalised
-_SETTING = re.compile(r"\b(energy|wavelength|lambda)\b\s*(?:[\[(]\s*([^\])]*)[\])])?\s*[:=]?\s*([-+.\d]+(?:e[-+]?\d+)?)\s*([a-zA-ZåÅ]*)",
-                      re.IGNORECASE)
+_SETTING = re.compile(
+    r"\b(energy|wavelength|lambda)\b\s*(?:[\[(]\s*([^\])]*)[\])])?\s*[:=]?\s*([-+.\d]+(?:e[-+]?\d+)?)\s*([a-zA-ZåÅ]*)",
+    re.IGNORECASE,
+)
 
 
 def read(path: str, content: bytes, options: "ReadOptions") -> list[Data]:
@@ -34,9 +36,15 @@ def read(path: str, content: bytes, options: "ReadOptions") -> list[Data]:
     table = _numbers(path, rows, separator, decimal_comma)
     named = options.columns or _names_in_header(header, separator, table.shape[1])
     if named is None and table.shape[1] > len(_DEFAULT_NAMES):
-        source.fail(path, rows[0][0], f"has {table.shape[1]} columns without names; give columns= as 'q,R,dR,dq', with '-' "
-                                      f"for a column to be skipped")
-    names = named or _DEFAULT_NAMES[:table.shape[1]]
+        source.fail(
+            path,
+            rows[0][0],
+            (
+                f"has {table.shape[1]} columns without names; give columns= as 'q,R,dR,dq', with '-' "
+                "for a column to be skipped"
+            ),
+        )
+    names = named or _DEFAULT_NAMES[: table.shape[1]]
     if len(names) != table.shape[1]:
         source.fail(path, rows[0][0], f"has {table.shape[1]} columns, but {len(names)} names: {', '.join(names)}")
     columns = [quantities.parse(name) for name in names]
@@ -103,15 +111,27 @@ def _separator(path: str, rows: list[tuple[int, str]]) -> tuple[Optional[str], b
     if any("." in text for text in texts):
         with_comma = next(number for number, text in rows if "," in text)
         if not all("," in text for text in texts):
-            source.fail(path, with_comma, f"{dict(rows)[with_comma][:40]!r} has commas where other lines have none; write "
-                                          f"numbers with a decimal point")
+            source.fail(
+                path,
+                with_comma,
+                (
+                    f"{dict(rows)[with_comma][:40]!r} has commas where other lines have none; write "
+                    "numbers with a decimal point"
+                ),
+            )
         return ",", False
     fields = texts[0].split()
     if len(fields) >= 2 and any(_DECIMAL_COMMA.match(field) for field in fields):
         return None, True
     if re.search(r"(^|,)\s*[+-]?0\d", texts[0]):
-        source.fail(path, rows[0][0], f"{texts[0]!r}: decimal commas and commas between columns cannot be told apart; "
-                                      f"separate the columns by ';'")
+        source.fail(
+            path,
+            rows[0][0],
+            (
+                f"{texts[0]!r}: decimal commas and commas between columns cannot be told apart; "
+                "separate the columns by ';'"
+            ),
+        )
     return ",", False
 
 
@@ -122,7 +142,11 @@ def _numbers(path: str, rows: list[tuple[int, str]], separator: Optional[str], d
         if separator and fields[-1] == "":
             fields.pop()
         if table and len(fields) != len(table[0]):
-            source.fail(path, number, f"has {len(fields)} columns, the lines before have {len(table[0])}; mend or delete the line")
+            source.fail(
+                path,
+                number,
+                f"has {len(fields)} columns, the lines before have {len(table[0])}; mend or delete the line",
+            )
         table.append([_number(path, number, field, decimal_comma) for field in fields])
     if len(table[0]) < 2:
         source.fail(path, rows[0][0], "has one column; give q and R")
@@ -135,7 +159,9 @@ def _number(path: str, line: int, field: str, decimal_comma: bool) -> float:
     plain = field.replace(",", ".") if decimal_comma else field
     if not _NUMBER.fullmatch(plain):
         source.fail(path, line, f"{field[:40]!r} is no number; mend the line or begin it with # to make it a comment")
-    return float(plain.replace("d", "e").replace("D", "e")) if plain[-1:].isdigit() or plain[-1:] == "." else float(plain)
+    return (
+        float(plain.replace("d", "e").replace("D", "e")) if plain[-1:].isdigit() or plain[-1:] == "." else float(plain)
+    )
 
 
 def _names_in_header(header: list[str], separator: Optional[str], count: int) -> Optional[tuple[str, ...]]:
@@ -166,8 +192,17 @@ def _doubt(path: str, table: Array) -> None:
         largest_q = float(np.nanmax(np.abs(table[:, 0]), initial=0.0))
         largest_r = float(np.nanmax(np.abs(table[:, 1]), initial=0.0))
     if largest_q > _LARGEST_USUAL_Q:
-        warnings.warn(f"{path}: column 1 reaches {largest_q:g} and is taken as q in 1/Å; for angles give "
-                      f"columns='2theta,...' and energy", DataWarning, stacklevel=5)
+        warnings.warn(
+            (
+                f"{path}: column 1 reaches {largest_q:g} and is taken as q in 1/Å; for angles give "
+                "columns='2theta,...' and energy"
+            ),
+            DataWarning,
+            stacklevel=5,
+        )
     if largest_r > _LARGEST_USUAL_R:
-        warnings.warn(f"{path}: column 2 reaches {largest_r:g} and is taken as R; for counts give columns='q,counts'",
-                      DataWarning, stacklevel=5)
+        warnings.warn(
+            f"{path}: column 2 reaches {largest_r:g} and is taken as R; for counts give columns='q,counts'",
+            DataWarning,
+            stacklevel=5,
+        )

@@ -18,7 +18,9 @@ from .quantities import Array, Column
 if TYPE_CHECKING:
     from .reader import ReadOptions
 
-_RAS_WAVELENGTH = re.compile(r'^\*(?:HW_XG_WAVE_LENGTH_ALPHA1|MEAS_COND_XG_WAVE_LENGTH_ALPHA1)\s+"?([\d.]+)', re.MULTILINE)
+_RAS_WAVELENGTH = re.compile(
+    r'^\*(?:HW_XG_WAVE_LENGTH_ALPHA1|MEAS_COND_XG_WAVE_LENGTH_ALPHA1)\s+"?([\d.]+)', re.MULTILINE
+)
 _XRDML_WAVELENGTH = re.compile(r"<kAlpha1[^>]*>\s*([\d.]+)\s*</kAlpha1>")
 _SPEC_ANGLES = ("2theta", "tth", "twotheta", "two theta", "del", "delta", "tt", "2th")
 _SPEC_COUNTS = ("detector", "det", "counts", "apd", "scint", "signal", "diode")
@@ -29,8 +31,14 @@ def read(path: str, content: bytes, options: "ReadOptions") -> list[Data]:
     try:
         import xrayutilities
     except ImportError:
-        source.fail(path, None, f".{options.format} files are read through xrayutilities, which is not installed; install "
-                                f"python3-xrayutilities or export columns of text")
+        source.fail(
+            path,
+            None,
+            (
+                f".{options.format} files are read through xrayutilities, which is not installed; install "
+                "python3-xrayutilities or export columns of text"
+            ),
+        )
     reader = {"xrdml": _xrdml, "ras": _ras, "spec": _spec}[options.format]
     noise = io.StringIO()
     try:
@@ -40,14 +48,29 @@ def read(path: str, content: bytes, options: "ReadOptions") -> list[Data]:
     except TolvikError:
         raise
     except Exception as error:  # a damaged file may raise any exception of the library
-        source.fail(path, None, f"is no readable .{options.format} file: {source.one_line(error) or type(error).__name__}; "
-                                f"export it anew or as columns of text")
+        source.fail(
+            path,
+            None,
+            (
+                f"is no readable .{options.format} file: {source.one_line(error) or type(error).__name__}; "
+                "export it anew or as columns of text"
+            ),
+        )
     found = []
     for name, columns, table, energy in scans:
         if table.shape[0] == 0:
             raise DataError(f"{path}: {name} has no points")
-        found.append(quantities.assemble(columns, table, energy=options.energy or energy, dq_is=options.dq_is, source=path,
-                                         name=name, metadata={"scan": name}))
+        found.append(
+            quantities.assemble(
+                columns,
+                table,
+                energy=options.energy or energy,
+                dq_is=options.dq_is,
+                source=path,
+                name=name,
+                metadata={"scan": name},
+            )
+        )
     return found
 
 
@@ -66,8 +89,13 @@ def _xrdml(library: Any, path: str, content: bytes, options: "ReadOptions") -> l
         attenuation = np.broadcast_to(np.atleast_2d(factors) if factors.size else 1.0, rate.shape)
         counts = rate * seconds / attenuation
         # The error is that of the photons that were counted, not of the rate without attenuator.
-        table = np.column_stack([np.broadcast_to(angle, rate.shape).ravel(), rate.ravel(),
-                                 (np.sqrt(np.maximum(counts, 0)) * attenuation / seconds).ravel()])
+        table = np.column_stack(
+            [
+                np.broadcast_to(angle, rate.shape).ravel(),
+                rate.ravel(),
+                (np.sqrt(np.maximum(counts, 0)) * attenuation / seconds).ravel(),
+            ]
+        )
         scans.append((f"scan {number}", [Column("2theta"), Column("R"), Column("dR")], table, energy))
     return scans
 
@@ -100,7 +128,7 @@ def _spec(library: Any, path: str, content: bytes, options: "ReadOptions") -> li
             columns = [Column("2theta"), Column("counts")]
         else:
             columns = [quantities.parse(name) for name in options.columns]
-            picked = labels[:len(columns)]
+            picked = labels[: len(columns)]
             if len(columns) > len(labels):
                 raise DataError(f"{path}: scan {scan.nr} has columns {', '.join(labels)}; name at most {len(labels)}")
         table = np.column_stack([np.asarray(scan.data[label], dtype=np.float64) for label in picked])
@@ -114,5 +142,7 @@ def _pick(path: str, labels: Sequence[str], wanted: Sequence[str]) -> str:
     for label in labels:
         if label.strip().lower() in wanted:
             return label
-    raise DataError(f"{path}: none of the columns {', '.join(labels)} is called {wanted[0]}; name them all in order with "
-                    f"columns=, as '2theta,-,counts'")
+    raise DataError(
+        f"{path}: none of the columns {', '.join(labels)} is called {wanted[0]}; name them all in order with "
+        "columns=, as '2theta,-,counts'"
+    )

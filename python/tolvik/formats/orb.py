@@ -38,7 +38,9 @@ def read(path: str, content: bytes, options: "ReadOptions") -> list[Data]:
         message = str(error)
         source.fail(path, None, message.removeprefix(f"{path}: "))
     except Exception as error:  # h5py reports damage as OSError, RuntimeError, KeyError, ValueError and others
-        source.fail(path, None, f"is no readable HDF5 file: {source.one_line(error) or type(error).__name__}; write it anew")
+        source.fail(
+            path, None, f"is no readable HDF5 file: {source.one_line(error) or type(error).__name__}; write it anew"
+        )
     if not found:
         source.fail(path, None, "holds no group of NX_class NXentry with a group data; it is no .orb file")
     return found
@@ -56,7 +58,9 @@ def _entry(path: str, name: str, group: Any, options: "ReadOptions") -> Data:
     columns = orso_header.columns(header)
     arrays = [_array(name, data, entry, index, len(listed)) for index, entry in enumerate(listed)]
     if len({array.size for array in arrays}) != 1:
-        raise DataError(f"{name}: columns of {sorted({array.size for array in arrays})} points; all need the same number")
+        raise DataError(
+            f"{name}: columns of {sorted({array.size for array in arrays})} points; all need the same number"
+        )
     try:
         return orso_header.data_set(header, columns, np.column_stack(arrays), path, options)
     except DataError as error:
@@ -108,7 +112,9 @@ def _array(entry_name: str, data: Any, entry: Any, index: int, count: int) -> An
     if key is None:
         order = _order(data)
         if len(order) != count:
-            raise DataError(f"{entry_name}: no array for column {index + 1} ({', '.join(names)}) among {', '.join(order)}")
+            raise DataError(
+                f"{entry_name}: no array for column {index + 1} ({', '.join(names)}) among {', '.join(order)}"
+            )
         key = order[index]
     array = np.asarray(data[key][()])
     if array.dtype.kind not in "fiu" or array.ndim != 1:

@@ -57,7 +57,9 @@ def columns(header: Mapping[str, Any], version: tuple[int, ...] = (1, 2)) -> lis
     """
     listed = header.get("columns")
     if not isinstance(listed, list) or not listed:
-        raise DataError("header has no list columns:; write '# columns:' and '# - {name: Qz, unit: 1/angstrom}' and so on")
+        raise DataError(
+            "header has no list columns:; write '# columns:' and '# - {name: Qz, unit: 1/angstrom}' and so on"
+        )
     return [_column(entry, number) for number, entry in enumerate(listed, 1)]
 
 
@@ -92,7 +94,9 @@ def _width_kind(entry: Mapping[str, Any], number: int) -> str:
     says = entry.get("value_is")
     kind = _KINDS.get(str("sigma" if says is None else says).strip().lower())
     if kind is None:
-        raise DataError(f"column {number} has value_is: {says!r}; give sigma or FWHM (sigma = FWHM / 2.3548 for a gaussian)")
+        raise DataError(
+            f"column {number} has value_is: {says!r}; give sigma or FWHM (sigma = FWHM / 2.3548 for a gaussian)"
+        )
     return kind
 
 
@@ -113,8 +117,16 @@ def data_set(header: Mapping[str, Any], listed: list[Column], table: Array, path
     name = "" if name is None else str(name)
     settings = _settings(header)
     energy = options.energy if options.energy is not None else _energy(settings)
-    return quantities.assemble(columns, table, energy=energy, dq_is=options.dq_is, source=path, name=name,
-                               polarization=_polarization_of(header, settings, path, name), metadata=header)
+    return quantities.assemble(
+        columns,
+        table,
+        energy=energy,
+        dq_is=options.dq_is,
+        source=path,
+        name=name,
+        polarization=_polarization_of(header, settings, path, name),
+        metadata=header,
+    )
 
 
 def _with_sigma(table: Array, index: int, column: Column) -> Array:
@@ -149,11 +161,19 @@ def _energy(settings: Mapping[str, Any]) -> Optional[float]:
 
 def _polarization_of(header: Mapping[str, Any], settings: Mapping[str, Any], path: str, name: str) -> Optional[str]:
     says = settings.get("polarization")
+    if any(isinstance(entry, dict) and entry.get("physical_quantity") == "asymmetry" for entry in header["columns"]):
+        return "asymmetry"
     if says is None or str(says).strip().lower() in ("unpolarized", "unpolarised", "none"):
         return None
     text = str(says).strip().lower()
     if text in _polarization.NEUTRON_NAMES:
-        warnings.warn(f"{path}: {name + ': ' if name else ''}polarization {text} is one of neutrons and is left out; set "
-                      f"polarization to sigma, pi, left or right for X-rays", DataWarning, stacklevel=6)
+        warnings.warn(
+            (
+                f"{path}: {name + ': ' if name else ''}polarization {text} is one of neutrons and is left out; set "
+                "polarization to sigma, pi, left or right for X-rays"
+            ),
+            DataWarning,
+            stacklevel=6,
+        )
         return None
     return _polarization.canonical(text)

@@ -29,10 +29,14 @@ class _Dumper(yaml.SafeDumper):
 _Loader.yaml_implicit_resolvers = {}
 _Dumper.yaml_implicit_resolvers = {  # times are written as they are read, without quotes
     first: [(tag, pattern) for tag, pattern in resolvers if not tag.endswith(":timestamp")]
-    for first, resolvers in yaml.SafeDumper.yaml_implicit_resolvers.items()}
+    for first, resolvers in yaml.SafeDumper.yaml_implicit_resolvers.items()
+}
 for _characters, _tag, _pattern in (
-        ("~nN", "null", re.compile(r"^(?:~|null|Null|NULL)$")), ("tTfF", "bool", re.compile(r"^(?:true|True|TRUE|false|False|FALSE)$")),
-        ("-+0123456789", "int", _INTEGER), ("-+.0123456789", "float", _FLOAT)):
+    ("~nN", "null", re.compile(r"^(?:~|null|Null|NULL)$")),
+    ("tTfF", "bool", re.compile(r"^(?:true|True|TRUE|false|False|FALSE)$")),
+    ("-+0123456789", "int", _INTEGER),
+    ("-+.0123456789", "float", _FLOAT),
+):
     _Loader.add_implicit_resolver("tag:yaml.org,2002:" + _tag, _pattern, list(_characters))
 _Loader.yaml_implicit_resolvers.setdefault("", []).append(("tag:yaml.org,2002:null", re.compile(r"^$")))
 # YAML 1.1 reads 0123 as octal and 1:30 as sexagesimal; a header means the decimal number.
@@ -70,7 +74,9 @@ def load(path: str, lines: list[tuple[int, str]]) -> dict[str, Any]:
     except yaml.YAMLError as error:
         source.fail(path, lines[0][0], f"header is not YAML: {source.one_line(error)}; mend it")
     except (ValueError, RecursionError, TypeError, OverflowError) as error:
-        source.fail(path, lines[0][0], f"header cannot be read: {source.one_line(error) or type(error).__name__}; mend it")
+        source.fail(
+            path, lines[0][0], f"header cannot be read: {source.one_line(error) or type(error).__name__}; mend it"
+        )
     if not isinstance(loaded, dict):
         source.fail(path, lines[0][0], "header is no mapping 'key: value'; it needs at least columns:")
     return {str(key): value for key, value in loaded.items()}

@@ -20,7 +20,9 @@ from . import orso_header, orso_yaml, source
 if TYPE_CHECKING:
     from .reader import ReadOptions
 
-_FIRST_LINE = re.compile(r"^#\s*#?\s*ORSO reflectivity data file\s*\|\s*([\d.]+)\s+standard\s*\|\s*YAML encoding", re.IGNORECASE)
+_FIRST_LINE = re.compile(
+    r"^#\s*#?\s*ORSO reflectivity data file\s*\|\s*([\d.]+)\s+standard\s*\|\s*YAML encoding", re.IGNORECASE
+)
 _NEXT = re.compile(r"^#\s?data_set\s*:")
 _KEY = re.compile(r"^#\s?(data_source|reduction|columns)\s*:")
 
@@ -61,8 +63,14 @@ def read(path: str, content: bytes, options: "ReadOptions") -> list[Data]:
 def _version(path: str, lines: list[str]) -> tuple[int, ...]:
     match = _FIRST_LINE.match(lines[0].lstrip("\ufeff"))
     if not match:
-        source.fail(path, 1, f"{lines[0][:60]!r} is not the first line of an ORSO file ('# # ORSO reflectivity data file | "
-                             f"1.0 standard | YAML encoding | ...'); plain columns read with format='columns'")
+        source.fail(
+            path,
+            1,
+            (
+                f"{lines[0][:60]!r} is not the first line of an ORSO file ('# # ORSO reflectivity data file | "
+                "1.0 standard | YAML encoding | ...'); plain columns read with format='columns'"
+            ),
+        )
     parts = match.group(1).strip(".").split(".")
     version = tuple(int(part[:6]) for part in parts if part)
     if not version or version[0] > 1:
@@ -80,7 +88,9 @@ def _blocks(path: str, lines: list[str]) -> list[_Block]:
             elif not block.rows:
                 block.header.append((number, _uncommented(line)))
             elif _KEY.match(line):
-                source.fail(path, number, f"{line[:40]!r} after data: the header of a data set begins with '# data_set: NAME'")
+                source.fail(
+                    path, number, f"{line[:40]!r} after data: the header of a data set begins with '# data_set: NAME'"
+                )
         elif line.strip():
             block.rows.append((number, line.strip()))
     if not blocks[0].header:

@@ -21,7 +21,9 @@ from . import orso_header, orso_yaml, source
 _FIRST_LINE = "# # ORSO reflectivity data file | 1.1 standard | YAML encoding | https://www.reflectometry.org/"
 
 
-def write_ort(path: source.Path, data: Union[Data, Sequence[Data]], model: Union[str, Mapping[str, Any], None] = None) -> None:
+def write_ort(
+    path: source.Path, data: Union[Data, Sequence[Data]], model: Union[str, Mapping[str, Any], None] = None
+) -> None:
     """Writes data sets as an .ort file; later headers carry the differences to the first one only.
 
     Metadata of a data set in the terms of the standard is kept; the columns, the wavelength and the polarisation are
@@ -54,7 +56,10 @@ def write_ort(path: source.Path, data: Union[Data, Sequence[Data]], model: Union
         own = header if first is None else {"data_set": name, **_difference(first, header)}
         first = header if first is None else first
         lines += orso_yaml.dump(own) + ["# # " + " ".join(f"{label:<22}" for label, _ in _table(one)).rstrip()]
-        lines += [" ".join(f"{value:<22.16e}" for value in row).rstrip() for row in zip(*(column for _, column in _table(one)))]
+        lines += [
+            " ".join(f"{value:<22.16e}" for value in row).rstrip()
+            for row in zip(*(column for _, column in _table(one)))
+        ]
     write_text(path, "\n".join(lines) + "\n")
 
 
@@ -88,7 +93,9 @@ def write_text(path: source.Path, text: str) -> None:
         if aside is not None and os.path.exists(aside):
             os.unlink(aside)
         reason = getattr(error, "strerror", None) or source.one_line(error)
-        raise DataFileError(f"{name}: cannot be written: {reason}; see that the folder exists, is writable and has room") from None
+        raise DataFileError(
+            f"{name}: cannot be written: {reason}; see that the folder exists, is writable and has room"
+        ) from None
 
 
 def _umask() -> int:
@@ -115,8 +122,9 @@ def _table(one: Data) -> list[tuple[str, Any]]:
 
 
 def _header(one: Data, name: str, model: Union[str, Mapping[str, Any], None]) -> dict[str, Any]:
-    given = orso_header.merge(_skeleton(name), {key: value for key, value in one.metadata.items()
-                                               if key in ("data_source", "reduction")})
+    given = orso_header.merge(
+        _skeleton(name), {key: value for key, value in one.metadata.items() if key in ("data_source", "reduction")}
+    )
     header: dict[str, Any] = {"data_source": given["data_source"], "reduction": given["reduction"], "data_set": name}
     settings = _settings_of(given)
     if isinstance(one.energy, float):
@@ -126,11 +134,13 @@ def _header(one: Data, name: str, model: Union[str, Mapping[str, Any], None]) ->
         settings["polarization"] = says
     if model is not None:
         header["data_source"]["sample"]["model"] = {"stack": model} if isinstance(model, str) else dict(model)
-    columns = [{"name": "Qz", "unit": "1/angstrom", "physical_quantity": "wavevector transfer"},
-               {"name": "R", "physical_quantity": "asymmetry" if says == "asymmetry" else "reflectivity"},
-               {"error_of": "R", "error_type": "uncertainty", "value_is": "sigma"},
-               {"error_of": "Qz", "error_type": "resolution", "value_is": "sigma"}]
-    header["columns"] = columns[:len(_table(one))]
+    columns = [
+        {"name": "Qz", "unit": "1/angstrom", "physical_quantity": "wavevector transfer"},
+        {"name": "R", "physical_quantity": "asymmetry" if says == "asymmetry" else "reflectivity"},
+        {"error_of": "R", "error_type": "uncertainty", "value_is": "sigma"},
+        {"error_of": "Qz", "error_type": "resolution", "value_is": "sigma"},
+    ]
+    header["columns"] = columns[: len(_table(one))]
     return header
 
 
@@ -142,12 +152,15 @@ def _settings_of(given: Mapping[str, Any]) -> dict[str, Any]:
 def _skeleton(name: str) -> dict[str, Any]:
     """The keys that the schema requires; null means that a value is not known."""
     now = datetime.datetime.now().replace(microsecond=0).isoformat()
-    return {"data_source": {
-                "owner": {"name": None, "affiliation": None},
-                "experiment": {"title": None, "instrument": None, "start_date": None, "probe": "x-ray"},
-                "sample": {"name": name},
-                "measurement": {"instrument_settings": {"incident_angle": None, "wavelength": None}, "data_files": []}},
-            "reduction": {"software": {"name": "Tolvik"}, "timestamp": now}}
+    return {
+        "data_source": {
+            "owner": {"name": None, "affiliation": None},
+            "experiment": {"title": None, "instrument": None, "start_date": None, "probe": "x-ray"},
+            "sample": {"name": name},
+            "measurement": {"instrument_settings": {"incident_angle": None, "wavelength": None}, "data_files": []},
+        },
+        "reduction": {"software": {"name": "Tolvik"}, "timestamp": now},
+    }
 
 
 def _difference(first: Mapping[str, Any], own: Mapping[str, Any]) -> dict[str, Any]:

@@ -21,8 +21,29 @@ _ALIASES = {
     "theta": ("theta", "th", "θ", "omega", "angle", "incidence", "incident angle"),
     "R": ("r", "refl", "reflectivity", "reflectance", "rqz", "r(q)", "r(qz)", "intensity", "int", "i", "y"),
     "counts": ("counts", "count", "cts", "detector", "n"),
-    "dR": ("dr", "sr", "r_err", "err", "error", "error r", "sigma_r", "sigma r", "sigmar", "r_sigma", "delta r", "e", "ye",
-           "drefl", "dreflectivity", "uncertainty", "di", "dy", "errors", "dcounts", "s_r"),
+    "dR": (
+        "dr",
+        "sr",
+        "r_err",
+        "err",
+        "error",
+        "error r",
+        "sigma_r",
+        "sigma r",
+        "sigmar",
+        "r_sigma",
+        "delta r",
+        "e",
+        "ye",
+        "drefl",
+        "dreflectivity",
+        "uncertainty",
+        "di",
+        "dy",
+        "errors",
+        "dcounts",
+        "s_r",
+    ),
     "dq": ("dq", "dqz", "sq", "sqz", "q_err", "sigma_q", "sigma q", "sigmaq", "delta q", "res", "resolution", "s_qz"),
     "d2theta": ("d2theta", "d2th", "dtth", "dtwotheta"),
     "-": ("-", "_", "skip"),
@@ -83,8 +104,17 @@ def energy_of(key: str, value: float, unit: str) -> float:
     return units.energy_from_wavelength(value * units.length_factor(unit or "angstrom"))
 
 
-def assemble(columns: Sequence[Column], table: Array, *, energy: Optional[float], dq_is: Optional[str], source: str,
-             name: str = "", polarization: Any = None, metadata: Optional[Mapping[str, Any]] = None) -> Data:
+def assemble(
+    columns: Sequence[Column],
+    table: Array,
+    *,
+    energy: Optional[float],
+    dq_is: Optional[str],
+    source: str,
+    name: str = "",
+    polarization: Any = None,
+    metadata: Optional[Mapping[str, Any]] = None,
+) -> Data:
     """The data set of a table.
 
     Parameters
@@ -132,8 +162,17 @@ def assemble(columns: Sequence[Column], table: Array, *, energy: Optional[float]
         errors = reduction.poisson_errors(r) if errors is None else errors
     else:
         r = found["R"][1]
-    return Data(q, r, errors, _dq(found, q, energy), energy=energy, polarization=polarization, name=name, source=source,
-                metadata=dict(metadata or {}))
+    return Data(
+        q,
+        r,
+        errors,
+        _dq(found, q, energy),
+        energy=energy,
+        polarization=polarization,
+        name=name,
+        source=source,
+        metadata=dict(metadata or {}),
+    )
 
 
 def _unit_of(columns: Sequence[Column], width: str) -> str:

@@ -13,9 +13,23 @@ from ..resolution import KINDS
 from . import source
 
 #: Suffix of a file -> format; each format is a module here with a function ``read(path, content, options)``.
-SUFFIXES = {".ort": "ort", ".orb": "orb", ".h5": "orb", ".nxs": "orb", ".xrdml": "xrdml", ".ras": "ras", ".spec": "spec",
-            ".dat": "columns", ".txt": "columns", ".csv": "columns", ".refl": "columns", ".xy": "columns",
-            ".xye": "columns", ".asc": "columns", ".tsv": "columns"}
+SUFFIXES = {
+    ".ort": "ort",
+    ".orb": "orb",
+    ".h5": "orb",
+    ".nxs": "orb",
+    ".xrdml": "xrdml",
+    ".ras": "ras",
+    ".spec": "spec",
+    ".dat": "columns",
+    ".txt": "columns",
+    ".csv": "columns",
+    ".refl": "columns",
+    ".xy": "columns",
+    ".xye": "columns",
+    ".asc": "columns",
+    ".tsv": "columns",
+}
 _MODULES = {"ort": "ort", "orb": "orb", "columns": "columns", "xrdml": "lab", "ras": "lab", "spec": "lab"}
 _ORT_MARK = "ORSO reflectivity data file"
 _HDF5_MARK = b"\x89HDF\r\n\x1a\n"
@@ -31,8 +45,14 @@ class ReadOptions:
     energy: Optional[float] = None
 
 
-def read(path: source.Path, format: Optional[str] = None, dq_is: Optional[str] = None, *,
-         columns: Union[str, Sequence[str], None] = None, energy: Optional[float] = None) -> list[Data]:
+def read(
+    path: source.Path,
+    format: Optional[str] = None,
+    dq_is: Optional[str] = None,
+    *,
+    columns: Union[str, Sequence[str], None] = None,
+    energy: Optional[float] = None,
+) -> list[Data]:
     """Reads all data sets of a file.
 
     Parameters

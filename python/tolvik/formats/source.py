@@ -14,8 +14,13 @@ Path = Union[str, "os.PathLike[str]"]
 #: No curve is this long; larger files are refused before they fill the memory.
 LARGEST_FILE = 256 * 1024 * 1024
 
-_MARKS = ((codecs.BOM_UTF8, "utf-8-sig"), (codecs.BOM_UTF32_LE, "utf-32"), (codecs.BOM_UTF32_BE, "utf-32"),
-          (codecs.BOM_UTF16_LE, "utf-16"), (codecs.BOM_UTF16_BE, "utf-16"))
+_MARKS = (
+    (codecs.BOM_UTF8, "utf-8-sig"),
+    (codecs.BOM_UTF32_LE, "utf-32"),
+    (codecs.BOM_UTF32_BE, "utf-32"),
+    (codecs.BOM_UTF16_LE, "utf-16"),
+    (codecs.BOM_UTF16_BE, "utf-16"),
+)
 
 
 def fail(path: Path, line: Optional[int], message: str) -> NoReturn:
@@ -55,7 +60,9 @@ def read_bytes(path: Path) -> bytes:
         if isinstance(error, DataFileError):
             raise
         reason = error.strerror or one_line(error)
-        raise DataFileError(f"{os.fspath(path)}: cannot be read: {reason}; see that the name and the rights are right") from None
+        raise DataFileError(
+            f"{os.fspath(path)}: cannot be read: {reason}; see that the name and the rights are right"
+        ) from None
     if not content.strip():
         fail(path, None, "is empty; give a file with columns of q and R")
     return content

@@ -11,5 +11,17 @@ from .formula import Material, parse
 from .measured import dichroism, kramers_kronig
 from .table import OpticalTable, write_tables
 
-__all__ = ["Comparison", "Edge", "Material", "OpticalTable", "compare", "delta_beta", "dichroism", "edges",
-           "kramers_kronig", "nearest_edge", "parse", "write_tables"]
+__all__ = [
+    "Comparison",
+    "Edge",
+    "Material",
+    "OpticalTable",
+    "compare",
+    "delta_beta",
+    "dichroism",
+    "edges",
+    "kramers_kronig",
+    "nearest_edge",
+    "parse",
+    "write_tables",
+]

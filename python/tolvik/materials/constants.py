@@ -27,20 +27,27 @@ ELECTRON_RADIUS = 2.8179403262e-5  # Å, CODATA 2018
 PLANCK_TIMES_LIGHT = 12398.419843320026  # eV Å, exact since 2019
 
 
-def as_energies(energy: npt.ArrayLike) -> Array:
+def as_energies(energy: Optional[npt.ArrayLike]) -> Array:
     """Energies as an array (n,) or (), positive and finite, or a MaterialError."""
     try:
-        values = np.asarray(energy, dtype=np.float64)
+        values = np.asarray(energy, dtype=np.float64)  # of None it makes NaN
     except (TypeError, ValueError):
         values = np.empty((0, 0))
     if values.ndim > 1 or values.size == 0 or not np.all((values > 0) & np.isfinite(values)):
-        raise MaterialError(f"energy {np.array2string(np.asarray(energy), threshold=6)} is no positive number or list of them; "
-                            f"give eV")
+        raise MaterialError(
+            f"energy {np.array2string(np.asarray(energy), threshold=6)} is no positive number or list of them; give eV"
+        )
     return values
 
 
-def delta_beta(formula: Union[str, Material], density: Optional[float] = None, energy: npt.ArrayLike = None,  # type: ignore[assignment]
-               source: str = "henke", *, warn: bool = True) -> tuple[Any, Any]:
+def delta_beta(
+    formula: Union[str, Material],
+    density: Optional[float] = None,
+    energy: Optional[npt.ArrayLike] = None,
+    source: str = "henke",
+    *,
+    warn: bool = True,
+) -> tuple[Any, Any]:
     """Optical constants of a material.
 
     Parameters
@@ -64,7 +71,7 @@ def delta_beta(formula: Union[str, Material], density: Optional[float] = None, e
     Raises
     ------
     MaterialError
-        If formula, density or energy cannot be used, or an energy lies outside the tables: the message says their range.
+        If formula, density or energy cannot be used, or an energy lies outside the tables; it says their range.
 
     Warns
     -----
@@ -78,8 +85,10 @@ def delta_beta(formula: Union[str, Material], density: Optional[float] = None, e
     low, high = range_of(material, source)
     outside = flat[(flat < low) | (flat > high)]
     if outside.size:
-        raise MaterialError(f"energy {outside[0]:g} eV is outside the {source} table of {material.formula}, {low:g} to "
-                            f"{high:g} eV; use another source or a measured table")
+        raise MaterialError(
+            f"energy {outside[0]:g} eV is outside the {source} table of {material.formula}, {low:g} to "
+            f"{high:g} eV; use another source or a measured table"
+        )
     f1, f2 = np.zeros_like(flat), np.zeros_like(flat)
     for symbol, count in material.atoms.items():
         one, two = factors.interpolate(symbol, source, flat)
@@ -94,7 +103,7 @@ def delta_beta(formula: Union[str, Material], density: Optional[float] = None, e
 
 def scale_of(material: Material, energy: Array) -> Array:
     """delta of one electron per formula unit: r_e lambda² n / (2 pi), shape (n,)."""
-    return np.asarray(ELECTRON_RADIUS * (PLANCK_TIMES_LIGHT / energy)**2 * material.units_per_volume / (2 * np.pi))
+    return np.asarray(ELECTRON_RADIUS * (PLANCK_TIMES_LIGHT / energy) ** 2 * material.units_per_volume / (2 * np.pi))
 
 
 def range_of(formula: Union[str, Material], source: str = "henke") -> tuple[float, float]:
@@ -140,18 +149,25 @@ class Comparison:
 
     def __str__(self) -> str:
         lines = [f"{self.material.formula}, {self.material.density:g} g/cm3 ({self.material.density_source})"]
-        lines += [f"{source}: {low:g} to {high:g} eV, {factors.CITATIONS[source]}" for source, (low, high) in self.ranges.items()]
+        lines += [
+            f"{source}: {low:g} to {high:g} eV, {factors.CITATIONS[source]}"
+            for source, (low, high) in self.ranges.items()
+        ]
         lines.append(f"{'energy/eV':>10} {'source':<9} {'delta':>12} {'beta':>12}  nearest edge")
         for i, energy in enumerate(self.energy):
             edge = self.nearest[i]
             place = f"{edge}, {self.distance[i]:.4g} eV away" if edge else "none"
             for source in self.ranges:
-                lines.append(f"{energy:>10.6g} {source:<9} {self.delta[source][i]:>12.5e} {self.beta[source][i]:>12.5e}  {place}")
+                lines.append(
+                    f"{energy:>10.6g} {source:<9} {self.delta[source][i]:>12.5e} {self.beta[source][i]:>12.5e}  {place}"
+                )
             lines.append(f"{'':>10} {'spread':<9} {self.spread('delta')[i]:>12.2%} {self.spread('beta')[i]:>12.2%}")
         return "\n".join(lines)
 
 
-def compare(formula: Union[str, Material], density: Optional[float] = None, energy: npt.ArrayLike = None) -> Comparison:  # type: ignore[assignment]
+def compare(
+    formula: Union[str, Material], density: Optional[float] = None, energy: Optional[npt.ArrayLike] = None
+) -> Comparison:
     """Both tables side by side, with their ranges, the nearest edges and the spread.
 
     Parameters
@@ -181,12 +197,22 @@ def compare(formula: Union[str, Material], density: Optional[float] = None, ener
         inside = (energies >= low) & (energies <= high)
         delta[source], beta[source] = np.full(energies.shape, np.nan), np.full(energies.shape, np.nan)
         if np.any(inside):
-            delta[source][inside], beta[source][inside] = delta_beta(material, None, energies[inside], source, warn=False)
+            delta[source][inside], beta[source][inside] = delta_beta(
+                material, None, energies[inside], source, warn=False
+            )
         if not np.all(inside):
-            warnings.warn(f"{material.formula}: {np.count_nonzero(~inside)} of {energies.size} energies outside the {source} "
-                          f"table, {low:g} to {high:g} eV", MaterialWarning, stacklevel=2)
+            warnings.warn(
+                (
+                    f"{material.formula}: {np.count_nonzero(~inside)} of {energies.size} energies outside the {source} "
+                    f"table, {low:g} to {high:g} eV"
+                ),
+                MaterialWarning,
+                stacklevel=2,
+            )
     lost = np.all([np.isnan(column) for column in delta.values()], axis=0)
     if np.any(lost):
-        raise MaterialError(f"energy {energies[lost][0]:g} eV is outside both tables of {material.formula}; use a measured table")
+        raise MaterialError(
+            f"energy {energies[lost][0]:g} eV is outside both tables of {material.formula}; use a measured table"
+        )
     warn_near_edges(material, energies)
     return Comparison(material, energies, delta, beta, ranges, [nearest_edge(material, float(e)) for e in energies])

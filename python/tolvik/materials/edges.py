@@ -40,8 +40,12 @@ def _edges_of(symbol: str) -> tuple[Edge, ...]:
     if _LAST_OF_ELAM < library("periodictable").elements.symbol(symbol).number:
         return ()
     found = xraydb.xray_edges(symbol)
-    return tuple(sorted((Edge(symbol, name, float(edge.energy)) for name, edge in found.items()
-                         if edge.energy >= _LOWEST_EDGE), key=lambda edge: edge.energy))
+    return tuple(
+        sorted(
+            (Edge(symbol, name, float(edge.energy)) for name, edge in found.items() if edge.energy >= _LOWEST_EDGE),
+            key=lambda edge: edge.energy,
+        )
+    )
 
 
 def edges(formula: Union[str, Material], density: Optional[float] = None) -> list[Edge]:
@@ -77,5 +81,11 @@ def warn_near_edges(material: Material, energy: Array) -> None:
         return
     distance, edge = near[0]
     more = f" and {len(near) - 1} more" if len(near) > 1 else ""
-    warnings.warn(f"{material.formula}: {distance:.3g} eV from the edge {edge}{more}: tables of free atoms do not hold within "
-                  f"{NEAR_EDGE:g} eV of an edge; use a measured table", MaterialWarning, stacklevel=3)
+    warnings.warn(
+        (
+            f"{material.formula}: {distance:.3g} eV from the edge {edge}{more}: tables of free atoms do not hold within"
+            f" {NEAR_EDGE:g} eV of an edge; use a measured table"
+        ),
+        MaterialWarning,
+        stacklevel=3,
+    )

@@ -16,8 +16,10 @@ _LAST_OF_CHANTLER = 92
 #: Energies of the rows, eV, f1 (electrons, the number Z at high energy) and f2.
 Factors = tuple[Array, Array, Array]
 
-CITATIONS = {"henke": "Henke, Gullikson and Davis, At. Data Nucl. Data Tables 54, 181 (1993), by periodictable",
-             "chantler": "Chantler, J. Phys. Chem. Ref. Data 24, 71 (1995) and 29, 597 (2000), by xraydb"}
+CITATIONS = {
+    "henke": "Henke, Gullikson and Davis, At. Data Nucl. Data Tables 54, 181 (1993), by periodictable",
+    "chantler": "Chantler, J. Phys. Chem. Ref. Data 24, 71 (1995) and 29, 597 (2000), by xraydb",
+}
 
 
 def check_source(source: str) -> str:
@@ -62,8 +64,10 @@ def interpolate(symbol: str, source: str, energy: Array) -> tuple[Array, Array]:
     at, f1, f2 = rows(symbol, source)
     x, known = np.log(energy), np.log(at)
     inside = (energy >= at[0]) & (energy <= at[-1])
-    return (np.where(inside, np.interp(x, known, f1), np.nan),
-            np.where(inside, np.exp(np.interp(x, known, np.log(f2))), np.nan))
+    return (
+        np.where(inside, np.interp(x, known, f1), np.nan),
+        np.where(inside, np.exp(np.interp(x, known, np.log(f2))), np.nan),
+    )
 
 
 def _henke(symbol: str) -> Factors:

@@ -21,11 +21,44 @@ _SYMBOLS = re.compile(r"[A-Z][a-z]?")
 # Densities of compounds at room temperature, g/cm³: CRC Handbook of Chemistry and Physics, 97th ed. (2016), section 4,
 # "Physical Constants of Inorganic Compounds". Films are often a few percent less dense: give the density you know.
 _COMPOUNDS = {
-    "Al2O3": 3.99, "AlN": 3.255, "B4C": 2.50, "BN": 2.18, "BaTiO3": 6.02, "CaF2": 3.18, "CoO": 6.44, "Co3O4": 6.11,
-    "Cr2O3": 5.22, "CuO": 6.31, "Cu2O": 6.0, "Fe2O3": 5.25, "Fe3O4": 5.17, "FeO": 6.0, "GaAs": 5.3176, "GaN": 6.1,
-    "H2O": 0.997, "HfO2": 9.68, "InP": 4.81, "La2O3": 6.51, "LiF": 2.640, "MgO": 3.6, "MnO": 5.37, "MoO3": 4.70,
-    "NaCl": 2.17, "NiO": 6.72, "Si3N4": 3.17, "SiC": 3.16, "SiO2": 2.196, "SrTiO3": 5.1, "Ta2O5": 8.24, "TiN": 5.21,
-    "TiO2": 4.17, "WC": 15.6, "WO3": 7.2, "Y2O3": 5.03, "ZnO": 5.6, "ZrO2": 5.68,
+    "Al2O3": 3.99,
+    "AlN": 3.255,
+    "B4C": 2.50,
+    "BN": 2.18,
+    "BaTiO3": 6.02,
+    "CaF2": 3.18,
+    "CoO": 6.44,
+    "Co3O4": 6.11,
+    "Cr2O3": 5.22,
+    "CuO": 6.31,
+    "Cu2O": 6.0,
+    "Fe2O3": 5.25,
+    "Fe3O4": 5.17,
+    "FeO": 6.0,
+    "GaAs": 5.3176,
+    "GaN": 6.1,
+    "H2O": 0.997,
+    "HfO2": 9.68,
+    "InP": 4.81,
+    "La2O3": 6.51,
+    "LiF": 2.640,
+    "MgO": 3.6,
+    "MnO": 5.37,
+    "MoO3": 4.70,
+    "NaCl": 2.17,
+    "NiO": 6.72,
+    "Si3N4": 3.17,
+    "SiC": 3.16,
+    "SiO2": 2.196,
+    "SrTiO3": 5.1,
+    "Ta2O5": 8.24,
+    "TiN": 5.21,
+    "TiO2": 4.17,
+    "WC": 15.6,
+    "WO3": 7.2,
+    "Y2O3": 5.03,
+    "ZnO": 5.6,
+    "ZrO2": 5.68,
 }
 _COMPOUND_SOURCE = "CRC Handbook of Chemistry and Physics, 97th ed."
 
@@ -113,7 +146,9 @@ def _positive(value: Any, formula: str) -> float:
     except (TypeError, ValueError):
         number = math.nan
     if not 0 < number < 100:
-        raise MaterialError(f"density {value!r} of {formula} is no number between 0 and 100; give g/cm³, as {formula}:8.9")
+        raise MaterialError(
+            f"density {value!r} of {formula} is no number between 0 and 100; give g/cm³, as {formula}:8.9"
+        )
     return number
 
 
@@ -141,3 +176,14 @@ def _remedy(text: str) -> str:
     if text[:1].islower() and _SYMBOLS.match(text.capitalize()) and text.capitalize() != text:
         return f"symbols begin with a capital: is {text.capitalize()!r} meant?"
     return "write it as SiO2, Co:8.9 or La0.7Sr0.3MnO3"
+
+
+def known_densities() -> list[tuple[str, float, str]]:
+    """(formula, g/cm³, source) of every formula whose density need not be given: elements, then compounds."""
+    source = "periodictable"
+    elements = [
+        (element.symbol, float(element.density), source)
+        for element in library(source).elements
+        if element.number and element.density
+    ]
+    return elements + [(name, density, _COMPOUND_SOURCE) for name, density in sorted(_COMPOUNDS.items())]

@@ -23,8 +23,10 @@ def library(name: str) -> Any:
         try:
             module = importlib.import_module(name)
         except ImportError:
-            raise MaterialError(f"tables of materials need {name}, which is not installed; install {_PACKAGES[name]} or give "
-                                f"delta and beta") from None
+            raise MaterialError(
+                f"tables of materials need {name}, which is not installed; install {_PACKAGES[name]} or give "
+                "delta and beta"
+            ) from None
         # Each makes its parser or opens its data base at the first call.
         first_call: Callable[[], Any] = module.get_xraydb if name == "xraydb" else lambda: module.formula("H2O").mass
         first_call()

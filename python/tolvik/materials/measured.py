@@ -26,16 +26,22 @@ from .table import OpticalTable
 Array = npt.NDArray[np.float64]
 Spectrum = Union[str, "os.PathLike[str]", npt.ArrayLike]
 
-_FINE_STEP = 0.5        # eV between rows around the measured range; the transform takes nearby rows as triangles
-_FINE_MARGIN = 100.0    # eV beyond the measured range with rows as fine as that
-_COARSE_RATIO = 0.01    # distance of neighbouring rows over their distance from the measured range
-_END_WINDOW = 0.1       # part of the measured range at each end whose level is scaled to the tables
+_FINE_STEP = 0.5  # eV between rows around the measured range; the transform takes nearby rows as triangles
+_FINE_MARGIN = 100.0  # eV beyond the measured range with rows as fine as that
+_COARSE_RATIO = 0.01  # distance of neighbouring rows over their distance from the measured range
+_END_WINDOW = 0.1  # part of the measured range at each end whose level is scaled to the tables
 _ANCHOR_DISTANCE = 30.0  # eV from any edge where the tables of delta hold
 _LARGEST_MISMATCH = 0.1
 
 
-def kramers_kronig(beta_table: Spectrum, formula: Union[str, Material], density: Optional[float] = None, *,
-                   source: str = "chantler", scale: bool = True) -> OpticalTable:
+def kramers_kronig(
+    beta_table: Spectrum,
+    formula: Union[str, Material],
+    density: Optional[float] = None,
+    *,
+    source: str = "chantler",
+    scale: bool = True,
+) -> OpticalTable:
     """delta and beta of a measured absorption spectrum.
 
     Parameters
@@ -78,12 +84,25 @@ def kramers_kronig(beta_table: Spectrum, formula: Union[str, Material], density:
         _warn_of_steps(material, source, energy, beta)
     delta = _delta(material, source, energy, beta)
     says = "scaled at both ends" if scale else "as given"
-    return OpticalTable(energy, delta, beta, f"{material.formula}, {material.density:g} g/cm3: measured absorption {says}, delta by "
-                                             f"Kramers-Kronig, outside {factors.CITATIONS[source]}")
+    return OpticalTable(
+        energy,
+        delta,
+        beta,
+        (
+            f"{material.formula}, {material.density:g} g/cm3: measured absorption {says}, delta by "
+            f"Kramers-Kronig, outside {factors.CITATIONS[source]}"
+        ),
+    )
 
 
-def dichroism(spectrum: Spectrum, formula: Union[str, Material], density: Optional[float] = None, *,
-              source: str = "chantler", scale: bool = True) -> tuple[OpticalTable, OpticalTable]:
+def dichroism(
+    spectrum: Spectrum,
+    formula: Union[str, Material],
+    density: Optional[float] = None,
+    *,
+    source: str = "chantler",
+    scale: bool = True,
+) -> tuple[OpticalTable, OpticalTable]:
     """The .db and the .m table of a spectrum in both helicities.
 
     Parameters
@@ -112,13 +131,20 @@ def dichroism(spectrum: Spectrum, formula: Union[str, Material], density: Option
     betam = (right - left) / 2
     if scale:
         betam = _fit_ends(material, source, energy, mean)[1] * betam / energy
-    return constants, OpticalTable(energy, _delta_of_difference(energy, betam), betam,
-                                   f"{material.formula}, {material.density:g} g/cm3: measured dichroism, deltam by Kramers-Kronig")
+    return constants, OpticalTable(
+        energy,
+        _delta_of_difference(energy, betam),
+        betam,
+        f"{material.formula}, {material.density:g} g/cm3: measured dichroism, deltam by Kramers-Kronig",
+    )
 
 
 def _spectrum(table: Spectrum, count: int) -> tuple[Array, list[Array]]:
     """Energies in ascending order and `count` columns of values."""
-    wanted = f"a table of {count + 1} columns: energy in eV and {'absorption' if count == 1 else 'absorption of left and right'}"
+    wanted = (
+        f"a table of {count + 1} columns: energy in eV and"
+        f" {'absorption' if count == 1 else 'absorption of left and right'}"
+    )
     if isinstance(table, (str, os.PathLike)):
         from ..formats.columns import read_table
 
@@ -131,7 +157,9 @@ def _spectrum(table: Spectrum, count: int) -> tuple[Array, list[Array]]:
     if values.ndim != 2 or values.shape[1] != count + 1 or values.shape[0] < 5:
         raise MaterialError(f"{place}spectrum has shape {values.shape}; give {wanted}, at least five rows")
     if not np.all(np.isfinite(values)) or not np.all(values[:, 0] > 0):
-        raise MaterialError(f"{place}spectrum holds a number that is not finite, or an energy that is not positive; give {wanted}")
+        raise MaterialError(
+            f"{place}spectrum holds a number that is not finite, or an energy that is not positive; give {wanted}"
+        )
     values = values[np.argsort(values[:, 0], kind="stable")]
     twice = np.flatnonzero(np.diff(values[:, 0]) <= 0)
     if twice.size:
@@ -146,8 +174,10 @@ def _fit_ends(material: Material, source: str, energy: Array, mu: Array) -> tupl
     target = energy * _table(material, source, energy)[1]
     x, y = np.array([mu[end].mean() for end in ends]), np.array([target[end].mean() for end in ends])
     if not abs(x[1] - x[0]) > 1e-6 * np.max(np.abs(mu)):
-        raise MaterialError("spectrum has the same absorption at both ends, so it cannot be scaled to the step of the table; "
-                            "measure across the edge, or give beta itself and scale=False")
+        raise MaterialError(
+            "spectrum has the same absorption at both ends, so it cannot be scaled to the step of the table; "
+            "measure across the edge, or give beta itself and scale=False"
+        )
     factor = float((y[1] - y[0]) / (x[1] - x[0]))
     return float(y[0] - factor * x[0]), factor
 
@@ -156,8 +186,14 @@ def _warn_of_steps(material: Material, source: str, energy: Array, beta: Array) 
     table = _table(material, source, energy)[1]
     for i in (0, -1):
         if abs(beta[i] - table[i]) > _LARGEST_MISMATCH * table[i]:
-            warnings.warn(f"{material.formula}: measured beta {beta[i]:.3g} at {energy[i]:g} eV, the {source} table has {table[i]:.3g}; "
-                          f"the step disturbs delta there: scale the spectrum", MaterialWarning, stacklevel=3)
+            warnings.warn(
+                (
+                    f"{material.formula}: measured beta {beta[i]:.3g} at {energy[i]:g} eV, the {source} table has"
+                    f" {table[i]:.3g}; the step disturbs delta there: scale the spectrum"
+                ),
+                MaterialWarning,
+                stacklevel=3,
+            )
 
 
 def _table(material: Material, source: str, energy: Array) -> tuple[Array, Array]:
@@ -181,8 +217,10 @@ def _delta(material: Material, source: str, energy: Array, beta: Array) -> Array
         anchor &= np.abs(rows - edge.energy) > _ANCHOR_DISTANCE
     anchor &= (rows < energy[0] - _ANCHOR_DISTANCE) | (rows > energy[-1] + _ANCHOR_DISTANCE)
     if not np.any(anchor):
-        raise MaterialError(f"no energy near {energy[0]:g} to {energy[-1]:g} eV is {_ANCHOR_DISTANCE:g} eV away from all edges of "
-                            f"{material.formula}, so delta cannot be anchored")
+        raise MaterialError(
+            f"no energy near {energy[0]:g} to {energy[-1]:g} eV is {_ANCHOR_DISTANCE:g} eV away from all edges of "
+            f"{material.formula}, so delta cannot be anchored"
+        )
     # Each row is weighted by its interval in the logarithm of energy.
     weight = np.gradient(np.log(rows))[anchor]
     offset = np.average((delta_of_table * rows**2 - transform)[anchor], weights=weight)
@@ -193,8 +231,10 @@ def _rows(material: Material, source: str, energy: Array) -> Array:
     """Energies of the joined table: of the source, measured, and as many between as the transform needs."""
     low, high = range_of(material, source)
     if energy[0] <= low or energy[-1] >= high:
-        raise MaterialError(f"spectrum from {energy[0]:g} to {energy[-1]:g} eV does not lie inside the {source} table of "
-                            f"{material.formula}, {low:g} to {high:g} eV")
+        raise MaterialError(
+            f"spectrum from {energy[0]:g} to {energy[-1]:g} eV does not lie inside the {source} table of "
+            f"{material.formula}, {low:g} to {high:g} eV"
+        )
     known = [factors.rows(symbol, source)[0] for symbol in material.atoms]
     fine = np.arange(max(low, energy[0] - _FINE_MARGIN), min(high, energy[-1] + _FINE_MARGIN), _FINE_STEP)
     reach = np.geomspace(_FINE_MARGIN, high, int(np.log(high / _FINE_MARGIN) / _COARSE_RATIO))
@@ -205,13 +245,15 @@ def _rows(material: Material, source: str, energy: Array) -> Array:
 def _without_crowding(rows: Array, keep: Array) -> Array:
     """Rows at least 0.02 eV apart, so that none meets the shift of 0.01 eV of the transform; those to keep stay."""
     near = np.searchsorted(keep, rows)
-    distance = np.minimum(np.abs(rows - keep[np.clip(near, 0, keep.size - 1)]), np.abs(rows - keep[np.clip(near - 1, 0, keep.size - 1)]))
+    distance = np.minimum(
+        np.abs(rows - keep[np.clip(near, 0, keep.size - 1)]), np.abs(rows - keep[np.clip(near - 1, 0, keep.size - 1)])
+    )
     rows = rows[(distance == 0) | (distance > 0.02)]
     return np.asarray(rows[np.concatenate([[True], (np.diff(rows) > 0.02) | np.isin(rows[1:], keep)])])
 
 
 def _delta_of_difference(energy: Array, beta: Array) -> Array:
-    """delta of a beta that is zero outside its range: nothing lies beyond, so the constant is 2/pi of the integral of E beta."""
+    """delta of a beta that is zero outside its range, so that the constant is 2/pi of the integral of E beta."""
     from .. import _core
 
     step = _FINE_STEP

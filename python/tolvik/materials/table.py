@@ -65,9 +65,15 @@ def grid(first: float, last: float, step: float) -> Array:
     return np.asarray(first + step * np.arange(count))
 
 
-def write_tables(stem: Union[str, "os.PathLike[str]"], formula: Union[str, Material], density: Optional[float] = None,
-                 energy: npt.ArrayLike = None, *, source: str = "henke",  # type: ignore[assignment]
-                 suffixes: Sequence[str] = (".db",)) -> list[str]:
+def write_tables(
+    stem: Union[str, "os.PathLike[str]"],
+    formula: Union[str, Material],
+    density: Optional[float] = None,
+    energy: Optional[npt.ArrayLike] = None,
+    *,
+    source: str = "henke",
+    suffixes: Sequence[str] = (".db",),
+) -> list[str]:
     """Writes the tables of a material from tabulated scattering factors.
 
     Parameters
@@ -126,8 +132,10 @@ def origin_of(material: Material, source: str) -> str:
     """The line that names the origin of tabulated constants."""
     if not material.atoms:
         return f"vacuum: delta = beta = 0; {_author()}"
-    return (f"{material.formula}, {material.density:g} g/cm3 ({material.density_source}): {factors.CITATIONS[source]}; "
-            f"{_author()}")
+    return (
+        f"{material.formula}, {material.density:g} g/cm3 ({material.density_source}): {factors.CITATIONS[source]}; "
+        f"{_author()}"
+    )
 
 
 def _author() -> str:
