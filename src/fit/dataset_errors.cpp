@@ -4,9 +4,8 @@
 #include <algorithm>
 #include <limits>
 
+#include "fit/dataset_curve.h"
 #include "fit/error_functions.h"
-#include "optics/energy.h"
-#include "tolvik/tolvik.h"
 
 namespace tolvik {
 namespace {
@@ -28,120 +27,62 @@ void AverageColumn(CArray<double>& column, std::int32_t points, std::int32_t wid
   }
 }
 
-void TakeConditions(CState& state, std::int32_t index) {
-  const CDataset& dataset = state.datasets[index];
-  state.ray1sigmare = dataset.datasetray1sigmare;
-  state.ray1sigmaim = dataset.datasetray1sigmaim;
-  state.ray1pire = dataset.datasetray1pire;
-  state.ray1piim = dataset.datasetray1piim;
-  state.ray2sigmare = dataset.datasetray2sigmare;
-  state.ray2sigmaim = dataset.datasetray2sigmaim;
-  state.ray2pire = dataset.datasetray2pire;
-  state.ray2piim = dataset.datasetray2piim;
-  state.resolution = dataset.datasetresolution;
-  state.lambda = LambdaFromEnergy(dataset.datasetenergy);
-  state.activedatasetindex = index;
-}
-
-void FillColumn(const CSolution& solution, CArray<double>& column, double value) {
-  const std::int32_t points = solution.dataset_qz.size;
-  if (column.size == points) {
-    std::fill(column.begin(), column.end(), value);
-  } else {
-    column.Assign(points, value);
-  }
-}
-
-void FillBothRays(CSolution& solution, double asymmetry) {
-  FillColumn(solution, solution.dataset_R0, 1.0);
-  FillColumn(solution, solution.dataset_Rp, 1.0);
-  FillColumn(solution, solution.dataset_Rm, 1.0);
-  FillColumn(solution, solution.dataset_A, asymmetry);
-}
-
 // One dataset of an evaluation; measured is the stored dataset or its moving average.
 class DatasetComparison {
  public:
-  DatasetComparison(CState& state, CSolution& solution, CArray<double>& residuals, const CDataset& measured,
-                    std::int32_t index)
-      : state_(state), solution_(solution), residuals_(residuals), measured_(measured), index_(index) {}
+  DatasetComparison(CState& state, const CSolution& solution, CArray<double>& residuals,
+                    const CDataset& measured, const DatasetScale& scale)
+      : state_(state), solution_(solution), residuals_(residuals), measured_(measured), scale_(scale) {}
 
   double Run() {
     switch (state_.fitasymmetry) {
       case FitAsymmetry::kReflectivity:
-        return CompareReflectivity();
+        return ReflectivityError();
       case FitAsymmetry::kAsymmetry:
-        CalculateAsymmetry();
         return AsymmetryError(measured_.dataset_A.size);
       case FitAsymmetry::kBothRays:
-        CalculateAsymmetry();
         return PairError(measured_.dataset_Rp.size);
       case FitAsymmetry::kEnergyScan:
-        return CompareEnergyScan();
+        return LogError();
       case FitAsymmetry::kBothRaysOverEnergy:
-        CalculateDichroicScan();
         return PairError(measured_.dataset_qz.size);
       case FitAsymmetry::kAsymmetryOverEnergy:
-        CalculateDichroicScan();
         return AsymmetryError(measured_.dataset_qz.size);
-      default:
-        return 0;
     }
+    return 0;
   }
 
  private:
-  CDataset& Stored() { return state_.datasets[index_]; }
-
-  double CompareReflectivity() {
-    FillColumn(solution_, solution_.dataset_R0, 1.0);
-    FillColumn(solution_, solution_.dataset_Rp, 1.0);
-    CalcReflectivityDLL(&solution_, &state_);
+  double ReflectivityError() {
     if (state_.fiterrorfunction == FitErrorFunction::kRelativeLog) {
-      return CalcRelativeLogError(solution_, measured_, state_.fitqzmin, state_.fitqzmax, multiplicator_,
-                                  translator_);
+      return CalcRelativeLogError(solution_, measured_, state_.fitqzmin, state_.fitqzmax,
+                                  scale_.multiplicator, scale_.translator);
     }
     if (state_.fiterrorfunction == FitErrorFunction::kScaledLog) {
       const double error = CalcScaledLogError(solution_, measured_, residuals_, state_.fitqzmin,
-                                              state_.fitqzmax, multiplicator_, translator_);
-      Stored().datasetmultiplicator = multiplicator_;
+                                              state_.fitqzmax, scale_.multiplicator, scale_.translator);
+      state_.datasets[state_.activedatasetindex].datasetmultiplicator = scale_.multiplicator;
       return error;
     }
     return LogError();
   }
-  double CompareEnergyScan() {
-    FillColumn(solution_, solution_.dataset_R0, 1.0);
-    CalcEScanParallelDLL(&solution_, &state_);
-    return LogError();
-  }
-  void CalculateAsymmetry() {
-    FillBothRays(solution_, 1.0);
-    CalcAsymmetryDLL(&solution_, &state_);
-  }
-  void CalculateDichroicScan() {
-    FillBothRays(solution_, 0.0);
-    CalcDicEScanDLL(&solution_, &state_);
-  }
   double LogError() {
-    return CalcLogError(solution_, measured_, residuals_, state_.fitqzmin, state_.fitqzmax, multiplicator_,
-                        translator_);
+    return CalcLogError(solution_, measured_, residuals_, state_.fitqzmin, state_.fitqzmax,
+                        scale_.multiplicator, scale_.translator);
   }
   double AsymmetryError(std::int32_t count) {
     return CalcAsymmetryError(solution_, measured_, residuals_, state_.fitqzmin, state_.fitqzmax, count);
   }
   double PairError(std::int32_t count) {
     return CalcPairLogError(solution_, measured_, residuals_, state_.fitqzmin, state_.fitqzmax,
-                            multiplicator_, translator_, count);
+                            scale_.multiplicator, scale_.translator, count);
   }
 
   CState& state_;
-  CSolution& solution_;
+  const CSolution& solution_;
   CArray<double>& residuals_;
   const CDataset& measured_;
-  std::int32_t index_;
-  // The values stored at the beginning of the comparison, not those of the copy: a variable may have written
-  // them.
-  double multiplicator_ = Stored().datasetmultiplicator;
-  double translator_ = Stored().datasettranslator;
+  DatasetScale scale_;
 };
 
 }  // namespace
@@ -152,6 +93,11 @@ void AverageDataset(CDataset& dataset, std::int32_t width) {
        {&dataset.dataset_R0, &dataset.dataset_Rp, &dataset.dataset_Rm, &dataset.dataset_A}) {
     AverageColumn(*column, points, width);
   }
+}
+
+double CalcDatasetError(CState& state, const CSolution& solution, CArray<double>& residuals,
+                        const CDataset& measured, const DatasetScale& scale) {
+  return DatasetComparison(state, solution, residuals, measured, scale).Run();
 }
 
 double SumDatasetErrors(CState& state, CSolution& solution, CArray<double>& residuals) {
@@ -166,9 +112,10 @@ double SumDatasetErrors(CState& state, CSolution& solution, CArray<double>& resi
       measured = &averaged;
     }
     TakeConditions(state, d);
-    solution = *measured;
-    for (double& q : solution.dataset_qz) q += measured->datasetqztranslation;
-    total += DatasetComparison(state, solution, residuals, *measured, d).Run();
+    // As stored before the curve is calculated, not the copy's: a variable may have written them.
+    const DatasetScale scale = {state.datasets[d].datasetmultiplicator, state.datasets[d].datasettranslator};
+    CalcDatasetCurve(state, solution, *measured, {});
+    total += CalcDatasetError(state, solution, residuals, *measured, scale);
   }
   return total;
 }

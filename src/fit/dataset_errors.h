@@ -6,6 +6,18 @@
 
 namespace tolvik {
 
+/// How measured values map onto the model: (value + translator) * multiplicator.
+struct DatasetScale {
+  double multiplicator = 1.0;
+  double translator = 0.0;
+};
+
+/// Error of the active dataset of a state, given its curve: by fitasymmetry, fiterrorfunction and the window
+/// of the state. residuals: written by point index; an empty vector stays empty. measured: the stored dataset
+/// or its moving average. CalcScaledLogError leaves its multiplicator in the active dataset.
+double CalcDatasetError(CState& state, const CSolution& solution, CArray<double>& residuals,
+                        const CDataset& measured, const DatasetScale& scale);
+
 /// Sum over the active datasets of the error of each, by the state's fitasymmetry and fiterrorfunction; each
 /// dataset adds its own mean with factor 1. Calculates every curve at the measured points, shifted by
 /// datasetqztranslation. solution: left as the curve of the last active dataset. residuals: written by point

@@ -4,6 +4,7 @@
 // lua_pcall.
 #include "script/host.h"
 
+#include <cstring>
 #include <lua.hpp>
 
 #include "optics/energy.h"
@@ -80,8 +81,17 @@ double GetNumber(lua_State* L, const char* name) {
 
 struct RunCall {
   GlobalNumbers numbers;
+  ScriptOutcome* outcome;
   bool succeeded;
 };
+
+// The message on top of the stack. Nothing here allocates.
+void NoteError(lua_State* L, std::int32_t code, ScriptOutcome* outcome) {
+  if (outcome == nullptr) return;
+  outcome->code = code;
+  const char* text = lua_type(L, -1) == LUA_TSTRING ? lua_tostring(L, -1) : "an error that is not a text";
+  std::strncpy(outcome->message, text, sizeof(outcome->message) - 1);
+}
 
 int RunProtected(lua_State* L) {
   auto* call = static_cast<RunCall*>(lua_touserdata(L, 1));
@@ -90,7 +100,7 @@ int RunProtected(lua_State* L) {
   SetNumber(L, "epsilon", numbers.epsilon);
   SetNumber(L, "resolution", numbers.resolution);
   SetNumber(L, "energyscan_qz", numbers.energyscan_qz);
-  if (!RunText(L, "Start()\n")) return 0;
+  if (!RunText(L, "Start()\n", call->outcome)) return 0;
   numbers = {GetNumber(L, "energy"), GetNumber(L, "epsilon"), GetNumber(L, "resolution"),
              GetNumber(L, "energyscan_qz")};
   call->succeeded = true;
@@ -125,9 +135,10 @@ void SetUpHost(lua_State* L, CScriptPointer& host, void* debugwindow, void* char
   }
 }
 
-bool RunText(lua_State* L, std::string_view text) {
+bool RunText(lua_State* L, std::string_view text, ScriptOutcome* outcome) {
   const bool loaded = luaL_loadbuffer(L, text.data(), text.size(), "line") == 0;
   if (loaded && lua_pcall(L, 0, 0, 0) == 0) return true;
+  NoteError(L, loaded ? kScriptStopped : kScriptFailed, outcome);
   lua_pop(L, 1);
   return false;
 }
@@ -146,10 +157,11 @@ std::int32_t InitScriptHost(CScriptPointer& host, void* debugwindow, void* chart
   return RunText(host.L, chunk) ? kScriptReady : kScriptFailed;
 }
 
-void RunScript(CScriptPointer& host) {
+void RunScript(CScriptPointer& host, ScriptOutcome* outcome) {
   CState& state = *host.state;
   if (state.disablescript != 0) return;
-  RunCall call{{EnergyFromLambda(state.lambda), state.epsilon, state.resolution, state.engscanqz}, false};
+  RunCall call{
+      {EnergyFromLambda(state.lambda), state.epsilon, state.resolution, state.engscanqz}, outcome, false};
   if (!CallProtected(host.L, RunProtected, &call) || !call.succeeded) return;
   state.lambda = LambdaFromEnergy(call.numbers.energy);
   state.epsilon = call.numbers.epsilon;

@@ -24,6 +24,14 @@ struct CScriptPointer {
 
 inline constexpr std::int32_t kScriptReady = 1;
 inline constexpr std::int32_t kScriptFailed = 3;
+inline constexpr std::int32_t kScriptStopped = 4;
+
+/// How a script ended: kScriptReady, kScriptFailed when it does not compile, kScriptStopped after an error
+/// while it ran.
+struct ScriptOutcome {
+  std::int32_t code = kScriptReady;
+  char message[256] = "";  ///< Lua's, cut where it is longer; empty without an error
+};
 
 /// Opens the libraries in host.L, binds the arrays and elements of the state to their script names and
 /// compiles the selected lines into the global function Start. host must outlive host.L. GetScriptPointers
@@ -34,8 +42,8 @@ std::int32_t InitScriptHost(CScriptPointer& host, void* debugwindow, void* chart
 
 /// Sets the globals energy, epsilon, resolution and energyscan_qz from the state, calls Start and reads the
 /// four back; a value of another type reads as 0. Does nothing while the state disables its script. When
-/// Start fails or is missing, the four are not read back.
-void RunScript(CScriptPointer& host);
+/// Start fails or is missing, the four are not read back. outcome: notes an error, may be null.
+void RunScript(CScriptPointer& host, ScriptOutcome* outcome = nullptr);
 
 /// The three pointers that InitScriptHost left in the registry of L; null where there are none.
 void GetScriptPointers(lua_State* L, CState*& state, void*& chart, void*& debugwindow);
@@ -59,6 +67,9 @@ class ScriptSession {
 
   /// Exchanges the four numeric globals with the state around one call of Start.
   void Run();
+
+  /// How the script was compiled and ended its latest run.
+  const ScriptOutcome& Outcome() const;
 
  private:
   CState& state_;

@@ -15,8 +15,9 @@ void SetUpHost(lua_State* L, CScriptPointer& host, void* debugwindow, void* char
 /// Sets the registry entry and the global that point to the state and to host. May raise a Lua error.
 void PushHostPointers(lua_State* L, CScriptPointer& host);
 
-/// Compiles and runs a text as the chunk "line". False on any error, which is discarded.
-bool RunText(lua_State* L, std::string_view text);
+/// Compiles and runs a text as the chunk "line". False on any error, of which outcome takes the message; it
+/// may be null.
+bool RunText(lua_State* L, std::string_view text, ScriptOutcome* outcome = nullptr);
 
 /// The lines that host.scriptselect selects.
 const CArray<CCharArray>& SelectedLines(const CScriptPointer& host);

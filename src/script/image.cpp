@@ -88,7 +88,7 @@ bool ScriptImage::BeginFromImage(CState& state) {
   const int top = lua_gettop(record_.L);
   const bool bound = lua_cpcall(record_.L, &BindState, this) == 0;
   lua_settop(record_.L, top);
-  if (bound) RunText(record_.L, chunk_);
+  if (bound) RunText(record_.L, chunk_, &outcome_);
   return true;
 }
 
@@ -96,16 +96,19 @@ void ScriptImage::Begin(CState& state) {
   End();
   record_.state = &state;
   record_.scriptselect = 1;
+  outcome_ = {};
   BuildMainChunk(SelectedLines(record_), chunk_);
   if (IsPreludePlain(state)) {
     if (!BeginFromImage(state)) record_.L = nullptr;
   } else if (OpenLua()) {
-    InitScriptHost(record_, nullptr, nullptr);
+    outcome_.code = InitScriptHost(record_, nullptr, nullptr);
   }
 }
 
 void ScriptImage::Run() {
-  if (record_.L != nullptr) RunScript(record_);
+  // A script that does not compile keeps that message: its run can only miss Start.
+  if (outcome_.code != kScriptFailed) outcome_ = {};
+  if (record_.L != nullptr) RunScript(record_, outcome_.code == kScriptFailed ? nullptr : &outcome_);
 }
 
 void ScriptImage::End() noexcept {

@@ -35,6 +35,9 @@ class ScriptImage {
   /// As RunScript.
   void Run();
 
+  /// How the script was compiled and ended its latest run.
+  const ScriptOutcome& Outcome() const { return outcome_; }
+
   /// Closes the host, with all finalizers of the script.
   void End() noexcept;
 
@@ -53,6 +56,7 @@ class ScriptImage {
   lua_State* image_lua_ = nullptr;
   std::vector<std::int32_t*> array_sizes_;  // inside the userdata of the image, one for each field
   std::string chunk_;
+  ScriptOutcome outcome_;
   bool needs_close_ = true;
 };
 

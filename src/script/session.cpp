@@ -23,6 +23,11 @@ ScriptSession::~ScriptSession() {
   if (host_ != nullptr) ScriptImage::Leave(std::move(host_));
 }
 
+const ScriptOutcome& ScriptSession::Outcome() const {
+  static const ScriptOutcome ready;
+  return host_ != nullptr ? host_->Outcome() : ready;
+}
+
 void ScriptSession::Run() {
   if (state_.disablescript != 0) return;
   if (empty_) {

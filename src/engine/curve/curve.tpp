@@ -16,19 +16,17 @@ namespace tolvik::engine {
 
 namespace curve_detail {
 
-inline void RunScriptOnce(CState& state) {
-  ScriptSession script(state);
-  script.Run();
+inline const PointRules* RulesOf(CurveCompanion* companion, const CState& state) {
+  return companion != nullptr ? companion->RulesFor(state) : nullptr;
 }
 
-template <Number T>
-WalkEnd WalkExact(CSolution& solution, const CState& state, const WalkSetting<T>& setting) {
+template <Number T, class Rules>
+WalkEnd WalkExact(CSolution& solution, const Rules& rules, const WalkSetting<T>& setting) {
   const auto refuse = [](const T& s) { return IsOutOfReach(s) || isnan(s); };
   const auto store = [&](std::int32_t i, const T& sum, const T&, bool) {
     solution.dataset_R0[i] = static_cast<double>(sum);
   };
-  return WalkSamples<T>(setting, {solution.dataset_qz, 0, solution.dataset_qz.size},
-                        RuleOfResolution<T>(state.resolution), refuse, store);
+  return WalkSamples<T>(setting, {solution.dataset_qz, 0, solution.dataset_qz.size}, rules, refuse, store);
 }
 
 /// The curve without resolution, into dataset_Rp. Points without an angle keep their value.
@@ -38,6 +36,12 @@ WalkEnd WalkFast(CSolution& solution, const WalkSetting<T>& setting) {
     if (IsAlgorithm(setting.options.algorithm)) solution.dataset_Rp[i] = static_cast<double>(value);
   };
   return WalkOnce<T>(setting, solution.dataset_qz, IsOutOfReach<T>, store);
+}
+
+/// Calls call(rules) with the samples given, or else with those of the state's resolution.
+template <Number T, class Call>
+auto WithRules(const CState& state, const PointRules* rules, Call call) {
+  return rules != nullptr ? call(*rules) : call(UniformRules<T>{RuleOfResolution<T>(state.resolution)});
 }
 
 template <Number T>
@@ -51,9 +55,8 @@ void FoldCurve(CSolution& solution, double resolution) {
 }  // namespace curve_detail
 
 template <class T>
-std::int32_t CalcReflectivityCurve(CSolution& solution, CState& state) {
-  if (state.ocautomatic != 0) SetLayerConstantsForEnergy(state);
-  curve_detail::RunScriptOnce(state);
+std::int32_t CalcReflectivityCurve(CSolution& solution, CState& state, CurveCompanion* companion) {
+  BringUpToDate(state, companion);
   Profile<T> profile;
   PrepareProfile<T>(state, profile);
   SizeCurve(solution.dataset_R0, solution.dataset_qz.size, 1.0);
@@ -63,12 +66,15 @@ std::int32_t CalcReflectivityCurve(CSolution& solution, CState& state) {
   SampleBlock<T> block(false);
   const WalkSetting<T> setting{profile, k0, options, block};
 
-  const WalkEnd end = state.fastresolution ? curve_detail::WalkFast<T>(solution, setting)
-                                           : curve_detail::WalkExact<T>(solution, state, setting);
+  const PointRules* rules = curve_detail::RulesOf(companion, state);
+  const bool fast = state.fastresolution && rules == nullptr;
+  const auto exact = [&](const auto& each) { return curve_detail::WalkExact<T>(solution, each, setting); };
+  const WalkEnd end =
+      fast ? curve_detail::WalkFast<T>(solution, setting) : curve_detail::WithRules<T>(state, rules, exact);
   if (end.error && options.algorithm == kMatrixTwo) std::rethrow_exception(end.error);
   if (end.error) return ReturnCode::kSuccess;
-  if (end.out_of_reach) return state.fastresolution ? ReturnCode::kWrongDataPoints : ReturnCode::kSuccess;
-  if (state.fastresolution) curve_detail::FoldCurve<T>(solution, state.resolution);
+  if (end.out_of_reach) return fast ? ReturnCode::kWrongDataPoints : ReturnCode::kSuccess;
+  if (fast) curve_detail::FoldCurve<T>(solution, state.resolution);
   FinishSolution(solution, state.mulqz4, state.polcorrection, state.averaging);
   return ReturnCode::kSuccess;
 }

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 
+#include "engine/curve/companion.h"
 #include "engine/curve/walk.h"
 #include "engine/profile/layer.h"
 #include "tolvik/dataset.h"
@@ -31,12 +32,12 @@ std::int32_t CalcDichroicPointFast(const CState& state, Profile<T>& profile, std
 /// Both curves on the grid dataset_qz at the state's energy, with optical constants (ocautomatic), script and
 /// profile as for a reflectivity curve. With fastresolution both curves are calculated once and folded.
 /// Returns 1, or the code of the point that ended it, without the finishing step; on the fast path 2 for a
-/// point with qz / (2 k0) >= 1. dataset_R0 is sized only.
+/// point with qz / (2 k0) >= 1. dataset_R0 is sized only. companion: as for CalcReflectivityCurve.
 template <class T>
-std::int32_t CalcAsymmetryCurve(CSolution& solution, CState& state);
+std::int32_t CalcAsymmetryCurve(CSolution& solution, CState& state, CurveCompanion* companion = nullptr);
 
 /// Both curves at the pairs of dataset_qz and dataset_eng, as an energy scan; maprange is not read.
 template <class T>
-std::int32_t CalcDicEScanCurve(CSolution& solution, CState& state);
+std::int32_t CalcDicEScanCurve(CSolution& solution, CState& state, CurveCompanion* companion = nullptr);
 
 }  // namespace tolvik::engine

@@ -16,17 +16,17 @@ inline void SizeCurves(CSolution& solution) {
   SizeCurve(solution.dataset_A, solution.dataset_qz.size, 0.0);
 }
 
-/// The points begin .. end - 1 by the samples of a rule.
-template <Number T>
-std::int32_t CalcPoints(CSolution& solution, std::int32_t begin, std::int32_t end,
-                        const ResolutionRule<T>& rule, const WalkSetting<T>& setting) {
+/// The points begin .. end - 1 by the samples of their rules.
+template <Number T, class Rules>
+std::int32_t CalcPoints(CSolution& solution, std::int32_t begin, std::int32_t end, const Rules& rules,
+                        const WalkSetting<T>& setting) {
   const auto refuse = [](const T& s) { return s > T(1.0); };
   const auto store = [&](std::int32_t i, const T& plus, const T& minus, bool whole) {
     if (!whole) return;
     solution.dataset_Rp[i] = static_cast<double>(plus);
     solution.dataset_Rm[i] = static_cast<double>(minus);
   };
-  return CodeOf(WalkSamples<T>(setting, {solution.dataset_qz, begin, end}, rule, refuse, store));
+  return CodeOf(WalkSamples<T>(setting, {solution.dataset_qz, begin, end}, rules, refuse, store));
 }
 
 /// Point i, with its profile and wavenumber.
@@ -37,18 +37,18 @@ struct PointAndProfile {
   const T& k0;
 };
 
-template <Number T>
-std::int32_t CalcPoint(const CState& state, const PointAndProfile<T>& point, const ResolutionRule<T>& rule,
+template <Number T, class Rules>
+std::int32_t CalcPoint(const CState& state, const PointAndProfile<T>& point, const Rules& rules,
                        CSolution& solution) {
   SampleBlock<T> block(true);
   const IntensityOptions<T> options = OptionsOfState<T>(state);
-  return CalcPoints<T>(solution, point.i, point.i + 1, rule, {point.profile, point.k0, options, block});
+  return CalcPoints<T>(solution, point.i, point.i + 1, rules, {point.profile, point.k0, options, block});
 }
 
 /// One sample of weight 1 at qz itself.
 template <Number T>
-ResolutionRule<T> BareRule() {
-  return RuleOfResolution<T>(0.0);
+UniformRules<T> BareRule() {
+  return {RuleOfResolution<T>(0.0)};
 }
 
 /// All points of the grid once; points without an angle keep their values.
@@ -81,8 +81,8 @@ void FoldCurves(CSolution& solution, double resolution) {
 template <Number T>
 std::int32_t CalcDichroicPoint(const CState& state, Profile<T>& profile, std::int32_t i, const T& k0,
                                CSolution& solution) {
-  return dichroism_detail::CalcPoint<T>(state, {i, profile, k0}, RuleOfResolution<T>(state.resolution),
-                                        solution);
+  const UniformRules<T> rules{RuleOfResolution<T>(state.resolution)};
+  return dichroism_detail::CalcPoint<T>(state, {i, profile, k0}, rules, solution);
 }
 
 template <Number T>
@@ -92,9 +92,8 @@ std::int32_t CalcDichroicPointFast(const CState& state, Profile<T>& profile, std
 }
 
 template <class T>
-std::int32_t CalcAsymmetryCurve(CSolution& solution, CState& state) {
-  if (state.ocautomatic != 0) SetLayerConstantsForEnergy(state);
-  curve_detail::RunScriptOnce(state);
+std::int32_t CalcAsymmetryCurve(CSolution& solution, CState& state, CurveCompanion* companion) {
+  BringUpToDate(state, companion);
   dichroism_detail::SizeCurves(solution);
   Profile<T> profile;
   PrepareProfile<T>(state, profile);
@@ -103,27 +102,34 @@ std::int32_t CalcAsymmetryCurve(CSolution& solution, CState& state) {
   SampleBlock<T> block(true);
   const WalkSetting<T> setting{profile, k0, options, block};
 
-  const std::int32_t code =
-      state.fastresolution ? dichroism_detail::CalcOnce<T>(solution, setting)
-                           : dichroism_detail::CalcPoints<T>(solution, 0, solution.dataset_qz.size,
-                                                             RuleOfResolution<T>(state.resolution), setting);
+  const PointRules* rules = curve_detail::RulesOf(companion, state);
+  const bool fast = state.fastresolution && rules == nullptr;
+  const auto exact = [&](const auto& each) {
+    return dichroism_detail::CalcPoints<T>(solution, 0, solution.dataset_qz.size, each, setting);
+  };
+  const std::int32_t code = fast ? dichroism_detail::CalcOnce<T>(solution, setting)
+                                 : curve_detail::WithRules<T>(state, rules, exact);
   if (code != ReturnCode::kSuccess) return code;
-  if (state.fastresolution) dichroism_detail::FoldCurves<T>(solution, state.resolution);
+  if (fast) dichroism_detail::FoldCurves<T>(solution, state.resolution);
   FinishSolution(solution, state.mulqz4, state.polcorrection, state.averaging);
   return ReturnCode::kSuccess;
 }
 
 template <class T>
-std::int32_t CalcDicEScanCurve(CSolution& solution, CState& state) {
+std::int32_t CalcDicEScanCurve(CSolution& solution, CState& state, CurveCompanion* companion) {
   dichroism_detail::SizeCurves(solution);
   ScriptSession script(state);
-  script.Run();
+  RunScript(script, companion);
   Profile<T> profile;
   const auto point = [&](std::int32_t i, double lambda) {
     PrepareProfile<T>(state, profile);
-    return CalcDichroicPoint<T>(state, profile, i, WavevectorFromLambda(T(lambda)), solution);
+    const T k0 = WavevectorFromLambda(T(lambda));
+    const PointRules* rules = curve_detail::RulesOf(companion, state);
+    return curve_detail::WithRules<T>(state, rules, [&](const auto& each) {
+      return dichroism_detail::CalcPoint<T>(state, {i, profile, k0}, each, solution);
+    });
   };
-  const std::int32_t code = ScanEnergies(solution, state, script, point);
+  const std::int32_t code = ScanEnergies(solution, state, script, companion, point);
   if (code == ReturnCode::kSuccess) {
     FinishSolution(solution, state.mulqz4, state.polcorrection, state.averaging);
   }

@@ -32,8 +32,9 @@ std::int32_t CalcPointsFrom(std::int32_t first, CSolution& points, const CState&
     points.dataset_R0[i] = static_cast<double>(sum);
     last = i;
   };
-  const WalkEnd end = WalkSamples<T>(setting, {points.dataset_qz, first, points.dataset_qz.size},
-                                     RuleOfResolution<T>(state.resolution), IsOutOfReach<T>, store);
+  const UniformRules<T> rules{RuleOfResolution<T>(state.resolution)};
+  const WalkEnd end = WalkSamples<T>(setting, {points.dataset_qz, first, points.dataset_qz.size}, rules,
+                                     IsOutOfReach<T>, store);
   if (!end.Complete()) stopped.push_back({last, points.dataset_R0[last]});
   return last + 1;
 }

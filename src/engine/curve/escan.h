@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "engine/curve/companion.h"
 #include "tolvik/dataset.h"
 #include "tolvik/state.h"
 
@@ -14,8 +15,9 @@ namespace tolvik::engine {
 /// after the last one; optical constants, script and profile follow. With maprange.keeplambda the profile and
 /// k0 use the wavelength before the scan instead. A point whose tables fail, or without an energy, keeps its
 /// value. Returns 1; 2 at a sample with |qz / (2 k0)| >= 1; 5 at an exception of a sample. 2 and 5 end the
-/// scan without the finishing step, with the partial sum in the present point.
+/// scan without the finishing step, with the partial sum in the present point. companion: as for
+/// CalcReflectivityCurve.
 template <class T>
-std::int32_t CalcEScanCurve(CSolution& solution, CState& state);
+std::int32_t CalcEScanCurve(CSolution& solution, CState& state, CurveCompanion* companion = nullptr);
 
 }  // namespace tolvik::engine

@@ -14,7 +14,7 @@
 
 #include "engine/curve/grazing.h"
 #include "engine/curve/intensity.h"
-#include "engine/curve/resolution.h"
+#include "engine/curve/point_rules.h"
 
 namespace tolvik::engine {
 
@@ -27,11 +27,11 @@ class SampleBlock {
   /// both_rays: also calculate the second ray.
   explicit SampleBlock(bool both_rays) : both_rays_(both_rays) {}
 
-  /// Begins anew, for that many points of that many samples at most.
-  void Clear(std::int32_t points, std::int32_t samples) {
+  /// Begins anew, for that many samples of all points at most.
+  void Clear(std::int32_t samples) {
     count_ = 0;
     ends_.clear();
-    const auto most = static_cast<std::size_t>(points) * static_cast<std::size_t>(samples);
+    const auto most = static_cast<std::size_t>(samples);
     if (sines_.size() >= most) return;
     for (std::vector<T>* each : {&sines_, &weights_, &first_}) each->resize(most);
     if (both_rays_) second_.resize(most);
@@ -51,15 +51,15 @@ class SampleBlock {
 
   /// Opens a point at q0 and adds its samples in the order of the rule. Returns false at the first s for
   /// which stops(s) is true, with the point open and its samples so far.
-  template <class Stops>
-  bool GatherPoint(const T& q0, const ResolutionRule<T>& rule, const T& k0, Stops stops) {
+  template <class Value, class Stops>
+  bool GatherPoint(const T& q0, const PointRule<Value>& rule, const T& k0, Stops stops) {
     BeginPoint();
     T* s = sines_.data() + count_;
     T* weight = weights_.data() + count_;
     bool ordinary = true;
     for (int j = 0; j < rule.samples; ++j) {
-      s[j] = GrazingSine(rule.shift[j] + q0, k0);
-      weight[j] = rule.weight[j];
+      s[j] = GrazingSine(T(rule.shift[j]) + q0, k0);
+      weight[j] = T(rule.weight[j]);
       ordinary &= HasAngle(s[j]) && !stops(s[j]);
     }
     if (ordinary) {
@@ -68,7 +68,7 @@ class SampleBlock {
     }
     for (int j = 0; j < rule.samples; ++j) {  // kept samples move to the front
       if (stops(s[j])) return false;
-      Add(s[j], rule.weight[j]);
+      Add(s[j], T(rule.weight[j]));
     }
     return true;
   }

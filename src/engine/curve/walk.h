@@ -35,21 +35,21 @@ struct GridPart {
   std::int32_t begin, end;
 };
 
-/// Calculates part of a grid with the samples of a rule.
+/// Calculates part of a grid with the samples of the rules of its points: UniformRules or PointRules.
 /// The walk ends at an s = sin θ with refuse(s) true. store(i, sum1, sum2, whole) gets both rays of each
 /// point in order; of the point in which the walk ends, the partial sums with whole false.
-template <Number T, class Refuse, class Store>
-WalkEnd WalkSamples(const WalkSetting<T>& setting, const GridPart& part, const ResolutionRule<T>& rule,
-                    Refuse refuse, Store store) {
+template <Number T, class Rules, class Refuse, class Store>
+WalkEnd WalkSamples(const WalkSetting<T>& setting, const GridPart& part, const Rules& rules, Refuse refuse,
+                    Store store) {
   const std::int32_t end = part.end;
   WalkEnd result;
   std::int32_t begin = part.begin;
   while (begin < end && result.Complete()) {
     const std::int32_t block_end = begin + std::min(end - begin, kPointsPerBlock);
-    setting.block.Clear(block_end - begin, rule.samples);
+    setting.block.Clear(rules.Count(begin, block_end));
     std::int32_t i = begin;
     for (; i < block_end && !result.out_of_reach; ++i) {
-      result.out_of_reach = !setting.block.GatherPoint(T(part.grid[i]), rule, setting.k0, refuse);
+      result.out_of_reach = !setting.block.GatherPoint(T(part.grid[i]), rules.At(i), setting.k0, refuse);
     }
     const std::int32_t refused_point = result.out_of_reach ? i - 1 : end;
     result.error = setting.block.Calculate(setting.profile, setting.k0, setting.options);
@@ -69,7 +69,7 @@ WalkEnd WalkOnce(const WalkSetting<T>& setting, const CArray<double>& grid, Refu
   WalkEnd result;
   std::array<std::int32_t, kPointsPerBlock> points;
   for (std::int32_t i = 0; i < grid.size && result.Complete();) {
-    setting.block.Clear(std::min(grid.size - i, kPointsPerBlock), 1);
+    setting.block.Clear(std::min(grid.size - i, kPointsPerBlock));
     std::size_t count = 0;
     for (; i < grid.size && count < points.size(); ++i) {
       const T s = GrazingSine(T(grid[i]), setting.k0);

@@ -7,6 +7,9 @@ namespace tolvik::engine {
 
 TOLVIK_INSTANCES(double);
 
+// For the samples of a derivative.
+template ResolutionRule<double> RuleOfResolution<double>(double);
+
 // For the consistency page, which works in double.
 template int ClassifyTensor<double>(double, const Tensor<double>&);
 template void SolveModes<double>(const Cplx<double>&, const Cplx<double>&, const Cplx<double>&,

@@ -9,12 +9,12 @@
 #include "engine/curve/escan.tpp"
 
 /// The instances in the number type T, for use inside of the namespace of the engine.
-#define TOLVIK_INSTANCES(T)                                            \
-  template std::int32_t CalcReflectivityCurve<T>(CSolution&, CState&); \
-  template std::int32_t CalcEScanCurve<T>(CSolution&, CState&);        \
-  template void CalcEnergyRun<T>(CSolution&, CState&);                 \
-  template std::int32_t CalcAsymmetryCurve<T>(CSolution&, CState&);    \
-  template std::int32_t CalcDicEScanCurve<T>(CSolution&, CState&);     \
-  template IntensityOptions<T> OptionsOfState<T>(const CState&);       \
-  template void PrepareProfile<T>(const CState&, Profile<T>&);         \
+#define TOLVIK_INSTANCES(T)                                                             \
+  template std::int32_t CalcReflectivityCurve<T>(CSolution&, CState&, CurveCompanion*); \
+  template std::int32_t CalcEScanCurve<T>(CSolution&, CState&, CurveCompanion*);        \
+  template void CalcEnergyRun<T>(CSolution&, CState&);                                  \
+  template std::int32_t CalcAsymmetryCurve<T>(CSolution&, CState&, CurveCompanion*);    \
+  template std::int32_t CalcDicEScanCurve<T>(CSolution&, CState&, CurveCompanion*);     \
+  template IntensityOptions<T> OptionsOfState<T>(const CState&);                        \
+  template void PrepareProfile<T>(const CState&, Profile<T>&);                          \
   template BatchOutcome CalcIntensities<T>(const AngleBatch<T>&, IntensityWork<T>&)
