@@ -9,7 +9,7 @@ kind                width                                         sigma
 ==================  ============================================  ==============================================
 ``"sigma"``         standard deviation, 1/Å                       width
 ``"fwhm"``          full width at half maximum, 1/Å               width / 2.3548 (gaussian)
-``"half"``          half width r of a state file, 1/Å             width / 2
+``"half"``          resolution r of a state file, 1/Å             width / 2
 ``"percent"``       standard deviation in percent of q            width q / 100
 ``"percent_fwhm"``  full width at half maximum in percent of q    width q / 235.48 (gaussian)
 ==================  ============================================  ==============================================

@@ -135,7 +135,7 @@ inline constexpr Key<CDataset> kDatasetKeys[] = {
     {" datasettitle = ", &CDataset::datasettitle, "title"},
     {" datasetenergy = ", &CDataset::datasetenergy, "photon energy, eV"},
     {" datasetresolution = ", &CDataset::datasetresolution,
-     "half width of the qz resolution, Å⁻¹: two standard deviations"},
+     "width of the qz resolution, Å⁻¹: two standard deviations"},
     {" datasetmultiplicator = ", &CDataset::datasetmultiplicator, "factor of the measured values"},
     {" datasettranslator = ", &CDataset::datasettranslator, "added to the measured values before the factor"},
     {" datasetqztranslation = ", &CDataset::datasetqztranslation, "added to the measured qz, Å⁻¹"},
