@@ -13,7 +13,7 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 // A direction that moves the residuals less than this share of the strongest is not determined.
 constexpr double kRankTolerance = 1e-10;
 constexpr double kShareOfDirection = 1e-6;
-// A parameter this near to a bound, relative to its scale, lies on it.
+// A parameter this near to a bound, relative to its scale, counts as at the bound.
 constexpr double kBoundTolerance = 1e-9;
 
 bool IsAtBound(const Parameter& parameter, double x) {
@@ -43,7 +43,7 @@ class PivotedQr {
   std::size_t rank() const { return rank_; }
   std::size_t columns() const { return a_.columns; }
 
-  // Columns that take part in a direction without effect.
+  // Columns that belong to a direction without effect.
   std::vector<bool> Undetermined() const {
     std::vector<bool> result(columns(), false);
     for (std::size_t free = rank_; free < columns(); ++free) {
@@ -56,7 +56,7 @@ class PivotedQr {
     return result;
   }
 
-  // (AᵀA)⁻¹ of the columns as they were given; full rank.
+  // (AᵀA)⁻¹ of the given columns; full rank.
   Matrix Inverse() const {
     const std::size_t n = columns();
     Matrix inverse_r(n, n), result(n, n);
@@ -97,7 +97,7 @@ class PivotedQr {
     return true;
   }
 
-  // Householder reflection that leaves column k with its diagonal alone.
+  // Householder reflection after which column k has only its diagonal.
   void Reflect(std::size_t k, double norm) {
     const double diagonal = a_(k, k) > 0 ? -norm : norm;
     std::vector<double> v(a_.rows, 0.0);

@@ -21,15 +21,15 @@ struct QuantityValues {
   bool operator==(const QuantityValues&) const = default;
 };
 
-/// Keeps the state of a measurement alive from one evaluation to the next; each begins from the same numbers,
-/// so that a result does not depend on the evaluations before.
+/// Keeps the state of a measurement from one evaluation to the next; each begins from the same numbers, so
+/// that a result does not depend on the evaluations before.
 class CurveModel : private ScriptWatch {
  public:
   /// prepared and parameters must outlive the model; number: of the measurement.
   CurveModel(const PreparedMeasurement& prepared, std::span<const Parameter> parameters, std::size_t number);
 
-  /// Brings the state to the parameters x: conditions, fit variables, quantities. Tables and script are left
-  /// to the calculation.
+  /// Sets the state to the parameters x: conditions, fit variables, quantities. Tables and script are left to
+  /// the calculation.
   void Apply(std::span<const double> x);
 
   /// Apply and calculate. A code of ReturnCode; other than kSuccess the model has no values.
@@ -44,7 +44,7 @@ class CurveModel : private ScriptWatch {
   /// One line about the latest code that was not kSuccess.
   std::string FaultText() const;
 
-  /// The model at the points that take part, of curve 0 or 1.
+  /// The model at the points in use, of curve 0 or 1.
   std::span<const double> Values(int curve) const { return values_[curve]; }
   /// The curve before scale and background, of curve 0 or 1.
   std::span<const double> Bare(int curve) const { return bare_[curve]; }
@@ -55,7 +55,7 @@ class CurveModel : private ScriptWatch {
   const CDataset& measured() const { return measured_; }
   const QuantityValues& quantities() const { return quantities_; }
   const PreparedMeasurement& prepared() const { return prepared_; }
-  /// q after the offset, without the shift of the dataset; for the state as Apply left it.
+  /// q after the offset, without the shift of the dataset; for the state after Apply.
   std::span<const double> ShiftedQ() const { return {measured_.dataset_qz.data, prepared_.q.size()}; }
   /// sin θ of a point after the offset and the shift.
   double SineOf(std::size_t point) const;
@@ -63,7 +63,7 @@ class CurveModel : private ScriptWatch {
   /// Whether nodes depend on the critical edges of the state.
   bool FollowsEdges() const { return rules_ != nullptr && rules_->FollowEdges(); }
 
-  /// Nodes of all points for the state as it is; null for the samples of its resolution.
+  /// Nodes of all points for the present state; null for the samples of its resolution.
   const engine::PointRules* RulesFor(const CState& state) override;
 
  private:

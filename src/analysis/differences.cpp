@@ -8,7 +8,7 @@
 namespace tolvik::analysis {
 namespace {
 
-// Points and weights of a derivative; the step at a bound looks inwards only.
+// Points and weights of a derivative; the step at a bound goes inwards only.
 struct Stencil {
   double at[3];
   double weight[3];

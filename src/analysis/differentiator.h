@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The Jacobian of the residuals of one measurement.
 //
-// Parameters reach the curve through scripts, tables, ties, slices and functions of the depth. What they move
-// is taken by differences of everything but the curve: the profile, the nodes, the factor and the constant of
-// each point. These cost no recursion, and are exact where a number moves in proportion. The derivatives of
-// the curve by all of these come from one sweep (engine/curve/jacobian.h).
+// Parameters act on the curve through scripts, tables, ties, slices and functions of the depth. Differences
+// are taken of the inputs of the curve only: the profile, the nodes, the factor and the constant of each
+// point. They cost no recursion, and are exact where an input is linear in the parameter. The derivatives of
+// the curve by all of these inputs come from one sweep (engine/curve/jacobian.h).
 #pragma once
 
 #include <cstddef>
@@ -16,7 +16,7 @@
 
 namespace tolvik::analysis {
 
-/// Where the rows of one measurement stand.
+/// The rows of one measurement.
 struct RowBlock {
   std::span<double> residuals;
   Matrix& jacobian;
@@ -30,7 +30,7 @@ class Differentiator {
       : worker_(worker), parameters_(parameters), measurement_(measurement) {}
 
   /// Residuals and exact derivatives. False where there are none: another algorithm than Parratt's, an energy
-  /// scan, a curve that is folded after it was calculated, the weights of the program, or a parameter that
+  /// scan, a curve that is convolved after its calculation, the weights of the program, or a parameter that
   /// changes the number of slices or nodes.
   bool Exact(std::span<const double> x, const RowBlock& block, RowValues& values);
 

@@ -13,10 +13,10 @@ namespace {
 
 using engine::ProfileField;
 
-// Nothing here is rounded like a number near 1: delta itself moves, not the index.
+// No input is rounded relative to 1: delta itself changes, not the index.
 constexpr double kStep = 6e-6;
 
-// How one parameter moves all but the curve.
+// The effect of one parameter on the inputs of the curve.
 struct Movement {
   std::vector<double> sine, weight;  // d / d parameter of each node; empty where the nodes stay
   std::vector<double> factor[2];     // empty where the points keep theirs
@@ -39,7 +39,7 @@ std::vector<double> Difference(const std::vector<double>& high, const std::vecto
   return result;
 }
 
-// The matrix from parameters to all that a curve is calculated from.
+// The matrix from parameters to all inputs of a curve.
 class Chain {
  public:
   Chain(CurveModel& model, const std::vector<Parameter>& parameters, std::span<const double> x)
@@ -91,7 +91,7 @@ class Chain {
       const auto& low = low_.stage.profile[j];
       for (const auto& [field, member] : kFields) {
         double change = (high.*member - low.*member) / width;
-        // The curve knows lengths in units of the wavelength.
+        // The curve depends on lengths in units of the wavelength.
         if (field == ProfileField::kThickness || field == ProfileField::kRoughness) {
           change += here_.stage.profile[j].*member * wavevector;
         }
@@ -228,7 +228,7 @@ bool Differentiator::Exact(std::span<const double> x, const RowBlock& block, Row
   RowValues own;
   WriteRows(prepared, chain, 0, second ? curves.second : curves.first, block, own);
   if (prepared.curves() == 2) WriteRows(prepared, chain, 1, curves.second, block, own);
-  if (std::isnan(own.chi_square)) return false;  // the differences find out why
+  if (std::isnan(own.chi_square)) return false;  // the differences find the reason
   values.chi_square += own.chi_square;
   values.log_likelihood += own.log_likelihood;
   return true;

@@ -25,7 +25,7 @@ HermiteValue Hermite(std::int32_t n, double x) {
   return {value, std::sqrt(double(n)) * below, squares};
 }
 
-// The root between two numbers at which the polynomial differs in sign.
+// The root between two numbers at which the polynomial has different signs.
 double HermiteRoot(std::int32_t n, double low, double high) {
   const bool rises = Hermite(n, low).value < 0;
   for (int i = 0; i < 12; ++i) {

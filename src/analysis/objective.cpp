@@ -71,7 +71,7 @@ const ResolutionReport& Objective::nodes_of(std::size_t measurement) const {
   return prepared_.at(measurement).nodes;
 }
 
-// Also finds what a script or a table would hide, and how long an evaluation takes.
+// Also finds faults of scripts and tables, and the time of an evaluation.
 void Objective::EvaluateStart() {
   const std::vector<double> start = Start();
   ResidualsAt(start);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// What users hand in by mistake, and what comes back.
+// Mistakes of users, and their refusals.
 #include <gtest/gtest.h>
 
 #include <cmath>

@@ -11,12 +11,12 @@
 namespace tolvik::analysis {
 namespace {
 
-// Relative steps of central differences: where rounding and the cubic term meet. An index 1 - delta is
-// rounded like a number near 1, which a small step in delta drowns in.
+// Relative steps of central differences: where rounding and the cubic term are equal. An index 1 - delta is
+// rounded relative to 1, which hides a small step in delta.
 constexpr double kStep = 6e-6;
 constexpr double kOpticalStep = 1e-4;
 
-// What a variable without bounds carries, and more.
+// Bounds of a variable without bounds, or wider ones.
 constexpr double kNoBound = 1e10;
 
 std::string Text(double value) {
@@ -74,7 +74,7 @@ void MoveInside(Parameter& parameter, std::vector<std::string>& warnings) {
                      " lies outside of its bounds and was moved to " + Text(parameter.value));
 }
 
-// The step of the variable is no scale: files without one say 0.1 whatever the unit.
+// The step of the variable is not its scale: without one in the file it is 0.1 in any unit.
 double ScaleOf(const Parameter& parameter) {
   const double width = parameter.bounds.upper - parameter.bounds.lower;
   double scale = std::abs(parameter.value);

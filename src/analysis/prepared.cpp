@@ -45,7 +45,7 @@ CArray<double> ToColumn(const std::vector<double>& values) {
   return column;
 }
 
-// The columns as the error functions of the program read them.
+// The columns in the form for the error functions of the program.
 void FillColumns(const Measurement& measurement, CDataset& dataset) {
   dataset.dataset_qz = ToColumn(measurement.q);
   dataset.dataset_eng = ToColumn(measurement.energies);
@@ -81,7 +81,7 @@ CDataset ToDataset(const CState& state, const Measurement& measurement) {
   return dataset;
 }
 
-// The state of one measurement: its dataset alone is active, and what belongs to others is dropped.
+// The state of one measurement: only its dataset is active, and the others are dropped.
 void PlaceDataset(const CState& state, PreparedMeasurement& result) {
   const Measurement& source = result.source;
   if (source.dataset >= state.datasets.size) {

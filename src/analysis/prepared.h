@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// A measurement made ready for many evaluations: what stays the same for all of them.
+// A measurement prepared for many evaluations: the data that stay the same for all of them.
 #pragma once
 
 #include <cstdint>
@@ -12,22 +12,22 @@
 
 namespace tolvik::analysis {
 
-/// How a measurement is compared.
+/// The method of comparison of a measurement.
 struct ComparisonRules {
   Weights weights = Weights::kErrors;
   Resolution resolution = Resolution::kState;
   double tolerance = 1e-4;
 };
 
-/// A measurement with the points that take part, and the state under its conditions.
+/// A measurement with the points in use, and the state under its conditions.
 struct PreparedMeasurement {
   Measurement source;
   ComparisonRules rules;
   PointCount count;
-  std::vector<std::int32_t> points;    ///< those that take part, as indices into the columns of source
+  std::vector<std::int32_t> points;    ///< those in use, as indices into the columns of source
   std::vector<double> q, dq;           ///< of these points
   std::vector<double> y[2], error[2];  ///< the second pair for kinds with two curves
-  CState state;                        ///< where each evaluation begins: the dataset placed, tables loaded
+  CState state;                        ///< start of each evaluation: the dataset placed, tables loaded
   std::int32_t dataset = 0;            ///< of state
   std::vector<PointPlan> plan;         ///< nodes of the points, for Resolution::kPoints
   ResolutionReport nodes;
@@ -37,7 +37,7 @@ struct PreparedMeasurement {
   int curves() const { return HasTwoCurves(source.kind) ? 2 : 1; }
 };
 
-/// Makes measurement `number` ready. Warnings about left-out points and nodes are appended. Throws DataError,
+/// Prepares measurement `number`. Warnings about omitted points and nodes are appended. Throws DataError,
 /// TablesError for missing tables, ScriptError for a script that fails.
 PreparedMeasurement Prepare(const CState& state, const Measurement& measurement, std::size_t number,
                             const ComparisonRules& rules, std::vector<std::string>& warnings);

@@ -10,8 +10,8 @@ namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-// Share of a normal distribution between a and b, in units of sigma; by the tail on the far side, so that no
-// digits are lost there.
+// Share of a normal distribution between a and b, in units of sigma; from the smaller tail, so that no digits
+// are lost there.
 double NormalShare(double a, double b) {
   constexpr double kRootHalf = 1 / std::numbers::sqrt2;
   if (a > 0) return 0.5 * (std::erfc(a * kRootHalf) - std::erfc(b * kRootHalf));
@@ -31,7 +31,7 @@ double LogNormalDensity(const Prior& prior, const Bounds& bounds, double x) {
   return -0.5 * z * z - std::log(norm);
 }
 
-// The share grows with z: halving finds it to the last digit that matters.
+// The share increases with z: bisection finds z to the last digit that matters.
 double NormalQuantile(const Prior& prior, const Bounds& bounds, double u) {
   constexpr double kFarthest = 40;
   const Standardised cut(prior, bounds);

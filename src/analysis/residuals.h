@@ -8,7 +8,7 @@ namespace tolvik::analysis {
 
 /// One comparison of a value with its model.
 struct Residual {
-  double value;           ///< what least squares minimises the square of
+  double value;           ///< the residual, whose square least squares minimises
   double slope;           ///< d value / d model
   double log_likelihood;  ///< of this point
 };

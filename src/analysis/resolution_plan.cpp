@@ -15,7 +15,7 @@ constexpr std::int32_t kHermiteLadder[] = {3, 5, 7, 9, 11, 13, 15, 17, 21, 25, 3
 constexpr std::int32_t kLegendreLadder[] = {8, 12, 16, 20, 24, 32, 40, 48, 64, 96, 128, 192, 256, 400};
 constexpr std::int32_t kMostLegendre = 400;
 constexpr double kThicknessMargin = 1.1;
-// A parameter moves an edge during a fit: as far points take pieces as well.
+// A parameter moves an edge during a fit: points up to this distance are cut into pieces as well.
 constexpr double kEdgeMargin = 0.05;
 
 // Error of n Gauss-Hermite nodes for cos(x t) under the normal density: x^2n n! / (2n)!, the remainder of the
@@ -29,7 +29,7 @@ std::int32_t LegendreForPhase(double phase) {
   return static_cast<std::int32_t>(std::min(8 + 0.55 * phase, double(kMostLegendre)));
 }
 
-// The thickness whose fringes reach the surface: absorption damps the wave that comes back from deeper.
+// The thickness whose fringes reach the surface: absorption damps waves from deeper.
 double VisibleThickness(const engine::Stage& stage, double q) {
   constexpr double kInvisible = 1e-5;
   double thickness = 0, damping = 0;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// How many nodes each point needs for a stated accuracy.
+// The number of nodes of each point for a given accuracy.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@
 
 namespace tolvik::analysis {
 
-/// What is to be planned.
+/// The input of a plan.
 struct ResolutionTask {
   engine::Stage& stage;
   bool both_rays;
@@ -21,12 +21,12 @@ struct ResolutionTask {
   double tolerance;  ///< of the relative deviation
 };
 
-/// The fewest nodes for each point whose value deviates from a dense quadrature of the Gaussian by a quarter
-/// of the tolerance at most, tried on the curve of the stage itself. Not fewer than a plane wave through 1.1
-/// times the thickness that light reaches needs, so that a fit may change the thickness.
+/// The fewest nodes for each point whose value deviates from a dense quadrature of the Gaussian by at most a
+/// quarter of the tolerance, tested on the curve itself. Not fewer than a plane wave needs through 1.1 times
+/// the thickness that light reaches, so that a fit may change the thickness.
 std::vector<PointPlan> PlanResolution(const ResolutionTask& task, ResolutionReport& report);
 
-/// Nodes for fringes of a thickness where no curve is tried, as in energy scans.
+/// Nodes for fringes of a thickness where no curve is tested, as in energy scans.
 PointPlan PlanForThickness(double thickness, double sigma, double tolerance);
 
 }  // namespace tolvik::analysis

@@ -93,8 +93,8 @@ void ResolutionRules::AddHermite(double sigma, std::int32_t nodes) {
   }
 }
 
-// The cuts: the horizon, below which nothing is reflected, and the edges. Between two edges each gets its
-// half.
+// The cuts: the horizon, below which R is 0, and the edges. The range between two edges is halved between
+// them.
 void ResolutionRules::AddPieces(double q, double sigma, std::int32_t nodes, std::span<const double> edges) {
   const double low = std::max(q - kSigmaReach * sigma, 0.0), high = q + kSigmaReach * sigma;
   const QuadratureRule& rule = Legendre(nodes);

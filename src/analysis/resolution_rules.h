@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The nodes of a resolution that is a sigma for each point.
 //
-// Away from critical edges the Gaussian of a point is taken by Gauss-Hermite nodes. At an edge the
-// reflectivity bends like a square root, which costs any such rule its accuracy; there the Gaussian is cut at
-// the edges, and each piece is taken by Gauss-Legendre nodes in t with |q - edge| ~ t², in which the curve is
-// smooth. The cuts follow the edges of the model.
+// Away from critical edges the Gaussian of a point is integrated by Gauss-Hermite nodes. At an edge the
+// reflectivity varies like a square root, for which such rules are inaccurate; there the Gaussian is cut at
+// the edges, and each piece is integrated by Gauss-Legendre nodes in t with |q - edge| ~ t², in which the
+// curve is smooth. The cuts follow the edges of the model.
 #pragma once
 
 #include <cstdint>
@@ -18,17 +18,17 @@
 
 namespace tolvik::analysis {
 
-/// The Gaussian ends there, in sigma: 4e-8 of it lie beyond.
+/// The end of the Gaussian, in sigma: 4e-8 of it is beyond.
 inline constexpr double kSigmaReach = 5.5;
 
-/// How one point is taken.
+/// The quadrature of one point.
 struct PointPlan {
   std::int32_t nodes = 1;  ///< of Gauss-Hermite, or of Gauss-Legendre on each piece
   bool pieces = false;
 };
 
-/// Layers at whose critical edges the curve of a state bends: the substrate and its thicker slabs, of equal
-/// ones the topmost. Empty in element mode.
+/// Layers with critical edges that matter for the curve: the substrate and the thicker slabs, of equal ones
+/// the topmost. Empty in element mode.
 std::vector<std::int32_t> LayersWithEdges(const CState& state);
 
 /// Their critical edges 2 k0 sin θc, Å⁻¹, ascending.
@@ -57,7 +57,7 @@ class ResolutionRules {
   std::vector<double> dq_;
   std::vector<PointPlan> plan_;
   bool has_pieces_ = false;
-  std::vector<double> q_, edges_;  // of the rules as they are
+  std::vector<double> q_, edges_;  // of the present rules
   engine::PointRules rules_;
   std::map<std::int32_t, QuadratureRule> hermite_, legendre_;
 };

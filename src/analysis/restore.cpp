@@ -38,7 +38,7 @@ void Restore(const CDataset& base, CDataset& dataset) {
   dataset.datasetqztranslation = base.datasetqztranslation;
 }
 
-// The place where a query starts decides in a table whose energies do not ascend.
+// In a table whose energies do not ascend, the result of a query depends on where it starts.
 void Restore(const COpticalTable& base, COpticalTable& table) {
   table.db.cursor = base.db.cursor;
   table.m.cursor = base.m.cursor;

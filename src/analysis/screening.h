@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Which points of a measurement take part, and why the others do not.
+// Selects the points of a measurement that are used, and counts the reasons against the others.
 #pragma once
 
 #include <cstdint>
@@ -10,17 +10,17 @@
 
 namespace tolvik::analysis {
 
-/// What Screen asks of a point.
+/// The requirements of Screen on a point.
 struct ScreenRules {
   double window_min, window_max;  ///< closed, Å⁻¹
   double reach;                   ///< 2 k0, Å⁻¹; of an energy scan unspecified
-  double half_width;              ///< of the resolution, Å⁻¹, where dq takes no part
-  bool needs_errors;              ///< dR takes part
-  bool needs_widths;              ///< dq takes part
+  double half_width;              ///< r of the resolution, Å⁻¹, where dq is not used
+  bool needs_errors;              ///< dR is used
+  bool needs_widths;              ///< dq is used
   bool logarithmic;               ///< values must be positive
 };
 
-/// Indices of the points that take part, in order.
+/// Indices of the points in use, in order.
 std::vector<std::int32_t> Screen(const Measurement& measurement, const ScreenRules& rules, PointCount& count);
 
 }  // namespace tolvik::analysis

@@ -8,7 +8,7 @@
 namespace tolvik::analysis {
 namespace {
 
-// Lua counts the line "function Start()" that stands before the script.
+// Lua counts the line "function Start()" before the script.
 constexpr std::string_view kChunk = "[string \"line\"]:";
 
 std::string WithOwnLine(std::string_view message) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// What went wrong in the script of a state.
+// The failure of a state's script.
 #pragma once
 
 #include <string>

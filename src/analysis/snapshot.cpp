@@ -40,7 +40,7 @@ void TakeNodes(CurveModel& model, Snapshot& snapshot) {
   }
 }
 
-// The factors that the last step of a curve puts on R, if any.
+// The factors of R in the last step of a curve, if any.
 void FinishFactors(const CurveModel& model, Snapshot& snapshot) {
   const CState& state = model.state();
   if (state.mulqz4 == 0 && state.polcorrection == 0) return;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// All that a curve is calculated from, at one point of the parameters, without the curve.
+// All inputs of a curve at one point of the parameters, without the curve.
 #pragma once
 
 #include <span>
@@ -10,14 +10,14 @@
 
 namespace tolvik::analysis {
 
-/// What decides where the nodes lie.
+/// The numbers that determine the positions of the nodes.
 struct NodeKey {
   double lambda = 0, resolution = 0, q_shift = 0, offset = 0;
   std::vector<double> edges;
   bool operator==(const NodeKey&) const = default;
 };
 
-/// What decides the factors and constants of the points.
+/// The numbers that determine the factors and constants of the points.
 struct ScaleKey {
   QuantityValues quantities{};
   double multiplicator = 1, translator = 0;
@@ -35,9 +35,9 @@ struct Snapshot {
   double constant = 0;
 };
 
-/// Takes a snapshot of the model at x. before: one of the same model, null for none; what has not moved since
-/// is not calculated again but left empty, so that sine, weight and end are empty where the nodes stay, and
-/// factor where the points keep theirs. False when the script fails.
+/// Takes a snapshot of the model at x. before: one of the same model, null for none; unchanged members are
+/// not calculated again but left empty: sine, weight and end where the nodes stay, and factor where the
+/// points keep theirs. False when the script fails.
 bool TakeSnapshot(CurveModel& model, std::span<const double> x, const Snapshot* before, Snapshot& snapshot);
 
 }  // namespace tolvik::analysis

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// What one thread needs to evaluate an objective.
+// The data of one thread that evaluates an objective.
 #pragma once
 
 #include <memory>
@@ -18,7 +18,7 @@ class ObjectiveWorker {
   /// Both must outlive the worker.
   ObjectiveWorker(const std::vector<PreparedMeasurement>& prepared, const std::vector<Parameter>& parameters);
 
-  /// Residuals (N,) at x, NaN where they cannot be calculated, and what follows from them; log_prior is left.
+  /// Residuals (N,) at x, NaN where they cannot be calculated, and the sums of them; log_prior is not set.
   void Evaluate(std::span<const double> x, std::span<double> residuals, RowValues& values);
 
   /// Residuals of one measurement, ResidualsOf(measurement) of them. False where they cannot be calculated.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// What the analysis refuses, each with one line that names the value and a remedy.
+// Errors of the analysis, each with a message of one line that names the value and a remedy.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,7 @@
 
 namespace tolvik::analysis {
 
-/// Base of all refusals of this room.
+/// Base of all errors of this room.
 class AnalysisError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
@@ -34,7 +34,7 @@ class TablesError : public AnalysisError {
  public:
   TablesError(const std::string& message, std::vector<std::string> names)
       : AnalysisError(message), files(std::move(names)) {}
-  std::vector<std::string> files;  ///< what was looked for
+  std::vector<std::string> files;  ///< the missing files
 };
 
 /// A point of the parameters has no curve: a node out of reach, a table that does not reach the energy.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// A measured curve with its error bars and the conditions under which it was measured.
+// A measured curve with its error bars and the conditions of the measurement.
 #pragma once
 
 #include <array>
@@ -13,7 +13,7 @@
 
 namespace tolvik::analysis {
 
-/// What was measured.
+/// The measured quantity.
 enum class MeasurementKind : std::uint8_t {
   kReflectivity,         ///< of the first ray, over q
   kSecondRay,            ///< of the second ray, over q; algorithm 0 reverses the magnetisation for it
@@ -38,12 +38,12 @@ struct Quantity {
 };
 
 enum class BeamShape : std::uint8_t {
-  kNone,      ///< the sample takes the whole beam at every angle
+  kNone,      ///< the sample intercepts the whole beam at every angle
   kGaussian,  ///< beam_width is the sigma of the beam
   kBox,       ///< beam_width is its full width
 };
 
-/// The share of the beam that meets the sample. Both lengths in one unit, mm as a rule.
+/// The share of the beam that hits the sample. Both lengths in one unit, usually mm.
 struct Footprint {
   BeamShape shape = BeamShape::kNone;
   Quantity beam_width = {.value = 1.0};
@@ -74,9 +74,9 @@ struct Measurement {
   bool counts = false;               ///< R without dR are counts: Poisson statistics
 
   std::optional<double> energy;      ///< eV; without: that of the state
-  std::optional<double> resolution;  ///< half width r of the rule of the program, Å⁻¹; without: the state's
-  std::optional<std::array<double, 8>> rays;  ///< both rays as in optics/rays.h; without: those of the state
-  std::int32_t dataset = -1;  ///< dataset of the state in whose place it stands; -1: a new one
+  std::optional<double> resolution;  ///< r of the rule of the program, two sigma, Å⁻¹; without: the state's
+  std::optional<std::array<double, 8>> rays;   ///< both rays as in optics/rays.h; without: those of the state
+  std::int32_t dataset = -1;                   ///< dataset of the state that it replaces; -1: a new one
   double multiplicator = 1.0, translator = 0;  ///< as in CDataset
   double q_shift = 0;                          ///< datasetqztranslation, Å⁻¹
 
@@ -95,7 +95,7 @@ Measurement FromDataset(const CState& state, std::int32_t index);
 std::vector<Measurement> ActiveDatasets(const CState& state);
 
 /// Throws DataError for columns of unequal lengths, missing columns, and quantities whose bounds cross.
-/// label: how messages name the measurement.
+/// label: the name of the measurement in messages.
 void CheckMeasurement(const Measurement& measurement, const std::string& label);
 
 }  // namespace tolvik::analysis

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// How well a state describes its measurements, as a function of what is free.
+// The agreement of a state with its measurements, as a function of the free parameters.
 #pragma once
 
 #include <cstdint>
@@ -26,8 +26,8 @@ struct ObjectiveOptions {
   bool exact = true;         ///< Jacobians by exact derivatives where there are some, else by differences
 };
 
-/// What is known of a row of points. Where the model cannot be calculated (code other than
-/// ReturnCode::kSuccess, or a residual that is not a number) chi_square is infinite, the logarithms are
+/// The result at a point of the parameters. Where the model cannot be calculated (code other than
+/// ReturnCode::kSuccess, or a NaN residual) chi_square is infinite, the logarithms are
 /// -infinity.
 struct RowValues {
   double chi_square = 0;
@@ -61,9 +61,9 @@ struct PreparedMeasurement;
 /// one after the other); results of many do not depend on the number of threads. A point need not lie in the
 /// bounds, but its prior is then 0.
 ///
-/// Calls from several threads wait for each other. Every evaluation begins from the state as it was given, so
-/// it does not depend on the ones before. N is the number of residuals: the points of all measurements in
-/// order, first curve before second.
+/// Calls from several threads wait for each other. Every evaluation begins from the given state, so it does
+/// not depend on the ones before. N is the number of residuals: the points of all measurements in order,
+/// first curve before second.
 class Objective {
  public:
   /// Takes copies. Throws DataError for measurements and bounds that cannot be used, TablesError for missing
@@ -87,7 +87,7 @@ class Objective {
   /// Residuals of k points, (k, N); rows that cannot be calculated are NaN. values: (k,), may be null.
   Matrix Residuals(std::span<const double> x, std::vector<RowValues>* values = nullptr);
 
-  /// Everything but the residuals of k points, (k,). only_allowed: a point whose prior is 0 is not
+  /// All results except the residuals of k points, (k,). only_allowed: a point whose prior is 0 is not
   /// calculated, and its chi_square is infinite.
   std::vector<RowValues> Evaluate(std::span<const double> x, bool only_allowed = false);
 
@@ -105,7 +105,7 @@ class Objective {
   Covariance CovarianceAt(std::span<const double> x);
 
   /// The state at a point: the fit variables written into it, also their fit_value; the conditions, the
-  /// datasets and what the tables and the script set stay those of the state given.
+  /// datasets and the values set by tables and script stay those of the given state.
   CState StateAt(std::span<const double> x) const;
 
  private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// What is free: the fit variables of a state, and quantities of its measurements.
+// The free parameters: the fit variables of a state, and quantities of its measurements.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@
 
 namespace tolvik::analysis {
 
-/// Which number a parameter is.
+/// The kind of number of a parameter.
 enum class ParameterKind : std::uint8_t {
   kVariable,  ///< a fit variable of the state
   kScale,     ///< of a measurement, and so on
@@ -28,7 +28,7 @@ struct Parameter {
   std::string name;  ///< for people, such as "layer 2 thickness" or "data 0 scale"; unique
   ParameterKind kind = ParameterKind::kVariable;
   std::int32_t index = 0;  ///< of the fit variable, or of the measurement
-  double value = 0;        ///< where a fit starts, inside the bounds
+  double value = 0;        ///< start of a fit, inside the bounds
   Bounds bounds;
   Prior prior;
   double scale = 1;    ///< a typical change, above 0
@@ -45,10 +45,10 @@ std::string NameOfVariable(const CFitVariable& variable);
 std::vector<Parameter> CollectParameters(const CState& state, std::span<const Measurement> measurements,
                                          std::vector<std::string>& warnings);
 
-/// The quantity of a measurement that a parameter is; kind is not kVariable.
+/// The quantity of a measurement for a parameter whose kind is not kVariable.
 Quantity& QuantityOf(Measurement& measurement, ParameterKind kind);
 
-/// How messages and parameters name measurement i: "data i".
+/// The name of measurement i in messages and parameters: "data i".
 std::string LabelOf(std::size_t i);
 
 }  // namespace tolvik::analysis

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// What is known of a parameter before the measurement: its bounds and the density of probability inside.
+// The prior of a parameter: its bounds and the probability density inside.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// How measurements are compared, and what became of their points.
+// Methods of comparison, and counts of used and omitted points.
 #pragma once
 
 #include <cstdint>
@@ -7,20 +7,20 @@
 
 namespace tolvik::analysis {
 
-/// How residuals are weighted.
+/// Weights of the residuals.
 enum class Weights : std::uint8_t {
   kErrors,   ///< (y - model) / dR; counts without dR: the deviance of Poisson statistics
   kLog,      ///< log10 y - log10 model, all points alike
   kProgram,  ///< the error functions and the window of the fits of the program
 };
 
-/// Where the width of q comes from.
+/// Source of the width of q.
 enum class Resolution : std::uint8_t {
   kState,   ///< the nine samples of the program with the resolution of the measurement
   kPoints,  ///< dq of each point
 };
 
-/// How many points take part; each other point is counted once, for the first reason that holds.
+/// Number of points in use; each other point is counted once, for the first reason that applies.
 struct PointCount {
   std::int32_t used = 0;
   std::int32_t masked = 0;          ///< by the caller
@@ -34,7 +34,7 @@ struct PointCount {
   std::string Text() const;
 };
 
-/// What the nodes of a measurement cost and reach.
+/// Number and accuracy of the nodes of a measurement.
 struct ResolutionReport {
   std::int32_t nodes = 0;       ///< of all points together
   std::int32_t most = 0;        ///< of one point
