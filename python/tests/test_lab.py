@@ -66,7 +66,7 @@ def test_xrdml(tmp_path, capsys):
     assert data.energy == pytest.approx(energy)
     assert data.q == pytest.approx(units.q_from_two_theta([0.2, 0.5, 0.8], energy))
     assert data.r == pytest.approx([20000, 450, 8]), "counts per second"
-    # 40000 stands for 400 counted photons: a relative error of 1/20.
+    # 40000 is the rate of 400 counted photons: a relative error of 1/20.
     assert data.dr / data.r == pytest.approx(1 / np.sqrt([400, 900, 16]))
     assert capsys.readouterr().out == ""
 

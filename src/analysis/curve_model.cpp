@@ -114,7 +114,7 @@ const engine::PointRules* CurveModel::RulesFor(const CState& state) {
   return rules;
 }
 
-// A calculation would stop there without a word.
+// A calculation would silently stop there.
 bool CurveModel::IsOutOfReach(const CState& state, const engine::PointRules* rules) const {
   if (IsEnergyScan(prepared_.source.kind)) return false;  // a scan has codes
   const double reach = 4 * std::numbers::pi / state.lambda;

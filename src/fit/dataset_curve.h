@@ -7,7 +7,7 @@
 
 namespace tolvik {
 
-/// How CalcDatasetCurve works. As it stands: as the fits of the program.
+/// Options of CalcDatasetCurve. The defaults are those of the fits of the program.
 struct CurveSettings {
   engine::CurveCompanion* companion =
       nullptr;              ///< samples of each point; null: those of the dataset's resolution
