@@ -77,3 +77,13 @@ set(TOLVIK_PYTHON_FOLDER ${python_place} CACHE STRING "Where the Python package 
 install(DIRECTORY ${python_folder}/tolvik DESTINATION ${TOLVIK_PYTHON_FOLDER}
         PATTERN "__pycache__" EXCLUDE PATTERN ".mypy_cache" EXCLUDE)
 install(TARGETS tolvik_core LIBRARY DESTINATION ${TOLVIK_PYTHON_FOLDER}/tolvik)
+
+# The commands that pyproject.toml names, for this interpreter.
+file(RELATIVE_PATH TOLVIK_PYTHON_FROM_COMMANDS ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_PREFIX}/${TOLVIK_PYTHON_FOLDER})
+file(STRINGS ${python_folder}/pyproject.toml commands REGEX "^tolvik-[a-z]+ = \"tolvik\\.tools\\.")
+foreach(command ${commands})
+  string(REGEX MATCH "^(tolvik-[a-z]+) = \"([a-z.]+):main\"$" matched "${command}")
+  set(TOLVIK_COMMAND_MODULE ${CMAKE_MATCH_2})
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/command.py.in ${PROJECT_BINARY_DIR}/commands/${CMAKE_MATCH_1} @ONLY)
+  install(PROGRAMS ${PROJECT_BINARY_DIR}/commands/${CMAKE_MATCH_1} DESTINATION ${CMAKE_INSTALL_BINDIR})
+endforeach()

@@ -1,5 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """Files of diffractometers, written here as the instruments write them."""
+import sys
+
 import numpy as np
 import pytest
 
@@ -89,3 +91,9 @@ def test_spec(tmp_path, capsys):
     with pytest.raises(DataError, match="none of the columns tth, Monitor, Ion is called detector"):
         read(write(tmp_path, "b.spec", SPEC.replace("Detector", "Ion")), energy=8048)
     assert capsys.readouterr().out == ""
+
+
+def test_without_the_library_the_message_says_so(tmp_path, monkeypatch):
+    monkeypatch.setitem(sys.modules, "xrayutilities", None)
+    with pytest.raises(DataError, match="a.ras: .ras files are read through xrayutilities, .*install python3-xray"):
+        read(write(tmp_path, "a.ras", RAS))

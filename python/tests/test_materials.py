@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 import math
+import sys
 import warnings
 
 import numpy as np
@@ -71,6 +72,7 @@ def test_both_sources_agree_away_from_edges(formula):
     assert np.max(found.spread("beta")) < 0.13 and np.median(found.spread("beta")) < 0.06
 
 
+@pytest.mark.filterwarnings("ignore")  # xraydb imports old names of scipy
 def test_tables_at_their_rows_are_those_of_the_libraries():
     import periodictable
     import xraydb
@@ -234,3 +236,32 @@ def test_the_program_reads_the_tables(tmp_path, monkeypatch):
     assert (state.layers.layer_delta[0], state.layers.layer_beta[0]) == pytest.approx(
         materials.delta_beta("Si", None, 8050.0), rel=1e-9
     )
+
+
+def test_missing_libraries_are_named(monkeypatch):
+    from tolvik.materials import libraries
+
+    def without(name):
+        libraries.periodictable.cache_clear()
+        libraries._xraydb_file.cache_clear()
+        monkeypatch.setitem(sys.modules, name, None)
+
+    monkeypatch.setattr(libraries.importlib.util, "find_spec", lambda name: None)
+    without("xraydb")
+    with pytest.raises(MaterialError, match="install python3-xraydb"):
+        libraries.xraydb_rows("SELECT 1 WHERE ? = ''", "Si")
+    without("periodictable")
+    with pytest.raises(MaterialError, match="install python3-periodictable"):
+        libraries.periodictable()
+    monkeypatch.undo()
+    libraries.periodictable.cache_clear()
+    libraries._xraydb_file.cache_clear()
+
+
+def test_a_damaged_data_base_is_an_error(monkeypatch, tmp_path):
+    from tolvik.materials import libraries
+
+    (tmp_path / "xraydb.sqlite").write_text("no data base")
+    monkeypatch.setattr(libraries, "_xraydb_file", lambda: tmp_path / "xraydb.sqlite")
+    with pytest.raises(MaterialError, match="cannot be read: file is not a database; install python3-xraydb anew"):
+        libraries.xraydb_rows("SELECT energy FROM Chantler WHERE element = ?", "Si")

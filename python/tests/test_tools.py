@@ -290,3 +290,11 @@ def test_colour_on_a_terminal_unless_no_color(settings, coloured):
     text = os.read(main, 10000).decode()
     os.close(main)
     assert ("\033[" in text) == coloured and "unrecognized arguments" in text
+
+
+def test_the_shell_completes_options(tmp_path):
+    pytest.importorskip("argcomplete")
+    settings = {**os.environ, "_ARGCOMPLETE": "1", "COMP_LINE": "tolvik-new --en", "COMP_POINT": "15"}
+    command = f"{sys.executable} -m tolvik.tools.new 8>{tmp_path}/found"
+    assert subprocess.run(["bash", "-c", command], env=settings, timeout=60).returncode == 0
+    assert (tmp_path / "found").read_text().strip() == "--energy"

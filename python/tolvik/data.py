@@ -11,7 +11,7 @@ import numpy as np
 import numpy.typing as npt
 
 from . import polarization as _polarization
-from . import reduction, resolution, units
+from . import data_checks, reduction, resolution, units
 from .errors import DataError, DataWarning
 
 Array = npt.NDArray[np.float64]
@@ -64,19 +64,19 @@ class Data:
     source: str = field(default="", kw_only=True)
 
     def __post_init__(self) -> None:
-        q = _column("q", self.q, None)
-        r = _column("r", self.r, q.size)
-        dr = None if self.dr is None else _column("dr", self.dr, q.size)
-        dq = None if self.dq is None else _column("dq", self.dq, q.size)
-        _refuse_negative("dr", dr, "an error is a standard deviation")
-        _refuse_negative("dq", dq, "dq is the resolution, sigma = FWHM / 2.3548")
+        q = data_checks.column("q", self.q, None)
+        r = data_checks.column("r", self.r, q.size)
+        dr = None if self.dr is None else data_checks.column("dr", self.dr, q.size)
+        dq = None if self.dq is None else data_checks.column("dq", self.dq, q.size)
+        data_checks.refuse_negative("dr", dr, "an error is a standard deviation")
+        data_checks.refuse_negative("dq", dq, "dq is the resolution, sigma = FWHM / 2.3548")
         if self.polarization is not None and not isinstance(self.polarization, str):
-            object.__setattr__(self, "polarization", _frozen_rays(self.polarization))
+            object.__setattr__(self, "polarization", data_checks.frozen_rays(self.polarization))
         elif self.polarization is not None:
             object.__setattr__(self, "polarization", _polarization.canonical(self.polarization))
         asymmetry = isinstance(self.polarization, str) and self.polarization == "asymmetry"
-        reasons = _reasons_to_mask(q, r, dr, dq, zero_is_empty=not asymmetry)
-        given = _mask(self.mask, q.size)
+        reasons = data_checks.reasons_to_mask(q, r, dr, dq, zero_is_empty=not asymmetry)
+        given = data_checks.mask_of(self.mask, q.size)
         mask = given.copy()
         for _, points in reasons:
             mask |= points
@@ -84,12 +84,13 @@ class Data:
             if value is not None:
                 value.setflags(write=False)
             object.__setattr__(self, name, value)
-        object.__setattr__(self, "energy", _energy(self.energy, q.size))
+        object.__setattr__(self, "energy", data_checks.energy_of(self.energy, q.size))
         if np.all(mask):
             raise DataError(
-                self._label() + f"none of {q.size} points is usable; {_tally(reasons, None) or 'all are masked'}"
+                self._label()
+                + f"none of {q.size} points is usable; {data_checks.tally(reasons, None) or 'all are masked'}"
             )
-        new = _tally(reasons, given)
+        new = data_checks.tally(reasons, given)
         if new:
             warnings.warn(
                 f"{self._label()}{int(np.sum(mask & ~given))} of {q.size} points masked: {new}",
@@ -234,76 +235,3 @@ class Data:
     def _label(self) -> str:
         name = ": ".join(text for text in (self.source, self.name) if text)
         return name + ": " if name else ""
-
-
-def _column(name: str, values: Any, size: Optional[int]) -> Array:
-    try:
-        column = np.array(values, dtype=np.float64)
-    except (TypeError, ValueError, OverflowError):
-        raise DataError(f"{name} is not an array of numbers; give one number per point") from None
-    if column.ndim == 0 and size is not None and name in ("dr", "dq"):
-        return np.full(size, float(column))
-    if column.ndim != 1 or column.size == 0:
-        raise DataError(f"{name} has shape {column.shape}; give a one-dimensional array with at least one point")
-    if size is not None and column.size != size:
-        raise DataError(f"{name} has {column.size} points, q has {size}; give one number per point")
-    return column
-
-
-def _refuse_negative(name: str, values: Optional[Array], meaning: str) -> None:
-    if values is not None and np.any(values < 0):
-        index = int(np.flatnonzero(values < 0)[0])
-        raise DataError(f"{name} is {values[index]:g} at index {index}; {meaning}: give numbers of at least 0")
-
-
-def _frozen_rays(polarization: Any) -> Array:
-    values = _polarization.rays(polarization)
-    values.setflags(write=False)
-    return values
-
-
-def _mask(mask: Any, size: int) -> Mask:
-    if mask is None:
-        return np.zeros(size, dtype=np.bool_)
-    given = np.asarray(mask)
-    if given.dtype != np.bool_ or given.shape != (size,):
-        raise DataError(
-            f"mask has shape {given.shape} and type {given.dtype}; give {size} bools, True where a point is left out"
-        )
-    return given
-
-
-def _energy(energy: Any, size: int) -> Union[float, Array, None]:
-    if energy is None:
-        return None
-    try:
-        values = np.array(energy, dtype=np.float64)
-    except (TypeError, ValueError):
-        values = np.empty(0)
-    if values.shape not in ((), (size,)) or not np.all((values > 0) & np.isfinite(values)):
-        raise DataError(f"energy {energy!r} is no positive number; give eV, one for all points or one per point")
-    if values.ndim == 0:
-        return float(values)
-    values.setflags(write=False)
-    return values
-
-
-def _reasons_to_mask(
-    q: Array, r: Array, dr: Optional[Array], dq: Optional[Array], *, zero_is_empty: bool
-) -> list[Tuple[str, Mask]]:
-    finite = np.isfinite(q) & np.isfinite(r)
-    for values in (dr, dq):
-        if values is not None:
-            finite &= np.isfinite(values)
-    reasons = [("not a finite number", ~finite)]
-    if zero_is_empty:
-        reasons.append(("R = 0", finite & (r == 0)))
-    if dr is not None:
-        rest = finite & (r != 0) if zero_is_empty else finite
-        reasons.append(("dR = 0", rest & (dr == 0)))
-    return reasons
-
-
-def _tally(reasons: list[Tuple[str, Mask]], given: Optional[Mask]) -> str:
-    counts = [(int(np.count_nonzero(points if given is None else points & ~given)), text) for text, points in reasons]
-    return ", ".join(f"{count} with {text}" if "=" in text else f"{count} {text}" for count, text in counts if count)

@@ -1,4 +1,5 @@
-# cmake -DBUILD=build folder -DSOURCE=consumer folder -DWORK=scratch folder -DCXX=compiler -P install_and_use.cmake
+# cmake -DBUILD=build folder -DSOURCE=consumer folder -DWORK=scratch folder -DCXX=compiler -DPYTHON=bool
+#       -P install_and_use.cmake
 #
 # Installs into a scratch prefix, moves that to another place (an installed tree must not depend on its first place),
 # then builds and runs the consumer there through the CMake package, and once more through pkg-config.
@@ -12,6 +13,10 @@ set(prefix ${WORK}/prefix)
 file(GLOB_RECURSE manual ${prefix}/*/Tolvik.1)
 if(NOT manual OR NOT EXISTS ${prefix}/bin/Tolvik OR NOT EXISTS ${prefix}/include/tolvik/tolvik.h)
   message(FATAL_ERROR "the installed tree lacks the program, a header or the man page")
+endif()
+
+if(PYTHON)
+  run(${prefix}/bin/tolvik-new --version)
 endif()
 
 run(${CMAKE_COMMAND} -S ${SOURCE} -B ${WORK}/build -G Ninja -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_CXX_COMPILER=${CXX})

@@ -12,13 +12,12 @@ import numpy.typing as npt
 
 from ..errors import MaterialWarning
 from .formula import Material, parse
-from .libraries import library
+from .libraries import xraydb_rows
 
 Array = npt.NDArray[np.float64]
 
 #: Below this distance from an edge neighbours and bonds move the constants, which no table of atoms knows; eV.
 NEAR_EDGE = 20.0
-_LAST_OF_ELAM = 98
 _LOWEST_EDGE = 30.0  # eV; below, there are no tables or they are unusable
 
 
@@ -36,16 +35,9 @@ class Edge:
 
 @functools.lru_cache(maxsize=None)
 def _edges_of(symbol: str) -> tuple[Edge, ...]:
-    xraydb = library("xraydb")
-    if _LAST_OF_ELAM < library("periodictable").elements.symbol(symbol).number:
-        return ()
-    found = xraydb.xray_edges(symbol)
-    return tuple(
-        sorted(
-            (Edge(symbol, name, float(edge.energy)) for name, edge in found.items() if edge.energy >= _LOWEST_EDGE),
-            key=lambda edge: edge.energy,
-        )
-    )
+    found = xraydb_rows("SELECT iupac_symbol, absorption_edge FROM xray_levels WHERE element = ?", symbol)
+    every = (Edge(symbol, str(name), float(energy)) for name, energy in found if energy >= _LOWEST_EDGE)
+    return tuple(sorted(every, key=lambda edge: edge.energy))
 
 
 def edges(formula: Union[str, Material], density: Optional[float] = None) -> list[Edge]:

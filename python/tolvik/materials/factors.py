@@ -3,16 +3,16 @@
 from __future__ import annotations
 
 import functools
+import json
 from typing import Callable
 
 import numpy as np
 import numpy.typing as npt
 
 from ..errors import MaterialError
-from .libraries import library
+from .libraries import periodictable, xraydb_rows
 
 Array = npt.NDArray[np.float64]
-_LAST_OF_CHANTLER = 92
 #: Energies of the rows, eV, f1 (electrons, the number Z at high energy) and f2.
 Factors = tuple[Array, Array, Array]
 
@@ -71,18 +71,15 @@ def interpolate(symbol: str, source: str, energy: Array) -> tuple[Array, Array]:
 
 
 def _henke(symbol: str) -> Factors:
-    table = library("periodictable").elements.symbol(symbol).xray.sftable
+    table = periodictable().elements.symbol(symbol).xray.sftable
     if table is None:
         raise MaterialError(f"henke has no table of {symbol}; it ends with uranium: measure, or give delta and beta")
     return 1000.0 * np.asarray(table[0]), np.asarray(table[1]), np.asarray(table[2])
 
 
 def _chantler(symbol: str) -> Factors:
-    xraydb = library("xraydb")
-    number = int(xraydb.atomic_number(symbol))
-    if number > _LAST_OF_CHANTLER:
+    found = xraydb_rows("SELECT energy, f1, f2 FROM Chantler WHERE element = ?", symbol)
+    if not found:
         raise MaterialError(f"chantler has no table of {symbol}; it ends with uranium: measure, or give delta and beta")
-    energy = np.asarray(xraydb.chantler_energies(symbol, 0.0, 1e9), dtype=np.float64)
-    # At the rows themselves the spline of the library is the table; it gives f' without the Z electrons.
-    f1 = np.asarray(xraydb.f1_chantler(symbol, energy), dtype=np.float64) + number
-    return energy, f1, np.asarray(xraydb.f2_chantler(symbol, energy), dtype=np.float64)
+    energy, f1, f2 = (np.array(json.loads(column), dtype=np.float64) for column in found[0])
+    return energy, f1 + periodictable().elements.symbol(symbol).number, f2  # the file has f1 less the Z electrons

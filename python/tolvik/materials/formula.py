@@ -9,7 +9,7 @@ from dataclasses import dataclass
 from typing import Any, Mapping, Optional, Union
 
 from ..errors import MaterialError
-from .libraries import library
+from .libraries import periodictable
 
 AVOGADRO = 0.602214076  # 1e24 per mol (exact since 2019): g/cm³ over g/mol gives units per Å³
 
@@ -155,11 +155,11 @@ def _positive(value: Any, formula: str) -> float:
 @functools.lru_cache(maxsize=1024)
 def _atoms(text: str) -> tuple[Mapping[str, float], float, Optional[float]]:
     """Atoms of each element, molar mass, and the density of a lone element."""
-    periodictable = library("periodictable")
+    library = periodictable()
     if not text or len(text) > 200:
         raise MaterialError(f"formula {text[:40]!r} is empty or too long; write it as SiO2, Co:8.9 or La0.7Sr0.3MnO3")
     try:
-        compound = periodictable.formula(text)
+        compound = library.formula(text)
         atoms: dict[str, float] = {}
         for atom, count in compound.atoms.items():
             atoms[atom.symbol] = atoms.get(atom.symbol, 0.0) + float(count)
@@ -183,7 +183,7 @@ def known_densities() -> list[tuple[str, float, str]]:
     source = "periodictable"
     elements = [
         (element.symbol, float(element.density), source)
-        for element in library(source).elements
+        for element in periodictable().elements
         if element.number and element.density
     ]
     return elements + [(name, density, _COMPOUND_SOURCE) for name, density in sorted(_COMPOUNDS.items())]

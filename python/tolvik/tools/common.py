@@ -107,6 +107,8 @@ def run(
         By default those of the process.
     """
     name, verbose = parser.prog, False
+    if "_ARGCOMPLETE" in os.environ:  # the shell asks for completions
+        _complete(parser)
     try:
         signal.signal(signal.SIGTERM, _terminate)
     except ValueError:
@@ -201,6 +203,14 @@ LINE_NAMES = [f"{anode}Ka" for anode in _ANODES]
 LINES = {
     name.lower(): value for anode, value in _ANODES.items() for name in (f"{anode}Ka", f"{anode}Ka1", f"{anode}Kalpha")
 }
+
+
+def _complete(parser: Parser) -> None:
+    try:
+        import argcomplete
+    except ImportError:
+        return
+    argcomplete.autocomplete(parser)
 
 
 def _terminate(*_: Any) -> NoReturn:
