@@ -85,9 +85,9 @@ inline constexpr double kSmallestDelta2 = 1e-20;
 /// product of the w is s² + m - r with |r| <= |h|, since (s² + m)² - h² is its square.
 inline constexpr double kShortRoughnessPhase = 0.125;
 
-/// Interfaces after which numerator and denominator are scaled. Derived: at most 8 times larger or
-/// |w| / 2 times smaller at each, they stay within 1e-112 .. 3e14 (double, |w| >= 1e-7) and within
-/// 4e-15 .. 4e3 (float, |w| >= 5e-4), and their squares within the type.
+/// Interfaces after which numerator and denominator are scaled. Derived: at most 128 times larger or
+/// |w|² 4 times smaller at each, they stay within 1e-214 .. 1e34 (double, |w| >= 1e-7) and within
+/// 1e-24 .. 3e8 (float, |w| >= 5e-4). After half as many their squares are within the type as well.
 template <class T>
 inline constexpr int kRescaleEvery = sizeof(T) == 8 ? 16 : 4;
 

@@ -10,6 +10,7 @@
 #include "engine/lanes/limits.h"
 #include "engine/lanes/ordinary_matter.h"
 #include "engine/lanes/parratt_entry.h"
+#include "engine/lanes/parratt_joint.h"
 #include "engine/lanes/parratt_repeats.h"
 
 namespace tolvik::engine::lanes {
@@ -89,6 +90,9 @@ bool ParrattLanes<T>::PrepareEntries(const Profile<T>& profile, T k0) {
   near_vacuum_ = largest_chi_ < kLargestContrast<T>;
   stack_.entry = entries_.data();
   stack_.entries = n;
+  joints_.resize(entries_.size() - 1);
+  for (std::size_t j = 0; j < joints_.size(); ++j) joints_[j] = JointOf(entries_[j], entries_[j + 1]);
+  stack_.joint = joints_.data();
   stack_.shared = NumberEqualEntries(std::span(entries_));
   return true;
 }
@@ -96,7 +100,7 @@ bool ParrattLanes<T>::PrepareEntries(const Profile<T>& profile, T k0) {
 template <class T>
 void ParrattLanes<T>::SetWanted(std::span<const ParrattRay<T>> rays) {
   // A polarisation without a share adds 0 unless it is NaN, and no coefficient of ordinary matter near vacuum
-  // is infinite by itself: u_upper and u_lower are in the same quarter of the plane or nearly so.
+  // is infinite by itself: both waves of pi are in the same quarter of the plane or nearly so.
   for (std::int32_t sense = 0; sense < stack_.senses; ++sense) {
     bool& sigma = stack_.wants_sigma[sense];
     bool& pi = stack_.wants_pi[sense];
@@ -122,6 +126,16 @@ bool ParrattLanes<T>::Calculate(const Kernels& kernels, std::span<const T> s,
   } else {
     return kernels.parratt_double(stack_, s.data(), count, rays.data(), ray_count);
   }
+}
+
+template <class T>
+ParrattStack<T> ParrattLanes<T>::StackFor(const ParrattRay<T>& ray, int sense) {
+  stack_.senses = 1;
+  SetWanted({&ray, 1});
+  ParrattStack<T> stack = stack_;
+  stack.wants_sigma[sense] = stack_.wants_sigma[0];
+  stack.wants_pi[sense] = stack_.wants_pi[0];
+  return stack;
 }
 
 template class ParrattLanes<float>;

@@ -34,11 +34,16 @@ class ParrattLanes {
   /// path has to calculate each angle whose intensity is not finite; true when there is none.
   bool Calculate(const Kernels& kernels, std::span<const T> s, std::span<const ParrattRay<T>> rays);
 
+  /// The stack as prepared, with what one ray wants of it in one sense of the magnetic shift, 0 or 1. It
+  /// holds until the next preparation.
+  ParrattStack<T> StackFor(const ParrattRay<T>& ray, int sense);
+
  private:
   bool PrepareEntries(const Profile<T>& profile, T k0);
   void SetWanted(std::span<const ParrattRay<T>> rays);
 
   std::vector<ParrattEntry<T>> entries_;
+  std::vector<ParrattJoint<T>> joints_;
   ParrattStack<T> stack_{};
   bool near_vacuum_ = false;
   T largest_chi_{};

@@ -13,24 +13,14 @@
 
 namespace tolvik::engine::lanes {
 
-/// n² - 1 and 1 / n².
-template <class T>
-void SetSusceptibility(T real, T imag, ParrattEntry<T>& entry) {
-  entry.chi_real = real;
-  entry.chi_imag = imag;
-  const T n2 = real + T(1.0);
-  const T scale = T(1.0) / (n2 * n2 + imag * imag);
-  entry.inverse_real = n2 * scale;
-  entry.inverse_imag = -(imag * scale);
-}
-
 /// The index of a layer without its magnetic shift. False if it is not ordinary matter.
 template <class T>
 bool SetIndex(const CLayer<T>& layer, ParrattEntry<T>& entry) {
   const T n = entry.index_real = T(1.0) - layer.layer_delta;
   const T k = entry.index_imag = layer.layer_beta;
   if (!IsRefraction(n) || !IsAbsorption(k)) return false;
-  SetSusceptibility((n - T(1.0)) * (n + T(1.0)) - k * k, T(2.0) * n * k, entry);
+  entry.chi_real = (n - T(1.0)) * (n + T(1.0)) - k * k;
+  entry.chi_imag = T(2.0) * n * k;
   return true;
 }
 
@@ -40,7 +30,8 @@ bool SetTensorIndex(const std::complex<T>& exx, ParrattEntry<T>& entry) {
   const T real = entry.index_real = exx.real();
   const T imag = entry.index_imag = exx.imag();
   if (!IsRefraction(real) || !IsAbsorption(imag)) return false;
-  SetSusceptibility(real - T(1.0), imag, entry);
+  entry.chi_real = real - T(1.0);
+  entry.chi_imag = imag;
   return true;
 }
 

@@ -6,11 +6,10 @@
 // w      normal wavevector in units of k0, w² = s² + (n - 1)(n + 1) with s = sin θ: no cancellation at
 //        grazing angles, where n² - cos²θ loses up to ten digits
 // v      2 w, which saves the halves of a complex root; it cancels in the coefficients
-// u      v / n²; the pi coefficient is (u_upper - u_lower) / (u_upper + u_lower).
-//        Where the magnetic shift makes n² depend on the angle, u = v conj(n²) with the factor m = |n²|², and
-//        the coefficient has m_lower u_upper and m_upper u_lower, which needs no division
 // F, E   Névot-Croce factor of an interface; factor of the double passage of a slab
-// N, D   numerator and denominator of an amplitude ratio. With the coefficient t / q the recursion is
+// t, q   numerator and denominator of a coefficient, both times the denominator, which leaves no difference
+//        of waves (parratt_joint.h)
+// N, D   numerator and denominator of an amplitude ratio. The recursion is
 //        N <- t D + q E N,  D <- q D + t E N,  and one division at the end serves the whole stack
 //
 // Fallback: where a wavevector is so small that n² - cos²θ is mere rounding error, where a roughness factor

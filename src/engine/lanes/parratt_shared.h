@@ -10,8 +10,8 @@ namespace tolvik::engine::lanes {
 template <class V>
 class ParrattShared : protected ParrattRatios<V> {
   using Base = ParrattRatios<V>;
-  using typename Base::Complex, typename Base::Entry, typename Base::L, typename Base::Ratio,
-      typename Base::Wave, typename Base::Z;
+  using typename Base::Complex, typename Base::Entry, typename Base::Face, typename Base::Interface,
+      typename Base::L, typename Base::Ratio, typename Base::Wave, typename Base::Z;
 
  protected:
   using Base::Base;
@@ -33,23 +33,23 @@ class ParrattShared : protected ParrattRatios<V> {
   }
 
  private:
-  using Base::AddGrowth, Base::CalcPassage, Base::CalcRoughness, Base::CalcWave, Base::RescaleAfter;
-  using Base::pi_, Base::sigma_, Base::stack_, Base::used_, Base::wants_pi_, Base::wants_sigma_;
+  using Base::AddGrowth, Base::CalcPassage, Base::CalcFace, Base::CalcWave, Base::RescaleAfter;
+  using Base::pi_, Base::sigma_, Base::stack_, Base::twice_s2_, Base::used_, Base::wants_pi_,
+      Base::wants_sigma_;
 
   struct Reflection {
     Complex sigma, pi;
   };
 
-  // (upper - lower) / (upper + lower) F
+  // t / q
   template <Coefficient kind>
-  [[gnu::noinline]] void CalcReflection(const Wave& below, const Wave& above, bool rough, Complex& r) {
+  [[gnu::noinline]] void CalcReflection(const Interface& at, Complex& r) {
+    const typename Base::template Coefficients<kind> coefficients(at);
     for (int i = 0; i < used_; ++i) {
-      Z lower, upper;
-      Base::template Sides<kind>(below, above, i, lower, upper);
-      const Z q = upper + lower;
+      Z t, q;
+      coefficients.Set(at, twice_s2_[i], i, t, q);
+      if (at.rough) t = t * at.face.F[i];
       const L scale = L(Scalar(1)) / norm(q);
-      Z t = upper - lower;
-      if (rough) t = t * factor_[i];
       r.Set(i, Z{scale * q.real(), -(scale * q.imag())} * t);
     }
   }
@@ -85,17 +85,23 @@ class ParrattShared : protected ParrattRatios<V> {
       const Wave& below = wave_[lower.wave];
       const Wave& above = wave_[stack_.entry[j + 1].wave];
       Reflection& r = reflection_[interfaces++];
-      if (lower.rough) CalcRoughness(lower, below, above, factor_);
-      if (wants_sigma_) CalcReflection<Coefficient::kSigma>(below, above, lower.rough, r.sigma);
+      CalcFace(lower, below, above, face_);
+      const bool shifted = lower.shifted || stack_.entry[j + 1].shifted;
+      const Interface at = {stack_.joint[j], below, above, face_, lower.rough, shifted};
+      if (wants_sigma_) {
+        shifted ? CalcReflection<Coefficient::kSigmaOfShifted>(at, r.sigma)
+                : CalcReflection<Coefficient::kSigma>(at, r.sigma);
+      }
       if (wants_pi_) {
-        stack_.shifted ? CalcReflection<Coefficient::kPiOfShifted>(below, above, lower.rough, r.pi)
-                       : CalcReflection<Coefficient::kPi>(below, above, lower.rough, r.pi);
+        shifted ? CalcReflection<Coefficient::kPiOfShifted>(at, r.pi)
+                : CalcReflection<Coefficient::kPi>(at, r.pi);
       }
     }
   }
 
   Wave wave_[kMaxShared];
-  Complex passage_[kMaxShared], factor_;  // E; F of the present interface
+  Complex passage_[kMaxShared];  // E
+  Face face_;                    // of the present interface
   Reflection reflection_[kMaxShared];
 };
 

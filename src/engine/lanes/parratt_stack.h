@@ -10,19 +10,33 @@ namespace tolvik::engine::lanes {
 /// type first.
 template <class Scalar>
 struct ParrattEntry {
-  Scalar index_real, index_imag;      ///< n without the magnetic shift
-  Scalar chi_real, chi_imag;          ///< n² - 1, calculated as (n - 1)(n + 1)
-  Scalar inverse_real, inverse_imag;  ///< 1 / n²
-  Scalar ddelta, dbeta;               ///< magnetic shift of the index at cos θ = 1, in the first sense
-  Scalar phase;                       ///< 2 k0 d: phase of the double passage of a wave with w = 1; of slabs
-  Scalar roughness;                   ///< 2 σ² k0² of the interface above
-  bool shifted;                       ///< the magnetic shift is not 0
-  bool rough;                         ///< σ is not 0; of all entries but the ambient
-  bool guarded;                       ///< w may come near 0, or Im n: those angles go to the plain recursion
-  bool short_phase;                   ///< of the roughness factor at all angles: kShortRoughnessPhase
-  std::int8_t wave;                   ///< in a shared stack only: entries of one index have one number,
-  std::int8_t passage;                ///< slabs of one index and one thickness likewise,
-  std::int8_t interface;              ///< and interfaces of equal sides and roughness
+  Scalar index_real, index_imag;  ///< n without the magnetic shift
+  Scalar chi_real, chi_imag;      ///< n² - 1, calculated as (n - 1)(n + 1)
+  Scalar ddelta, dbeta;           ///< magnetic shift of the index at cos θ = 1, in the first sense
+  Scalar phase;                   ///< 2 k0 d: phase of the double passage of a wave with w = 1; of slabs
+  Scalar roughness;               ///< 2 σ² k0² of the interface above
+  bool shifted;                   ///< the magnetic shift is not 0
+  bool rough;                     ///< σ is not 0; of all entries but the ambient
+  bool guarded;                   ///< w may come near 0, or Im n: those angles go to the plain recursion
+  bool short_phase;               ///< of the roughness factor at all angles: kShortRoughnessPhase
+  std::int8_t wave;               ///< in a shared stack only: entries of one index have one number,
+  std::int8_t passage;            ///< slabs of one index and one thickness likewise,
+  std::int8_t interface;          ///< and interfaces of equal sides and roughness
+};
+
+template <class Scalar>
+struct ComplexPair {
+  Scalar real, imag;
+};
+
+/// Constants of an interface (parratt_joint.h); a "slope" is the factor of 2 s².
+template <class Scalar>
+struct ParrattJoint {
+  using Pair = ComplexPair<Scalar>;
+  Pair step;                    ///< a² - b²
+  Pair sum;                     ///< a² + b², less 8 s²
+  Pair pi_step, pi_step_slope;  ///< N_b/N_a a² - N_a/N_b b²
+  Pair pi_sum, pi_sum_slope;    ///< N_b/N_a a² + N_a/N_b b²
 };
 
 /// Most different waves, passages or interfaces of a shared stack.
@@ -35,6 +49,7 @@ template <class Scalar>
 struct ParrattStack {
   // From the profile; the same after Prepare and PrepareMatrix.
   const ParrattEntry<Scalar>* entry;  ///< belongs to ParrattLanes, and is valid until its next preparation
+  const ParrattJoint<Scalar>* joint;  ///< of each interface; unspecified where a side is shifted
   std::int32_t entries;               ///< at least 2
   bool shared;  ///< the stack repeats itself: equal entries have equal numbers and are calculated once
 

@@ -10,8 +10,8 @@ namespace tolvik::engine::lanes {
 template <class V>
 class ParrattStepwise : protected ParrattRatios<V> {
   using Base = ParrattRatios<V>;
-  using typename Base::Complex, typename Base::Entry, typename Base::Ratio, typename Base::Wave,
-      typename Base::Z;
+  using typename Base::Complex, typename Base::Entry, typename Base::Face, typename Base::Interface,
+      typename Base::Ratio, typename Base::Wave, typename Base::Z;
 
  protected:
   using Base::Base;
@@ -27,42 +27,41 @@ class ParrattStepwise : protected ParrattRatios<V> {
       const Wave* above = &WaveOf(j + 1, places);
       const Complex& E = j > 0 ? PassageOf(lower, *below, places) : passage_[0];
       if (j > 0) AddGrowth(lower.phase, *below);
-      const Complex& F = lower.rough ? FactorOf(lower, upper, *below, *above, places) : factor_[0];
-      const Interface at{*below, *above, F, E, lower.rough, j == 0};
-      if (wants_sigma_) AddInterface<Coefficient::kSigma>(at, sigma_);
+      const Face& face = FaceOf(lower, upper, *below, *above, places);
+      const Interface at = {
+          stack_.joint[j], *below, *above, face, lower.rough, lower.shifted || upper.shifted};
+      if (wants_sigma_) {
+        at.shifted ? AddInterface<Coefficient::kSigmaOfShifted>(j == 0, at, E, sigma_)
+                   : AddInterface<Coefficient::kSigma>(j == 0, at, E, sigma_);
+      }
       if (wants_pi_) {
-        stack_.shifted ? AddInterface<Coefficient::kPiOfShifted>(at, pi_)
-                       : AddInterface<Coefficient::kPi>(at, pi_);
+        at.shifted ? AddInterface<Coefficient::kPiOfShifted>(j == 0, at, E, pi_)
+                   : AddInterface<Coefficient::kPi>(j == 0, at, E, pi_);
       }
       RescaleAfter(j);
       below = above;
     }
+    RescaleForSquares(stack_.entries - 1);
   }
 
  private:
-  using Base::AddGrowth, Base::CalcPassage, Base::CalcRoughness, Base::CalcWave, Base::RescaleAfter;
-  using Base::pi_, Base::sigma_, Base::sign_, Base::stack_, Base::used_, Base::wants_pi_, Base::wants_sigma_;
-
-  // An interface, and the passage through the entry below it.
-  struct Interface {
-    const Wave &below, &above;
-    const Complex &F, &E;
-    bool rough, first;
-  };
+  using Base::AddGrowth, Base::CalcPassage, Base::CalcFace, Base::CalcWave, Base::RescaleAfter,
+      Base::RescaleForSquares;
+  using Base::pi_, Base::sigma_, Base::sign_, Base::stack_, Base::twice_s2_, Base::used_, Base::wants_pi_,
+      Base::wants_sigma_;
 
   template <Coefficient kind, bool rough, bool first>
-  [[gnu::noinline]] void Step(const Interface& at, Ratio& ratio) {
+  [[gnu::noinline]] void Step(const Interface& at, const Complex& E, Ratio& ratio) {
+    const typename Base::template Coefficients<kind> coefficients(at);
     for (int i = 0; i < used_; ++i) {
-      Z lower, upper;
-      Base::template Sides<kind>(at.below, at.above, i, lower, upper);
-      const Z q = upper + lower;
-      Z t = upper - lower;
-      if constexpr (rough) t = t * at.F[i];
+      Z t, q;
+      coefficients.Set(at, twice_s2_[i], i, t, q);
+      if constexpr (rough) t = t * at.face.F[i];
       if constexpr (first) {
         ratio.n.Set(i, t);
         ratio.d.Set(i, q);
       } else {
-        const Z n = ratio.n[i] * at.E[i];
+        const Z n = ratio.n[i] * E[i];
         const Z d = ratio.d[i];
         ratio.n.Set(i, MulAdd(q, n, t * d));
         ratio.d.Set(i, MulAdd(t, n, q * d));
@@ -71,18 +70,18 @@ class ParrattStepwise : protected ParrattRatios<V> {
   }
 
   template <Coefficient kind>
-  void AddInterface(const Interface& at, Ratio& ratio) {
-    if (at.first) {
-      at.rough ? Step<kind, true, true>(at, ratio) : Step<kind, false, true>(at, ratio);
+  void AddInterface(bool first, const Interface& at, const Complex& E, Ratio& ratio) {
+    if (first) {
+      at.rough ? Step<kind, true, true>(at, E, ratio) : Step<kind, false, true>(at, E, ratio);
     } else {
-      at.rough ? Step<kind, true, false>(at, ratio) : Step<kind, false, false>(at, ratio);
+      at.rough ? Step<kind, true, false>(at, E, ratio) : Step<kind, false, false>(at, E, ratio);
     }
   }
 
   // Stored waves and factors. Those without a magnetic shift serve both senses, as long as there is room for
   // them.
   struct Places {
-    int waves = 2, passages = 1, factors = 1;  // the next free ones; those before are reused
+    int waves = 2, passages = 1, faces = 1;  // the next free ones; those before are reused
   };
   struct Place {
     int index;
@@ -105,15 +104,16 @@ class ParrattStepwise : protected ParrattRatios<V> {
     return passage_[place.index];
   }
 
-  const Complex& FactorOf(const Entry& lower, const Entry& upper, const Wave& below, const Wave& above,
-                          Places& places) {
-    const Place place = PlaceOf(lower.shifted || upper.shifted, 0, places.factors);
-    if (!place.is_known) CalcRoughness(lower, below, above, factor_[place.index]);
-    return factor_[place.index];
+  const Face& FaceOf(const Entry& lower, const Entry& upper, const Wave& below, const Wave& above,
+                     Places& places) {
+    const Place place = PlaceOf(lower.shifted || upper.shifted, 0, places.faces);
+    if (!place.is_known) CalcFace(lower, below, above, face_[place.index]);
+    return face_[place.index];
   }
 
   Wave wave_[kMaxShared];
-  Complex passage_[kMaxShared], factor_[kMaxShared];  // E and F
+  Complex passage_[kMaxShared];  // E
+  Face face_[kMaxShared];
 };
 
 }  // namespace tolvik::engine::lanes

@@ -24,15 +24,13 @@ class ParrattWaves {
   using Entry = ParrattEntry<Scalar>;
 
   struct Wave {
-    Complex v, u;
-    Real m;
+    Complex v;
+    Complex chi;  // n² - 1; only in a stack with shifted entries
   };
 
   // Places past the last angle repeat it: that costs little and does no harm.
   ParrattWaves(const Stack& stack, const Scalar* s, int size)
-      : stack_(stack),
-        used_((size + L::size - 1) / L::size),
-        needs_u_(stack.wants_pi[0] || (stack.senses == 2 && stack.wants_pi[1])) {
+      : stack_(stack), used_((size + L::size - 1) / L::size) {
     const int full = size / L::size;
     for (int i = 0; i < full; ++i) s_.Set(i, L::LoadAnywhere(s + i * L::size));
     for (int i = full * L::size; i < used_ * L::size; ++i) s_.value[i] = s[i < size ? i : size - 1];
@@ -44,6 +42,8 @@ class ParrattWaves {
     }
   }
 
+  TOLVIK_INLINE static Z Of(const ComplexPair<Scalar>& z) { return {L(z.real), L(z.imag)}; }
+
   TOLVIK_INLINE void Doubt(int i, Mask<V> mask) {
     doubtful_.Set(i, Select(mask, L(Scalar(-0.0)), doubtful_[i]));
   }
@@ -52,24 +52,18 @@ class ParrattWaves {
   [[gnu::noinline]] void CalcWave(const Entry& entry, Wave& wave) {
     if (entry.shifted) return CalcShiftedWave(entry, wave);
     if (entry.chi_real == Scalar(0) && entry.chi_imag == Scalar(0)) return CalcVacuumWave(entry, wave);
-    const Z inverse{L(entry.inverse_real), L(entry.inverse_imag)};
     const Z chi{L(Scalar(2) * entry.chi_real), L(Scalar(2) * entry.chi_imag)};
-    const auto plain = [&](int i) TOLVIK_INLINE_LAMBDA {
-      return WaveOf(twice_s2_[i] + chi.real(), chi.imag(), inverse);
-    };
-    const auto beside_shifted = [&](int i) TOLVIK_INLINE_LAMBDA { return WaveOfShifted(chi, i); };
+    const auto wave_at = [&](int i) TOLVIK_INLINE_LAMBDA { return WaveOf(chi, i); };
     const auto set = [&](int i, const WaveLanes& w)
                          TOLVIK_INLINE_LAMBDA { SetWave(wave, i, w, entry.guarded); };
-    stack_.shifted ? ForTwoAtOnce(used_, beside_shifted, set) : ForTwoAtOnce(used_, plain, set);
+    ForTwoAtOnce(used_, wave_at, set);
   }
 
   // Here w is s.
   void CalcVacuumWave(const Entry& entry, Wave& wave) {
-    const L zero(Scalar(0)), four(Scalar(4));
+    const L zero(Scalar(0));
     for (int i = 0; i < used_; ++i) {
-      const L v = s_[i] + s_[i];
-      const Z u = stack_.shifted ? Z{v + v, zero} : Z{v, zero};
-      SetWave(wave, i, {{v, zero}, u, twice_s2_[i] * twice_s2_[i], four, zero}, entry.guarded);
+      SetWave(wave, i, {{s_[i] + s_[i], zero}, {}, twice_s2_[i] * twice_s2_[i], zero}, entry.guarded);
     }
   }
 
@@ -90,20 +84,27 @@ class ParrattWaves {
     has_cosines_ = true;
   }
 
-  [[gnu::noinline]] void CalcRoughness(const Entry& lower, const Wave& below, const Wave& above, Complex& F) {
+  // What both coefficients of an interface need: the product of its waves, and F if it is rough.
+  struct Face {
+    Complex product, F;
+  };
+
+  [[gnu::noinline]] void CalcFace(const Entry& lower, const Wave& below, const Wave& above, Face& face) {
+    for (int i = 0; i < used_; ++i) face.product.Set(i, below.v[i] * above.v[i]);
+    if (!lower.rough) return;
     const L quarter(Scalar(-0.25) * lower.roughness);
     if (lower.short_phase) {
-      for (int i = 0; i < used_; ++i) F.Set(i, ExpOfShortPhase(quarter * (below.v[i] * above.v[i])));
+      for (int i = 0; i < used_; ++i) face.F.Set(i, ExpOfShortPhase(quarter * face.product[i]));
     } else {
-      for (int i = 0; i < used_; ++i) F.Set(i, exp(quarter * (below.v[i] * above.v[i])));
+      for (int i = 0; i < used_; ++i) face.F.Set(i, exp(quarter * face.product[i]));
     }
-    if (!stack_.tame) WatchRoughness(quarter, below, above);
+    if (!stack_.tame) WatchRoughness(quarter, face.product);
   }
 
-  void WatchRoughness(L quarter, const Wave& below, const Wave& above) {
+  void WatchRoughness(L quarter, const Complex& product) {
     using C = FunctionConstants<Scalar>;
     for (int i = 0; i < used_; ++i) {
-      const Z exponent = quarter * (below.v[i] * above.v[i]);
+      const Z exponent = quarter * product[i];
       const Mask<V> vanishes = exponent.real() < L(Scalar(1.1) * C::exp_lowest);
       Doubt(i, !(exponent.real() < L(kLargestExponent<Scalar>)));
       Doubt(i, !(abs(exponent.imag()) < L(C::max_phase)) && !vanishes);
@@ -145,25 +146,17 @@ class ParrattWaves {
     return {SelectNegative(x, smaller, larger), SelectNegative(x, larger, smaller)};
   }
 
-  // A wave at the angles of one register; m only in a stack with shifted entries, the absorption k only of
-  // the shifted entries.
+  // A wave at the angles of one register, n² - 1 doubled; the absorption k only of shifted entries.
   struct WaveLanes {
-    Z v, u;
-    L modulus2, m, k;
+    Z v, chi;
+    L modulus2, k;
   };
 
-  TOLVIK_INLINE static WaveLanes WaveOf(L twice_x, L twice_y, Z factor) {
+  // chi doubled.
+  TOLVIK_INLINE WaveLanes WaveOf(Z chi, int i) const {
     WaveLanes w;
-    w.v = TwiceRoot(twice_x, twice_y, w.modulus2);
-    w.u = w.v * factor;
-    return w;
-  }
-
-  // Of an entry, shifted or not, in a stack with shifted ones; twice n² = 2 + chi, chi doubled as well.
-  TOLVIK_INLINE WaveLanes WaveOfShifted(Z chi, int i) const {
-    const Z conjugate{chi.real() + L(Scalar(2)), -chi.imag()};
-    WaveLanes w = WaveOf(twice_s2_[i] + chi.real(), chi.imag(), conjugate);
-    w.m = norm(conjugate);
+    w.v = TwiceRoot(twice_s2_[i] + chi.real(), chi.imag(), w.modulus2);
+    w.chi = chi;
     return w;
   }
 
@@ -175,17 +168,14 @@ class ParrattWaves {
     const L n = L(entry.index_real) + ddelta * c, k = L(entry.index_imag) - dbeta * c;
     const L n_less = n - one, twice_k = k + k;
     const Z chi{NegMulAdd(twice_k, k, (n_less + n_less) * (n + one)), (n + n) * twice_k};  // doubled
-    WaveLanes w = WaveOfShifted(chi, i);
+    WaveLanes w = WaveOf(chi, i);
     w.k = k;
     return w;
   }
 
   TOLVIK_INLINE void SetWave(Wave& wave, int i, const WaveLanes& w, bool guarded) {
     wave.v.Set(i, w.v);
-    if (needs_u_) {
-      wave.u.Set(i, w.u);
-      if (stack_.shifted) wave.m.Set(i, w.m);
-    }
+    if (stack_.shifted) wave.chi.Set(i, L(Scalar(0.5)) * w.chi);
     if (guarded) smallest2_.Set(i, Min(smallest2_[i], w.modulus2));
   }
 
@@ -193,14 +183,13 @@ class ParrattWaves {
   const Stack& stack_;
   int used_;         // registers of the block that hold an angle
   Scalar sign_ = 1;  // of the magnetic shift, in its present sense
-  Real s_;
+  Real s_, twice_s2_;
+  Real cosine_;  // after CalcCosines
   Real smallest2_, growth_;
   Real doubtful_;  // negative, -0 included, where the plain recursion has to calculate
 
  private:
-  bool needs_u_;
   bool has_cosines_ = false;
-  Real twice_s2_, cosine_;
 };
 
 }  // namespace tolvik::engine::lanes
