@@ -19,7 +19,7 @@ namespace {
 using engine::ChainTerm;
 using engine::lanes::LaneSet;
 
-constexpr int kStacks = 200;
+constexpr int kStacks = 120;
 constexpr int kSines = 6;
 constexpr int kTerms = 8;         // of a stack, drawn from all fields of all entries
 constexpr double kNoise = 1e-33;  // of differences at 200 bits with the step 1e-25

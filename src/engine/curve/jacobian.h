@@ -23,6 +23,7 @@
 
 #include "engine/curve/intensity.h"
 #include "engine/curve/profile_chain.h"
+#include "engine/lanes/parratt_gradient.h"
 
 namespace tolvik::engine {
 
@@ -93,16 +94,17 @@ struct CurveGradient {
 
 /// Work space, kept over many calls.
 struct GradientWork {
+  lanes::ParrattGradient lanes;
   IntensityWork<double> intensity;
-  std::vector<double> first, second;  // intensities of the nodes
-  std::vector<double> rows;
-  std::vector<std::int32_t> nodes;
+  std::vector<double> rows;        // of duals
+  std::vector<std::int32_t> lost;  // nodes that lanes left
 };
 
 /// Whether the functions below serve these options: algorithm 0.
 bool HasGradient(const IntensityOptions<double>& options);
 
-/// Values and derivatives of all points. Values are those that CalcIntensities gives, summed over the nodes.
+/// Values and derivatives of all points. Values are those of CalcIntensities but for rounding, summed over
+/// the nodes.
 /// Throws std::invalid_argument where HasGradient is false, or for a term outside the profile or parameters;
 /// std::bad_alloc.
 void CalcJacobian(const GradientTask& task, CurveJacobian& result, GradientWork& work);

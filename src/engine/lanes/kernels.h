@@ -8,6 +8,7 @@
 
 #include "engine/lanes/matrix_stack.h"
 #include "engine/lanes/parratt_stack.h"
+#include "engine/lanes/parratt_sweep.h"
 
 namespace tolvik::engine::lanes {
 
@@ -25,6 +26,7 @@ struct Kernels {
   ParrattKernel<float> parratt_float;
   ParrattKernel<double> parratt_double;
   MatrixKernel matrix;
+  ParrattSweepKernel parratt_sweep;
   FunctionKernel<float> functions_float;
   FunctionKernel<double> functions_double;
 };

@@ -6,6 +6,7 @@
 #include "engine/lanes/function_kernel.h"
 #include "engine/lanes/kernels.h"
 #include "engine/lanes/matrix_kernel.h"
+#include "engine/lanes/parratt_adjoint.h"
 #include "engine/lanes/parratt_kernel.h"
 
 namespace tolvik::engine::lanes {
@@ -29,6 +30,7 @@ const Kernels kSseKernels = {"sse",
                              ParrattKernelOf<Float>::Run,
                              ParrattKernelOf<Double>::Run,
                              MatrixWalk<Double>::Run,
+                             ParrattAdjoint<Double>::Kernel(),
                              FunctionBlock<Float>::Run,
                              FunctionBlock<Double>::Run};
 
