@@ -93,6 +93,11 @@ def test_spec(tmp_path, capsys):
     assert capsys.readouterr().out == ""
 
 
+@pytest.mark.parametrize("name", ["scan.dat", "scan", "film_003"])
+def test_spec_files_have_any_name(tmp_path, name):
+    assert read(write(tmp_path, name, SPEC), energy=8048)[0].r.tolist() == [400, 900, 16]
+
+
 def test_without_the_library_the_message_says_so(tmp_path, monkeypatch):
     monkeypatch.setitem(sys.modules, "xrayutilities", None)
     with pytest.raises(DataError, match="a.ras: .ras files are read through xrayutilities, .*install python3-xray"):

@@ -111,6 +111,10 @@ def test_wrong_models(text):
     assert "\n" not in str(caught.value)
 
 
+def test_roughness_of_interfaces_that_name_none():
+    assert [one.roughness for one in parse("Si | Ni 200 0 | Cr 30 | Al 9 1", 4.0)] == [4, 0, 4, 1, 0]
+
+
 @given(st.text(alphabet="SiCo 128.|[]*()x-e", max_size=40))
 def test_no_text_gives_another_error(text):
     for reader in (parse, parse_orso):

@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import importlib
 import os
+import re
 from dataclasses import dataclass
 from typing import Optional, Sequence, Union
 
@@ -32,6 +33,7 @@ SUFFIXES = {
 }
 _MODULES = {"ort": "ort", "orb": "orb", "columns": "columns", "xrdml": "lab", "ras": "lab", "spec": "lab"}
 _ORT_MARK = "ORSO reflectivity data file"
+_SPEC_START = re.compile(r"^#(?:F |S \d)")  # spec writes files of any name
 _HDF5_MARK = b"\x89HDF\r\n\x1a\n"
 
 
@@ -118,6 +120,8 @@ def _guess_format(name: str, content: bytes) -> str:
     head = content[:400].replace(b"\0", b"").decode("latin-1")
     if _ORT_MARK in head.split("\n", 1)[0]:
         return "ort"
+    if _SPEC_START.search(head):
+        return "spec"
     suffix = os.path.splitext(name)[1].lower()
     if suffix in SUFFIXES:
         return SUFFIXES[suffix]

@@ -116,10 +116,7 @@ def _layers(arguments: argparse.Namespace) -> list[stack.Layer]:
         raise MaterialError(f"roughness {sigma:g} is no length of at least 0; give angstrom")
     if arguments.orso is not None:
         return stack.parse_orso(arguments.orso, 3.0 if sigma is None else sigma)
-    layers = stack.parse(arguments.stack)
-    if sigma is None:
-        return layers
-    return [stack.Layer(one.formula, one.thickness, one.roughness or sigma) for one in layers[:-1]] + layers[-1:]
+    return stack.parse(arguments.stack, sigma or 0.0)
 
 
 def _materials(layers: Sequence[stack.Layer], arguments: argparse.Namespace) -> dict[str, dict[str, Any]]:

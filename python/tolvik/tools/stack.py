@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import re
 from dataclasses import dataclass
-from typing import Callable
+from typing import Callable, Optional
 
 from ..errors import MaterialError
 
@@ -23,15 +23,17 @@ class Layer:
     roughness: float
 
 
-def parse(text: str) -> list[Layer]:
+def parse(text: str, roughness: float = 0.0) -> list[Layer]:
     """Layers of a stack, from the substrate to the ambient.
 
     Parameters
     ----------
     text : str
-        Items between "|", from the substrate up: formula, thickness in Å, roughness of the upper interface in Å (0 if
-        it is not there). The substrate has no thickness. A part in brackets with "*N" is repeated N times, also inside
+        Items between "|", from the substrate up: formula, thickness in Å, roughness of the upper interface in Å. The
+        substrate has no thickness. A part in brackets with "*N" is repeated N times, also inside
         another one. A last item without thickness is the ambient, else vacuum is.
+    roughness : float
+        Of interfaces that name none, Å.
 
     Returns
     -------
@@ -46,7 +48,7 @@ def parse(text: str) -> list[Layer]:
     items, rest = _sequence(text, tokens, 0, _bracket_of_stack)
     if rest != len(tokens):
         raise _wrong(text, tokens, rest, "']' without '['")
-    return _with_ends(text, items)
+    return _with_ends(text, items, roughness)
 
 
 def parse_orso(text: str, roughness: float = 3.0) -> list[Layer]:
@@ -159,7 +161,7 @@ def _repeat(text: str, items: list[_Item], count: int) -> list[_Item]:
     return items * count
 
 
-def _with_ends(text: str, items: list[_Item]) -> list[Layer]:
+def _with_ends(text: str, items: list[_Item], roughness: float) -> list[Layer]:
     layers = []
     for index, words in enumerate(items):
         substrate, last = index == 0, index == len(items) - 1
@@ -169,20 +171,20 @@ def _with_ends(text: str, items: list[_Item]) -> list[Layer]:
                 f"{'the substrate as formula roughness' if substrate else 'formula thickness roughness'}"
             )
         if substrate:
-            layers.append(Layer(words[0], 0.0, _length(text, words, 1, optional=True)))
+            layers.append(Layer(words[0], 0.0, _length(text, words, 1, roughness)))
         elif last and len(words) == 1:
             layers.append(Layer(words[0], 0.0, 0.0))
         else:
-            layers.append(Layer(words[0], _length(text, words, 1), _length(text, words, 2, optional=True)))
+            layers.append(Layer(words[0], _length(text, words, 1), _length(text, words, 2, roughness)))
     if len(layers) == 1 or layers[-1].thickness > 0 or len(items[-1]) > 1:
         layers.append(Layer("vacuum", 0.0, 0.0))
     return layers
 
 
-def _length(text: str, words: _Item, index: int, optional: bool = False) -> float:
+def _length(text: str, words: _Item, index: int, default: Optional[float] = None) -> float:
     if index >= len(words):
-        if optional:
-            return 0.0
+        if default is not None:
+            return default
         raise MaterialError(f"stack {text!r}: layer {' '.join(words)!r} has no thickness; write formula and thickness")
     value = float(words[index]) if _NUMBER.fullmatch(words[index]) else -1.0
     if not 0 <= value < 1e9:
