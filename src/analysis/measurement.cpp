@@ -64,20 +64,6 @@ double FootprintShare(BeamShape shape, double beam_width, double sample_length, 
   return 1;
 }
 
-double FootprintSlope(BeamShape shape, double beam_width, double sample_length, double sine) {
-  const double x = sample_length * sine / beam_width;
-  if (!(x > 0)) return 0;
-  switch (shape) {
-    case BeamShape::kNone:
-      return 0;
-    case BeamShape::kGaussian:
-      return std::exp(-x * x / 8) / std::sqrt(2 * std::numbers::pi);
-    case BeamShape::kBox:
-      return x < 1 ? 1 : 0;
-  }
-  return 0;
-}
-
 Measurement FromDataset(const CState& state, std::int32_t index) {
   const CDataset& dataset = state.datasets[index];
   Measurement result;

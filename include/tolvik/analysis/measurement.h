@@ -54,9 +54,6 @@ struct Footprint {
 /// most 1 (A. Gibaud, G. Vignaud and S. K. Sinha, Acta Cryst. A 49, 642 (1993)). 0 below the horizon.
 double FootprintShare(BeamShape shape, double beam_width, double sample_length, double sine);
 
-/// Derivative of FootprintShare by x = L sin θ / width.
-double FootprintSlope(BeamShape shape, double beam_width, double sample_length, double sine);
-
 /// A measurement. Columns are empty or as long as q.
 ///
 /// The model of a reflectivity is scale * footprint * R(q') / multiplicator - translator + background, that
