@@ -43,10 +43,11 @@ Measurement Simulate(const tolvik::CState& state) {
   data.dR.assign(200, 1.0);
   data.dq.assign(200, 1e-3);
   Objective exact(state, {data}, {.resolution = Resolution::kPoints});
-  const std::vector<double> curve = exact.ModelAt(exact.Start(), 0).values[0];
+  const ModelCurve curve = exact.ModelAt(exact.Start(), 0);  // of the points inside of the fit window
   std::mt19937 generator(1);
-  for (std::size_t i = 0; i < curve.size(); ++i) {
-    const double counts = std::poisson_distribution<int>(kBeam * curve[i] + kBackground)(generator);
+  for (std::size_t k = 0; k < curve.points.size(); ++k) {
+    const double counts = std::poisson_distribution<int>(kBeam * curve.values[0][k] + kBackground)(generator);
+    const auto i = static_cast<std::size_t>(curve.points[k]);
     data.R[i] = counts / kBeam;
     data.dR[i] = std::sqrt(std::max(counts, 1.0)) / kBeam;
   }
