@@ -16,8 +16,8 @@ namespace tolvik::engine {
 /// Returns 1, also after the silent stop of the exact path: at a sample with |qz / (2 k0)| >= 1 or NaN, or at
 /// an exception of algorithm 0 or 1, the curve ends there, without the finishing step. Returns 2 on the fast
 /// path for a point with |qz / (2 k0)| >= 1. An exception of algorithm 2 reaches the caller.
-/// companion: may give each point samples of its own, which are then calculated on the exact path whatever
-/// fastresolution is; null for none.
+/// companion: may give each point samples of its own, which are then calculated on the exact path,
+/// independent of fastresolution; null for none.
 template <class T>
 std::int32_t CalcReflectivityCurve(CSolution& solution, CState& state, CurveCompanion* companion = nullptr);
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// One ray of some points with all derivatives: by lanes, and by duals where lanes can't.
+// One ray of some points with all derivatives: by lanes, and by duals for angles that lanes cannot decide.
 #pragma once
 
 #include <cstdint>
@@ -19,7 +19,7 @@ class RayDerivatives {
  public:
   RayDerivatives(const GradientTask& task, const ActiveNodes& active, GradientWork& work);
 
-  /// Points that go well through one call of Calculate.
+  /// A good number of points for one call of Calculate.
   std::int32_t PointsAtOnce() const;
 
   /// Values and derivatives of ray 1 or 2; value: [point], jacobian: [point][parameter], of the range alone.

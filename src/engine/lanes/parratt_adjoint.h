@@ -23,7 +23,7 @@ class ParrattAdjoint : private ParrattRatios<V> {
       typename Base::Z;
   static_assert(sizeof(typename Base::Scalar) == 8);
 
-  // What the way up leaves for the way down, of an entry and the interface above it.
+  // The tape of an entry and the interface above it, written on the way up and read on the way down.
   struct Level {
     Wave wave;
     Complex passage;  // E
@@ -123,7 +123,7 @@ class ParrattAdjoint : private ParrattRatios<V> {
       if (wants_sigma_) intensity += Turn(top.sigma, i, L(sweep_.sigma), weight, mu_sigma_);
       if (wants_pi_) intensity += Turn(top.pi, i, L(sweep_.pi), weight, mu_pi_);
       intensity.StoreAnywhere(sweep_.intensity + node);
-      lost_.Set(i, intensity);  // what is not finite has no derivatives here either
+      lost_.Set(i, intensity);  // an intensity that is not finite has no derivatives here either
       bar_.Set(i, Z());
       slope_.Set(i, L(0.0));
     }
@@ -291,7 +291,7 @@ class ParrattAdjoint : private ParrattRatios<V> {
     slope_.Set(i, NegMulAdd(s_[i], pure, slope_[i]));
   }
 
-  // Undoes what brought a ratio to scale, for its adjoint over D².
+  // Undoes the scaling of a ratio, for its adjoint over D².
   void Unscale(const Real& scale, Complex& mu) {
     for (int i = 0; i < used_; ++i) mu.Set(i, (scale[i] * scale[i]) * mu[i]);
   }
