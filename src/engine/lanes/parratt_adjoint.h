@@ -10,27 +10,16 @@
 // psi    E dR/dE of the slab below it
 #pragma once
 
-#include "engine/lanes/parratt_ratios.h"
 #include "engine/lanes/parratt_sweep.h"
+#include "engine/lanes/parratt_tape.h"
 
 namespace tolvik::engine::lanes {
 
 template <class V>
-class ParrattAdjoint : private ParrattRatios<V> {
-  using Base = ParrattRatios<V>;
-  using typename Base::Complex, typename Base::Entry, typename Base::Face, typename Base::Interface,
-      typename Base::L, typename Base::Ratio, typename Base::Real, typename Base::Stack, typename Base::Wave,
-      typename Base::Z;
-  static_assert(sizeof(typename Base::Scalar) == 8);
-
-  // The tape of an entry and the interface above it, written on the way up and read on the way down.
-  struct Level {
-    Wave wave;
-    Complex passage;  // E
-    Face face;
-    Ratio sigma, pi;             // n and D below the interface
-    Real sigma_scale, pi_scale;  // where they were brought to scale
-  };
+class ParrattAdjoint : private ParrattTape<V> {
+  using Base = ParrattTape<V>;
+  using typename Base::Complex, typename Base::Entry, typename Base::Interface, typename Base::L,
+      typename Base::Level, typename Base::Ratio, typename Base::Real, typename Base::Z;
 
  public:
   static constexpr ParrattSweepKernel Kernel() {
@@ -38,8 +27,6 @@ class ParrattAdjoint : private ParrattRatios<V> {
   }
 
  private:
-  static constexpr int kRescaleEvery = 8;  // squares of D stay in range
-
   static void Run(const ParrattSweep& sweep) {
     for (std::int32_t first = 0; first < sweep.registers; first += kBlockRegisters) {
       const int left = sweep.registers - first;
@@ -52,65 +39,12 @@ class ParrattAdjoint : private ParrattRatios<V> {
   }
 
   ParrattAdjoint(const ParrattSweep& sweep, std::int32_t first, int registers)
-      : Base(*sweep.stack, sweep.s + first * L::size, registers * L::size),
+      : Base(*sweep.stack, sweep.s + first * L::size, registers * L::size, sweep.tape),
         sweep_(sweep),
-        first_(first),
-        level_(static_cast<Level*>(sweep.tape)) {
+        first_(first) {
     Base::BeginSense(sweep.sense);
     if (sweep.magnetic) Base::CalcCosines();
   }
-
-  // One polarisation over an interface, from its level to the next one.
-  template <Coefficient kind>
-  [[gnu::noinline]] void StepUp(const Interface& at, const Complex* E, Ratio& from, Ratio& to) {
-    const typename Base::template Coefficients<kind> coefficients(at);
-    for (int i = 0; i < used_; ++i) {
-      Z t, q;
-      coefficients.Set(at, twice_s2_[i], i, t, q);
-      if (at.rough) t = t * at.face.F[i];
-      if (E == nullptr) {
-        to.n.Set(i, t);
-        to.d.Set(i, q);
-        continue;
-      }
-      const Z n = from.n[i] * (*E)[i];
-      const Z d = from.d[i];
-      from.n.Set(i, n);
-      to.n.Set(i, MulAdd(q, n, t * d));
-      to.d.Set(i, MulAdd(t, n, q * d));
-    }
-  }
-
-  Interface InterfaceAt(std::int32_t j) const {
-    const Entry& lower = stack_.entry[j];
-    return {stack_.joint[j], level_[j].wave, level_[j + 1].wave,
-            level_[j].face,  lower.rough,    lower.shifted || stack_.entry[j + 1].shifted};
-  }
-
-  void WalkUp() {
-    Base::CalcWave(stack_.entry[0], level_[0].wave);
-    for (std::int32_t j = 0; j + 1 < stack_.entries; ++j) {
-      Level &here = level_[j], &next = level_[j + 1];
-      Base::CalcWave(stack_.entry[j + 1], next.wave);
-      if (j > 0) Base::CalcPassage(stack_.entry[j].phase, here.wave, here.passage);
-      Base::CalcFace(stack_.entry[j], here.wave, next.wave, here.face);
-      const Interface at = InterfaceAt(j);
-      const Complex* E = j > 0 ? &here.passage : nullptr;
-      if (wants_sigma_) {
-        at.shifted ? StepUp<Coefficient::kSigmaOfShifted>(at, E, here.sigma, next.sigma)
-                   : StepUp<Coefficient::kSigma>(at, E, here.sigma, next.sigma);
-      }
-      if (wants_pi_) {
-        at.shifted ? StepUp<Coefficient::kPiOfShifted>(at, E, here.pi, next.pi)
-                   : StepUp<Coefficient::kPi>(at, E, here.pi, next.pi);
-      }
-      if (!IsRescaled(j)) continue;
-      if (wants_sigma_) Base::Rescale(next.sigma, &next.sigma_scale);
-      if (wants_pi_) Base::Rescale(next.pi, &next.pi_scale);
-    }
-  }
-
-  static bool IsRescaled(std::int32_t j) { return j % kRescaleEvery == kRescaleEvery - 1; }
 
   // The intensities, and from weight 2 Re(conj(r) dr) the adjoints of the ratios r = N / D.
   void TurnAround() {
@@ -209,24 +143,33 @@ class ParrattAdjoint : private ParrattRatios<V> {
     Z inverse;
   };
 
+  // One polarisation at an interface; E is null where there is no slab below.
+  struct Crossing {
+    const Interface& at;
+    const Ratio& ratio;
+    const Complex* E;
+  };
+  struct Adjoints {
+    Z Y, t, psi;  // psi as a sum over the polarisations
+  };
+
   template <Coefficient kind>
   TOLVIK_INLINE void StepDown(const typename Base::template Coefficients<kind>& coefficients,
-                              const Interface& at, const Level& here, Ratio const& ratio, bool is_first,
-                              int i, Complex& mu, Z& Y, Z& t, Z& psi) {
+                              const Crossing& crossing, int i, Complex& mu, Adjoints& out) {
+    const Interface& at = crossing.at;
     Z q;
-    coefficients.Set(at, twice_s2_[i], i, t, q);
-    const Z tF = at.rough ? t * at.face.F[i] : t;
+    coefficients.Set(at, twice_s2_[i], i, out.t, q);
+    const Z tF = at.rough ? out.t * at.face.F[i] : out.t;
     const Z m = mu[i];
-    if (is_first) {
-      Y = m * q;
-    } else {
-      const Z n = ratio.n[i], d = ratio.d[i];
+    out.Y = m * q;
+    if (crossing.E != nullptr) {
+      const Z n = crossing.ratio.n[i], d = crossing.ratio.d[i];
       const Z kappa = m * ((q - tF) * (q + tF));
-      psi += kappa * (n * d);
-      mu.Set(i, kappa * here.passage[i]);
-      Y = m * q * ((d - n) * (d + n));
+      out.psi += kappa * (n * d);
+      mu.Set(i, kappa * (*crossing.E)[i]);
+      out.Y = out.Y * ((d - n) * (d + n));
     }
-    if (at.rough) Y = Y * at.face.F[i];
+    if (at.rough) out.Y = out.Y * at.face.F[i];
   }
 
   template <bool sigma, bool pi, bool shifted>
@@ -235,22 +178,26 @@ class ParrattAdjoint : private ParrattRatios<V> {
     constexpr Coefficient kPi = shifted ? Coefficient::kPiOfShifted : Coefficient::kPi;
     const Entry &lower = stack_.entry[j], &upper = stack_.entry[j + 1];
     const Level& here = level_[j];
-    const Interface at = InterfaceAt(j);
+    const Interface at = Base::InterfaceAt(j);
     const typename Base::template Coefficients<kSigma> of_sigma(at);
     const typename Base::template Coefficients<kPi> of_pi(at);
     const PiSide pi_above(upper), pi_below(lower);
     const L roughness(0.25 * lower.roughness), half_phase(0.5 * lower.phase);
+    const Complex* E = j > 0 ? &here.passage : nullptr;
+    const Crossing by_sigma{at, here.sigma, E}, by_pi{at, here.pi, E};
     Sums sums;
     for (int i = 0; i < used_; ++i) {
-      Z A, B, phi, psi, Y, t;
+      Z A, B, phi;
+      Adjoints adjoints;
+      const Z &Y = adjoints.Y, &t = adjoints.t, &psi = adjoints.psi;
       const Z a = at.above.v[i], b = at.below.v[i], product = at.face.product[i];
       if constexpr (sigma) {
-        StepDown<kSigma>(of_sigma, at, here, here.sigma, j == 0, i, mu_sigma_, Y, t, psi);
+        StepDown<kSigma>(of_sigma, by_sigma, i, mu_sigma_, adjoints);
         A = B = Y + Y;
         phi = Y * t;
       }
       if constexpr (pi) {
-        StepDown<kPi>(of_pi, at, here, here.pi, j == 0, i, mu_pi_, Y, t, psi);
+        StepDown<kPi>(of_pi, by_pi, i, mu_pi_, adjoints);
         phi += Y * t;
         if constexpr (shifted) {
           const L one(1.0), cosine2 = NegMulAdd(L(2.0), twice_s2_[i], L(4.0));
@@ -299,7 +246,7 @@ class ParrattAdjoint : private ParrattRatios<V> {
   void WalkDown() {
     for (std::int32_t j = stack_.entries - 2; j >= 0; --j) {
       const Level& next = level_[j + 1];
-      if (IsRescaled(j)) {
+      if (Base::IsRescaled(j)) {
         if (wants_sigma_) Unscale(next.sigma_scale, mu_sigma_);
         if (wants_pi_) Unscale(next.pi_scale, mu_pi_);
       }
@@ -322,13 +269,12 @@ class ParrattAdjoint : private ParrattRatios<V> {
     wants_sigma_ ? Down<true, false, shifted>(j) : Down<false, true, shifted>(j);
   }
 
-  using Base::cosine_, Base::lost_, Base::s_, Base::sign_, Base::stack_, Base::twice_s2_, Base::used_,
-      Base::wants_pi_, Base::wants_sigma_;
+  using Base::cosine_, Base::level_, Base::lost_, Base::s_, Base::sign_, Base::stack_, Base::twice_s2_,
+      Base::used_, Base::wants_pi_, Base::wants_sigma_;
   using Base::Of;
 
   const ParrattSweep& sweep_;
-  std::int32_t first_;  // register of the sweep
-  Level* level_;
+  std::int32_t first_;              // register of the sweep
   Complex mu_sigma_, mu_pi_, bar_;  // bar: of the wave below the interface in work
   Real slope_;
 };
