@@ -15,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/speed/gradient_rows.h"
 #include "bench/speed/rows.h"
 #include "bench/speed/turns.h"
 
@@ -81,8 +82,24 @@ void Print(const Row& row, bool tsv) {
   std::fflush(stdout);
 }
 
-void PrintHead() {
-  std::string head = "| work | textbook, ns |", line = "|---|---|";
+// ns of value and Jacobian, and their multiple of the value.
+void Print(const GradientRow& row, bool tsv) {
+  if (!tsv) std::printf("| %s |", row.title);
+  for (const LaneSet set : SetsHere()) {
+    ChooseLanes(set);
+    const std::vector<double> times = ShortestTimes({row.value, row.gradient});
+    const double ns = 1e9 * times[1] / row.steps, ratio = times[1] / times[0];
+    if (tsv) {
+      std::printf("%s\t%s\t%.3f\t%.2f\n", row.name, NameOf(set), ns, ratio);
+    } else {
+      std::printf(" %.2f ns, %.2f |", ns, ratio);
+    }
+  }
+  if (!tsv) std::printf("\n");
+  std::fflush(stdout);
+}
+
+void PrintHead(std::string head, std::string line) {
   for (const LaneSet set : SetsHere()) {
     head += std::string(" ") + NameOf(set) + " |";
     line += "---|";
@@ -99,12 +116,17 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "usage: %s [--tsv|--check]\n", argv[0]);
     return 1;
   }
-  if (!tsv && !check) PrintHead();
+  if (!tsv && !check) PrintHead("| work | textbook, ns |", "|---|---|");
   bool all_agree = true;
   for (const Row& row : AllRows()) {
     const bool agree = Agree(row, check);
     all_agree = all_agree && agree;
     if (!check && agree) Print(row, tsv);
+  }
+  if (!check) {
+    if (!tsv) std::printf("\n");
+    if (!tsv) PrintHead("| value and Jacobian, as a multiple of the value |", "|---|");
+    for (const GradientRow& row : GradientRows()) Print(row, tsv);
   }
   return all_agree ? 0 : 1;
 }
