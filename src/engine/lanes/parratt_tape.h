@@ -19,7 +19,7 @@ class ParrattTape : protected ParrattRatios<V> {
 
   using Base::stack_, Base::twice_s2_, Base::used_, Base::wants_pi_, Base::wants_sigma_;
 
-  // The numbers of an entry and the interface above it.
+  // The tape of an entry and the interface above it, written on the way up and read on the way down.
   struct Level {
     Wave wave;
     Complex passage;  // E
