@@ -18,14 +18,20 @@ namespace tolvik {
 /// number does not fail.
 bool LoadState(CState& state, const std::string& file_name);
 
-/// Writes the state, numbers with 6 significant digits. An existing file is replaced as a whole or stays as
-/// it is. False when the file cannot be opened or written.
-bool SaveState(const CState& state, const std::string& file_name);
+/// How many digits of a number a state file gets.
+enum class StateDigits {
+  kSix,    ///< 6 significant ones, as the program writes
+  kExact,  ///< 17: the file reads back as the same numbers, the wavelength included
+};
+
+/// Writes the state. An existing file is replaced as a whole or stays as it is. False when the file cannot be
+/// opened or written.
+bool SaveState(const CState& state, const std::string& file_name, StateDigits digits = StateDigits::kSix);
 
 /// LoadState on a text in memory. file_name: becomes the file of the measurements inside the text.
 bool ReadState(CState& state, std::string_view text, std::string_view file_name);
 
 /// The text that SaveState writes.
-std::string FormatState(const CState& state);
+std::string FormatState(const CState& state, StateDigits digits = StateDigits::kSix);
 
 }  // namespace tolvik

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "model/state_file/keys.h"
+#include "model/state_file/setting_lines.h"
 #include "model/state_file/settings.h"
 #include "optics/energy.h"
 #include "tolvik/state_file.h"
@@ -130,6 +131,33 @@ TEST(StateRoundTrip, KeepsEverySavedMemberToSixDigits) {
   ExpectSame(found.lambda, saved.lambda);
   ASSERT_EQ(found.scriptparameters.size, 4);
   for (int i = 0; i < 4; ++i) ExpectSame(found.scriptparameters[i], saved.scriptparameters[i]);
+}
+
+// Texts of 17 digits are equal when all numbers are.
+TEST(StateRoundTrip, AnExactFileKeepsEveryBit) {
+  CState saved = FullState();
+  saved.lambda = LambdaFromEnergy(9876.54321012345);
+  saved.scriptlines.Append(" x = 1");
+  saved.scriptlines.Append("\ty = 2");
+  const std::string text = FormatState(saved, StateDigits::kExact);
+  CState found;
+  ASSERT_TRUE(ReadState(found, text, ""));
+  EXPECT_EQ(FormatState(found, StateDigits::kExact), text);
+  EXPECT_EQ(found.lambda, saved.lambda);
+  EXPECT_EQ(found.layers[1].layer_delta, saved.layers[1].layer_delta);
+  EXPECT_EQ(found.scriptlines, saved.scriptlines);
+}
+
+TEST(StateRoundTrip, AnExactFileHasTheKeysOfAnyOther) {
+  const auto keys_of = [](const std::string& text) {
+    SettingLines lines(text);
+    SettingLine line;
+    std::string found;
+    while (lines.Next(line)) found.append(line.key).append("\n");
+    return found;
+  };
+  const CState state = FullState();
+  EXPECT_EQ(keys_of(FormatState(state, StateDigits::kExact)), keys_of(FormatState(state)));
 }
 
 TEST(StateRoundTrip, SecondSaveIsTheSameFile) {

@@ -65,8 +65,8 @@ void ReadValue(std::string_view text, bool& value) {
   }
 }
 
-void AppendValue(std::string& out, double value) {
-  AppendChars(out, value, std::chars_format::general, 6);
+void AppendValue(std::string& out, double value, int digits) {
+  AppendChars(out, value, std::chars_format::general, digits);
 }
 void AppendValue(std::string& out, std::int32_t value) {
   AppendChars(out, value);

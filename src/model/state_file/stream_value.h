@@ -18,8 +18,11 @@ void ReadValue(std::string_view text, std::int32_t& value);
 void ReadValue(std::string_view text, std::uint32_t& value);
 void ReadValue(std::string_view text, bool& value);
 
-/// Appends a number as stream insertion writes it: 6 significant digits ("%g").
-void AppendValue(std::string& out, double value);
+inline constexpr int kSixDigits = 6;     ///< as stream insertion writes
+inline constexpr int kExactDigits = 17;  ///< a double reads back as it was
+
+/// Appends a number as stream insertion writes it, with that many significant digits ("%g").
+void AppendValue(std::string& out, double value, int digits = kSixDigits);
 void AppendValue(std::string& out, std::int32_t value);
 void AppendValue(std::string& out, std::uint32_t value);
 void AppendValue(std::string& out, bool value);

@@ -2,6 +2,7 @@
 // Writes the state file. The empty lines are part of the format.
 #include <ostream>
 #include <span>
+#include <type_traits>
 
 #include "model/fit_variable_names.h"
 #include "model/safe_file.h"
@@ -9,6 +10,7 @@
 #include "model/state_file/settings.h"
 #include "model/state_file/stream_value.h"
 #include "optics/energy.h"
+#include "optics/energy_given.h"
 #include "tolvik/state_file.h"
 
 namespace tolvik {
@@ -19,7 +21,7 @@ constexpr std::int32_t kNamedFitIds = 14;
 
 class StateWriter {
  public:
-  explicit StateWriter(const CState& state) : state_(state) {}
+  StateWriter(const CState& state, StateDigits digits) : state_(state), digits_(digits) {}
 
   std::string Write() {
     WriteHead();
@@ -51,7 +53,11 @@ class StateWriter {
   template <class Number>
   void Line(std::string_view start, Number value) {
     out_ += start;
-    AppendValue(out_, value);
+    if constexpr (std::is_same_v<Number, double>) {
+      AppendValue(out_, value, IsExact() ? kExactDigits : kSixDigits);
+    } else {
+      AppendValue(out_, value);
+    }
     out_ += '\n';
   }
   template <class Record>
@@ -71,6 +77,11 @@ class StateWriter {
         if (i < values.size) Line(key.start, values[i]);
       }
     }
+  }
+  // The reader keeps the blank after the "=" of a script line: a line grows by it, but in an exact file.
+  void ScriptLine(std::string_view start, const CCharArray& line) {
+    if (IsExact()) start.remove_suffix(1);
+    Line(start, line);
   }
   // A comment that ends in a number, such as "# layer 0".
   void NumberedComment(std::string_view text, std::int32_t number) {
@@ -151,7 +162,7 @@ class StateWriter {
 
   void WriteEnergy() {
     Comment(keys::kEnergyComment);
-    Line(keys::kEnergy, EnergyFromLambda(state_.lambda));
+    Line(keys::kEnergy, IsExact() ? EnergyGivenAs(state_.lambda) : EnergyFromLambda(state_.lambda));
     EmptyLines(2);
   }
 
@@ -159,10 +170,10 @@ class StateWriter {
     Comment("# script parameters");
     for (double parameter : state_.scriptparameters) Line(keys::kScriptParameter, parameter);
     Comment("# script before calculation");
-    for (const CCharArray& line : state_.scriptlines) Line(keys::kScriptLine, line);
+    for (const CCharArray& line : state_.scriptlines) ScriptLine(keys::kScriptLine, line);
     EmptyLines();
     Comment("# default script");
-    for (const CCharArray& line : state_.defaultscriptlines) Line(keys::kDefaultScriptLine, line);
+    for (const CCharArray& line : state_.defaultscriptlines) ScriptLine(keys::kDefaultScriptLine, line);
     EmptyLines();
   }
 
@@ -184,20 +195,23 @@ class StateWriter {
     }
   }
 
+  bool IsExact() const { return digits_ == StateDigits::kExact; }
+
   const CState& state_;
+  StateDigits digits_;
   std::string out_;
 };
 
 }  // namespace
 
-std::string FormatState(const CState& state) {
-  return StateWriter(state).Write();
+std::string FormatState(const CState& state, StateDigits digits) {
+  return StateWriter(state, digits).Write();
 }
 
-bool SaveState(const CState& state, const std::string& file_name) {
+bool SaveState(const CState& state, const std::string& file_name, StateDigits digits) {
   SafeFile file(file_name);
   if (!file.IsOpen()) return false;
-  file.Stream() << FormatState(state);
+  file.Stream() << FormatState(state, digits);
   return file.Commit();
 }
 
