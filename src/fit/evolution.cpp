@@ -91,6 +91,21 @@ void CEvolution::Iterate() {
   ++generation;
   EvaluatePopulation();
   SortRanking();
+  Breed();
+}
+
+void CEvolution::IterateQuietly(CArray<CFitVariable>& best, double& best_error) {
+  ++generation;
+  EvaluatePopulationParallel();
+  SortRanking();
+  if (!population.IsEmpty() && errors[ranking[0]] < best_error) {
+    best = population[ranking[0]].fitvariables;
+    best_error = errors[ranking[0]];
+  }
+  Breed();
+}
+
+void CEvolution::Breed() {
   if (population.IsEmpty()) return;
   KeepHistory();
   const std::int32_t elite = CountElite();

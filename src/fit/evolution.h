@@ -41,6 +41,10 @@ class CEvolution {
   /// empty population only counts generations.
   void Iterate();
 
+  /// The same generation on all processors, without a word; solutions stay as they are. The genes of an
+  /// individual with an error below best_error are kept in best, and its error in best_error.
+  void IterateQuietly(CArray<CFitVariable>& best, double& best_error);
+
   /// Fills errors and remakes solutions, in order; prints "Calculate %i" with the index on the standard
   /// output before each individual.
   void EvaluatePopulation();
@@ -56,6 +60,7 @@ class CEvolution {
  private:
   double DrawBetween(double lower, double upper);
   std::int32_t CountElite() const;
+  void Breed();
   void KeepHistory();
   void MakeChild(CState& child);
   const CState& DrawParent(std::int32_t pool, std::int32_t offset);

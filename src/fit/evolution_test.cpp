@@ -3,11 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
 #include <vector>
 
+#include "fit/fit_variables.h"
 #include "support/searches.h"
 
 namespace tolvik {
@@ -157,6 +159,26 @@ TEST(Evolution, SameSeedGivesTheSameGenerations) {
     }
   }
   EXPECT_EQ(runs[0], runs[1]);
+}
+
+TEST(Evolution, AQuietGenerationIsTheSameAndPrintsNothing) {
+  CEvolution loud(MakeSearch(6)), quiet(MakeSearch(6));
+  CArray<CFitVariable> best;
+  double best_error = 1e99;
+  for (int i = 0; i < 3; ++i) {
+    Iterate(loud);
+    ::testing::internal::CaptureStdout();
+    quiet.IterateQuietly(best, best_error);
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(quiet.errors, loud.errors);
+    EXPECT_EQ(quiet.besthistory, loud.besthistory);
+  }
+  const CArray<double>& history = loud.besthistory;
+  EXPECT_EQ(best_error, *std::min_element(history.begin(), history.end()));
+  CState individual = MakeSearch(6);
+  individual.fitvariables = best;
+  ApplyFitVariables(individual);
+  EXPECT_EQ(CalcIndividualError(individual), best_error);
 }
 
 TEST(Evolution, ParallelErrorsEqualTheOrderedOnes) {
