@@ -50,10 +50,23 @@ void StateBox::Refresh() {
     BuildEpsilonTensor(state.layers[i], state.maggamma, state.magphi, state.magnetizationmode);
     rebuilt = true;
   }
-  for (std::int32_t i = 1; moved && i < state.layers.size; ++i) {
+  if (moved) StackHeights();
+  if (moved || rebuilt) Settle();
+}
+
+void StateBox::Restack(std::int32_t layer, Block block) {
+  if (block != Block::kLayers) return;
+  if (layer >= 0) {
+    BuildEpsilonTensor(state.layers[layer], state.maggamma, state.magphi, state.magnetizationmode);
+  }
+  StackHeights();
+  Settle();
+}
+
+void StateBox::StackHeights() {
+  for (std::int32_t i = 1; i < state.layers.size; ++i) {
     state.layers[i].layer_z = state.layers[i - 1].layer_z + state.layers[i].layer_d;
   }
-  if (moved || rebuilt) Settle();
 }
 
 void StateBox::RequireMovable(Block block) const {

@@ -13,9 +13,9 @@
 namespace tolvik::python {
 
 /// The lists of a state whose memory a view may show.
-enum class Block { kLayers, kElementLayers, kGaussFunctions, kFitVariables, kDatasets };
-inline constexpr std::array<const char*, 5> kBlockNames = {"layers", "elementlayers", "gaussfunctions",
-                                                           "fitvariables", "datasets"};
+enum class Block { kLayers, kElementLayers, kGaussFunctions, kFitVariables, kDatasets, kScriptParameters };
+inline constexpr std::array<const char*, 6> kBlockNames = {
+    "layers", "elementlayers", "gaussfunctions", "fitvariables", "datasets", "scriptparameters"};
 
 /// The numbers of a layer from which its tensor and the heights follow.
 struct LayerStamp {
@@ -27,7 +27,7 @@ struct LayerStamp {
 /// The tensors and heights of the layers follow from other members, which Python writes silently. They
 /// are brought up to date where they are read: of those layers whose numbers differ from the stamps, so that
 /// tensors from a table stay.
-class StateBox {
+class StateBox : public std::enable_shared_from_this<StateBox> {
  public:
   StateBox();
   explicit StateBox(CState given);
@@ -39,11 +39,16 @@ class StateBox {
   void Refresh();
   /// Takes the tensors and heights as they are for right.
   void Settle();
+  /// Brings the derived members up to date after a change of a list. layer: the one whose tensor is to be
+  /// built, -1 for none. Does nothing for other blocks than the layers.
+  void Restack(std::int32_t layer, Block block);
   /// Raises BufferError while a view shows that block.
   void RequireMovable(Block block) const;
   void RequireAllMovable() const;
 
  private:
+  void StackHeights();
+
   std::vector<LayerStamp> stamps_;
   double gamma_ = 0, phi_ = 0;
   std::int32_t mode_ = 0;

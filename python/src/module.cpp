@@ -6,8 +6,15 @@
 
 PYBIND11_MODULE(_core, module) {
   using namespace tolvik::python;
-  module.attr("__version__") = TOLVIK_VERSION;
   TranslateMemoryErrors();
-  DefineState(module);
+  DefineRecords(module);
+  StateClass state(module, "State");
+  DefineState(state);
+  DefineMembers(state);
+  DefineServices(state);
+  DefineCurves(module);
+  DefineFits(module);
+  DefineObjective(module);
+  DefineProcess(module);
   DefineMaterials(module);
 }

@@ -2,6 +2,7 @@
 // State: made, read, written, and its settings as attributes.
 #include <string>
 
+#include "archive.h"
 #include "box.h"
 #include "fields.h"
 #include "model/state_file/settings.h"
@@ -11,8 +12,6 @@
 
 namespace tolvik::python {
 namespace {
-
-using StateClass = py::class_<PyState>;
 
 // Members of the state that a calculation reads and the file does not hold.
 constexpr keys::Key<CState> kUnsavedKeys[] = {
@@ -54,20 +53,37 @@ void Read(const PyState& self, const std::string& text, const std::string& name)
   Replace(self, std::move(state));
 }
 
-void Save(const PyState& self, const std::string& path) {
-  if (!SaveState(self.get(), path)) Raise("not_saved", path);
+StateDigits DigitsOf(bool exact) {
+  return exact ? StateDigits::kExact : StateDigits::kSix;
+}
+
+void Save(const PyState& self, const std::string& path, bool exact) {
+  if (!SaveState(self.get(), path, DigitsOf(exact))) Raise("not_saved", path);
+}
+
+py::bytes Bytes(const PyState& self) {
+  self.box->Refresh();
+  return py::bytes(WriteArchive(self.get()));
+}
+
+void TakeBytes(const PyState& self, const py::bytes& bytes) {
+  CState state;
+  if (!ReadArchive(state, std::string_view(bytes))) Raise("not_unpickled");
+  Replace(self, std::move(state));
 }
 
 }  // namespace
 
-void DefineState(py::module_& module) {
-  StateClass cls(module, "State");
+void DefineState(StateClass& cls) {
   cls.def(py::init([] { return PyState{std::make_shared<StateBox>()}; }));
   cls.def("_share", [](PyState& self, const PyState& other) { self.box = other.box; });
   cls.def("_load", &Load);
   cls.def("_read", &Read);
   cls.def("_save", &Save);
-  cls.def("_text", [](const PyState& self) { return TextOf(FormatState(self.get())); });
+  cls.def("_text",
+          [](const PyState& self, bool exact) { return TextOf(FormatState(self.get(), DigitsOf(exact))); });
+  cls.def("_bytes", &Bytes);
+  cls.def("_take_bytes", &TakeBytes);
   DefineSettings(cls, keys::kSettingsAboveEnergy);
   DefineSettings(cls, keys::kSettingsBelowEnergy);
   DefineSettings(cls, keys::kActiveDataset);

@@ -4,6 +4,8 @@ import pathlib
 
 import pytest
 
+import tolvik
+
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 
 
@@ -11,3 +13,12 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 def examples() -> pathlib.Path:
     """The folder of the example states."""
     return ROOT / "examples"
+
+
+@pytest.fixture(scope="session")
+def program() -> pathlib.Path:
+    """The program, built beside the package."""
+    path = pathlib.Path(tolvik.__file__).parents[2] / "Tolvik"
+    if not path.exists():
+        pytest.skip("the program is not built beside the package")
+    return path

@@ -4,8 +4,9 @@ import ast
 import pathlib
 
 import tolvik
-from tolvik import _core
+from tolvik import _core, records
 
+assert records  # completes the sequences
 STUB = ast.parse((pathlib.Path(tolvik.__file__).parent / "_core.pyi").read_text(encoding="utf-8"))
 
 

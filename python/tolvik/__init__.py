@@ -10,23 +10,49 @@ from typing import TYPE_CHECKING, Any
 
 from .errors import (CalculationError, DataError, DataFileError, DataWarning, MaterialError, MaterialWarning,
                      OutOfMemoryError, OutOfReachError, ScriptError, StateFileError, TableRangeWarning, TablesError,
-                     TolvikError)
+                     TolvikError, WorkerError)
 
 if TYPE_CHECKING:
     from ._core import __version__
+    from .curves import Curve, Dichroism, EnergyScan, curve, dichroism, energy_scan
     from .data import Data
+    from .fitting import fit
     from .formats import read, write_ort
-    from .state import State, load
+    from .maps import EnergyMap, energy_map, load_map
+    from .objective import Objective
+    from .optimisers import Evolution, Fit
+    from .posterior import Posterior, sample
+    from .process import build_info, set_threads
+    from .resampling import Sample, bootstrap
+    from .results import FitResult
+    from .state import Profile, State, load
 
-__all__ = ["CalculationError", "Data", "DataError", "DataFileError", "DataWarning", "MaterialError", "MaterialWarning",
-           "OutOfMemoryError", "OutOfReachError", "ScriptError", "State", "StateFileError", "TableRangeWarning",
-           "TablesError", "TolvikError", "__version__", "load", "read", "write_ort"]
+__all__ = ["CalculationError", "Curve", "Data", "DataError", "DataFileError", "DataWarning", "Dichroism",
+           "EnergyMap", "EnergyScan", "Evolution", "Fit", "FitResult", "MaterialError", "MaterialWarning",
+           "Objective", "OutOfMemoryError", "OutOfReachError", "Posterior", "Profile", "Sample", "ScriptError",
+           "State", "StateFileError", "TableRangeWarning", "TablesError", "TolvikError", "WorkerError",
+           "__version__", "bootstrap", "build_info", "curve", "dichroism", "energy_map", "energy_scan", "fit",
+           "load", "load_map", "read", "sample", "set_threads", "write_ort"]
 
-# Name -> the module that holds it.
-_HOMES = {"Data": "data", "State": "state", "__version__": "_core", "load": "state", "read": "formats",
-          "write_ort": "formats"}
+# Module -> the names that it holds.
+_CONTENTS = {
+    "_core": ("__version__",),
+    "curves": ("Curve", "Dichroism", "EnergyScan", "curve", "dichroism", "energy_scan"),
+    "data": ("Data",),
+    "formats": ("read", "write_ort"),
+    "fitting": ("fit",),
+    "maps": ("EnergyMap", "energy_map", "load_map"),
+    "objective": ("Objective",),
+    "optimisers": ("Evolution", "Fit"),
+    "posterior": ("Posterior", "sample"),
+    "process": ("build_info", "set_threads"),
+    "resampling": ("Sample", "bootstrap"),
+    "results": ("FitResult",),
+    "state": ("Profile", "State", "load"),
+}
+_HOMES = {name: module for module, names in _CONTENTS.items() for name in names}
 # Modules that are used by their own name: tolvik.materials.delta_beta(...).
-_MODULES = ("materials", "polarization", "resolution")
+_MODULES = ("executors", "materials", "polarization", "resolution")
 
 
 def __getattr__(name: str) -> Any:
