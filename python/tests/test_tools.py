@@ -202,20 +202,16 @@ def test_ort_show(tmp_path):
 
 @pytest.mark.skipif(not hasattr(tolvik.State, "attach"), reason="states cannot take data yet")
 def test_ort_in_and_out(tmp_path, examples):
-    (tmp_path / "a.ort").write_text(
-        ort(
-            more=(
-                "# data_set: second\n# data_source: {measurement: {instrument_settings: {polarization: left}}}\n0.1 1 1"
-                " 0.1\n"
-            )
-        )
-    )
+    second = "# data_set: second\n# data_source: {measurement: {instrument_settings: {polarization: left}}}\n"
+    (tmp_path / "a.ort").write_text(ort(more=second + "0.1 0.123456789012 1 0.1\n0.2 0.01 1 0.1\n"))
     state = examples / "nickel_film.state"
     before = state.read_bytes()
     assert run("ort", "in", state, "a.ort", "-o", "new.state", cwd=tmp_path).stdout == "new.state: 2 data sets\n"
     assert state.read_bytes() == before
     new = tolvik.load(tmp_path / "new.state")
-    assert new.datasets[-1].datasettitle == "second" and new.datasets[-2].dataset_R0.tolist() == [1, 0.5, 0.25]
+    assert new.datasets[-1].dataset_R0.tolist() == [0.123456789012, 0.01], "all digits"
+    assert new.datasets[-1].datasetresolution == 0.2 and new.datasets[-1].datasettitle == "second", "r = 2 sigma"
+    assert new.datasets[-2].dataset_R0.tolist() == [1, 0.5, 0.25]
     assert (
         run("ort", "in", state, "a.ort", "-o", "one.state", "--match", "polarization", cwd=tmp_path).stdout
         == "one.state: 1 data sets\n"

@@ -147,7 +147,7 @@ def _in(arguments: argparse.Namespace) -> None:
             raise DataError(f"no data set of polarization {wanted}; leave --match away or set the rays of the state")
     for data in found:
         state.attach(data)
-    state.save(arguments.output)
+    state.save(arguments.output, exact=True)  # measured numbers keep all their digits
     common.show(
         arguments,
         f"{arguments.output}: {len(found)} data sets",
