@@ -5,7 +5,7 @@ from __future__ import annotations
 import math
 from concurrent.futures import Executor
 from dataclasses import dataclass
-from typing import Any, Callable, Optional
+from typing import Any, Optional
 
 import numpy as np
 import numpy.typing as npt
@@ -258,6 +258,3 @@ def _result(objective: Objective, end: _End, method: str) -> FitResult:
                      found.reduced, len(objective), found.at_bound, found.no_effect | found.not_determined, method,
                      end.message,
                      end.success, end.evaluations, objective)
-
-
-Calculation = Callable[[Array], Array]
