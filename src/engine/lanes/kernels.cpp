@@ -9,24 +9,23 @@ namespace tolvik::engine::lanes {
 
 namespace {
 
-#if defined(__x86_64__)
 const Kernels* AddressOf(LaneSet set) {
   switch (set) {
+#if defined(__x86_64__)
     case LaneSet::kSse:
       return &kSseKernels;
     case LaneSet::kAvx2:
       return &kAvx2Kernels;
     case LaneSet::kAvx512:
       return &kAvx512Kernels;
+#elif defined(__aarch64__)
+    case LaneSet::kNeon:
+      return &kNeonKernels;
+#endif
     default:
       return nullptr;
   }
 }
-#else
-const Kernels* AddressOf(LaneSet) {
-  return nullptr;
-}
-#endif
 
 LaneSet SetOfEnvironment() {
   const char* wish = std::getenv("TOLVIK_LANES");
@@ -53,14 +52,18 @@ const char* NameOf(LaneSet set) {
       return "avx2";
     case LaneSet::kAvx512:
       return "avx512";
+    case LaneSet::kNeon:
+      return "neon";
     default:
       return "plain";
   }
 }
 
 bool IsSupported(LaneSet set) {
-#if defined(__x86_64__)
   switch (set) {
+    case LaneSet::kPlain:
+      return true;
+#if defined(__x86_64__)
     case LaneSet::kSse:
       return __builtin_cpu_supports("sse4.2") && __builtin_cpu_supports("popcnt");
     case LaneSet::kAvx2:
@@ -70,12 +73,13 @@ bool IsSupported(LaneSet set) {
       return IsSupported(LaneSet::kAvx2) && __builtin_cpu_supports("avx512f") &&
              __builtin_cpu_supports("avx512cd") && __builtin_cpu_supports("avx512bw") &&
              __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl");
-    default:
+#elif defined(__aarch64__)
+    case LaneSet::kNeon:  // every processor of the architecture has it
       return true;
-  }
-#else
-  return set == LaneSet::kPlain;
 #endif
+    default:
+      return false;
+  }
 }
 
 const Kernels* KernelsOf(LaneSet set) {

@@ -35,20 +35,22 @@ struct Kernels {
 extern const Kernels kSseKernels;     ///< x86-64-v2, two doubles
 extern const Kernels kAvx2Kernels;    ///< x86-64-v3, four doubles
 extern const Kernels kAvx512Kernels;  ///< x86-64-v4, eight doubles
+extern const Kernels kNeonKernels;    ///< aarch64, two doubles
 
-enum class LaneSet { kPlain, kSse, kAvx2, kAvx512 };
+enum class LaneSet { kPlain, kSse, kAvx2, kAvx512, kNeon };
 
-inline constexpr LaneSet kAllLaneSets[] = {LaneSet::kPlain, LaneSet::kSse, LaneSet::kAvx2, LaneSet::kAvx512};
+inline constexpr LaneSet kAllLaneSets[] = {LaneSet::kPlain, LaneSet::kSse, LaneSet::kAvx2, LaneSet::kAvx512,
+                                           LaneSet::kNeon};
 
-/// "plain", "sse", "avx2" or "avx512".
+/// "plain", "sse", "avx2", "avx512" or "neon".
 const char* NameOf(LaneSet set);
 
 /// Whether this processor and its system can run the set; always true for kPlain.
 bool IsSupported(LaneSet set);
 
 /// Kernels in use; null for the plain path. The first call reads the environment variable TOLVIK_LANES
-/// (plain, sse, avx2, avx512); without it, or with any other text, the widest set of the processor is used. A
-/// set that it lacks gives the plain path.
+/// (plain, sse, avx2, avx512, neon); without it, or with any other text, the widest set of the processor is
+/// used. A set that it lacks gives the plain path.
 const Kernels* ChosenKernels();
 
 /// The kernels of a set; null where the processor lacks it.

@@ -1,7 +1,7 @@
 # Each source of an instruction set gets that set's flags, and is optimised in every build: without inlining,
 # functions of the vector library would be in the object as symbols of their own.
+set(folder ${CMAKE_CURRENT_LIST_DIR})
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
-  set(folder ${CMAKE_CURRENT_LIST_DIR})
   set_source_files_properties(${folder}/sse.cpp PROPERTIES COMPILE_OPTIONS "-O3;-fno-exceptions;-march=x86-64-v2")
   set_source_files_properties(${folder}/avx2.cpp PROPERTIES COMPILE_OPTIONS "-O3;-fno-exceptions;-march=x86-64-v3")
   set(avx512 -O3 -fno-exceptions -march=x86-64-v4)
@@ -15,4 +15,7 @@ if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
   set_source_files_properties(${folder}/avx512.cpp PROPERTIES COMPILE_OPTIONS "${avx512}")
   set_source_files_properties(${folder}/sse.cpp ${folder}/avx2.cpp ${folder}/avx512.cpp
                               PROPERTIES SKIP_PRECOMPILE_HEADERS ON)
+elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "aarch64|arm64")
+  set_source_files_properties(${folder}/neon.cpp PROPERTIES COMPILE_OPTIONS "-O3;-fno-exceptions"
+                              SKIP_PRECOMPILE_HEADERS ON)
 endif()

@@ -3,7 +3,8 @@
 //
 // V names a vector register: V::Batch is the register of xsimd; V::fused is true if V::MulAdd and its
 // relatives exist, which round a·b + c once; V::estimates is true if V::EstimateInverseRoot and
-// V::EstimateInverse do. Each source of an instruction set defines its V in an unnamed namespace, so that
+// V::EstimateInverse do. V::Divide and V::SquareRoot are optional: for sets where those of xsimd do not round
+// as the scalar ones do. Each source of an instruction set defines its V in an unnamed namespace, so that
 // everything instantiated here stays inside that object.
 #pragma once
 
@@ -66,7 +67,10 @@ class Lanes {
   TOLVIK_INLINE friend Lanes operator+(Lanes a, Lanes b) { return a.x_ + b.x_; }
   TOLVIK_INLINE friend Lanes operator-(Lanes a, Lanes b) { return a.x_ - b.x_; }
   TOLVIK_INLINE friend Lanes operator*(Lanes a, Lanes b) { return a.x_ * b.x_; }
-  TOLVIK_INLINE friend Lanes operator/(Lanes a, Lanes b) { return a.x_ / b.x_; }
+  TOLVIK_INLINE friend Lanes operator/(Lanes a, Lanes b) {
+    if constexpr (requires { V::Divide(a.x_, b.x_); }) return V::Divide(a.x_, b.x_);
+    return a.x_ / b.x_;
+  }
   TOLVIK_INLINE friend Lanes operator-(Lanes a) { return a.x_ ^ Batch(Scalar(-0.0)); }
   TOLVIK_INLINE Lanes& operator+=(Lanes b) { return *this = *this + b; }
   TOLVIK_INLINE Lanes& operator-=(Lanes b) { return *this = *this - b; }
@@ -80,7 +84,10 @@ class Lanes {
   TOLVIK_INLINE friend Mask<V> operator==(Lanes a, Lanes b) { return a.x_ == b.x_; }
   TOLVIK_INLINE friend Mask<V> operator!=(Lanes a, Lanes b) { return a.x_ != b.x_; }
 
-  TOLVIK_INLINE friend Lanes sqrt(Lanes a) { return xsimd::sqrt(a.x_); }
+  TOLVIK_INLINE friend Lanes sqrt(Lanes a) {
+    if constexpr (requires { V::SquareRoot(a.x_); }) return V::SquareRoot(a.x_);
+    return xsimd::sqrt(a.x_);
+  }
   TOLVIK_INLINE friend Lanes abs(Lanes a) { return a.x_ & MagnitudeBits(); }
   TOLVIK_INLINE friend Lanes copysign(Lanes a, Lanes sign) {
     return (a.x_ & MagnitudeBits()) | (sign.x_ & Batch(Scalar(-0.0)));
