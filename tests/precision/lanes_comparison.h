@@ -173,8 +173,8 @@ class Comparison {
 
  private:
   void Check(std::size_t i, int ray, double plain, double lane) {
-    SCOPED_TRACE(::testing::Message() << NameOf(set_) << " case " << number_ << " angle " << i << " ray " << ray
-                                    << " sine " << test_.sines[i]);
+    SCOPED_TRACE(::testing::Message() << NameOf(set_) << " case " << number_ << " angle " << i << " ray "
+                                      << ray << " sine " << test_.sines[i]);
     if (!std::isfinite(plain)) {
       EXPECT_TRUE(std::isnan(plain) ? std::isnan(lane) : lane == plain) << plain << " " << lane;
       return;
