@@ -100,7 +100,7 @@ TEST(Derivatives, ThroughAScript) {
 
 TEST(Derivatives, ThroughSlices) {
   CState state = testing::MakeFilm();
-  state.layersegmentationmode = 1;
+  state.layersegmentationmode = LayerSegmentationMode::kSlices;
   state.minlayerthickness = 1;
   state.maxlayerthickness = 4;
   state.gradientscale = 0.01;
@@ -117,7 +117,7 @@ TEST(Derivatives, ThroughSlices) {
 
 TEST(Derivatives, MagneticKinds) {
   CState state = MakeFreeFilm();
-  state.magnetizationmode = 1;
+  state.magnetizationmode = MagnetizationMode::kLayers;
   state.ray1sigmare = state.ray2sigmare = 0.7;
   state.ray1piim = 0.7;
   state.ray1pire = state.ray2pire = 0;
@@ -157,12 +157,12 @@ TEST(Derivatives, CountsAndLogarithms) {
 
 TEST(Derivatives, OtherAlgorithmsAndScansTakeDifferences) {
   CState state = MakeFreeFilm();
-  state.algorithm = 1;
+  state.algorithm = Algorithm::kMatrixOne;
   Objective matrix(state, {MakeMeasurement(state, 10, 0.03)});
   const Derivatives at = matrix.DerivativesAt(matrix.Start());
   EXPECT_FALSE(at.exact[0]);
   // both algorithms agree for scalar layers
-  state.algorithm = 0;
+  state.algorithm = Algorithm::kParratt;
   Objective parratt(state, {MakeMeasurement(state, 10, 0.03)});
   const Derivatives exact = parratt.DerivativesAt(parratt.Start());
   for (std::size_t i = 0; i < 10; ++i) {

@@ -168,7 +168,7 @@ TEST(Objective, AnOffsetShiftsTheAngle) {
 
 TEST(Objective, DatasetsOfDifferentKindsSeeTheirOwnParameters) {
   CState state = MakeFreeFilm();
-  state.magnetizationmode = 1;
+  state.magnetizationmode = MagnetizationMode::kLayers;
   state.layers[1].layer_ddelta = 2e-6;
   state.layers[1].layer_dbeta = 1e-6;
   testing::Vary(state, FitKind::kDeltaM, 1, 2e-6, 1e-7, -1e-5, 1e-5);

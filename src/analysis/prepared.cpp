@@ -112,7 +112,7 @@ std::vector<std::string> MissingFiles(const CState& state, bool magnetic) {
     const std::string file = std::string(stem) + ending;
     if (!there && std::ranges::find(files, file) == files.end()) files.push_back(file);
   };
-  if (state.mode == 1) {
+  if (state.mode == Mode::kElement) {
     for (const CElementLayer& each : state.elementlayers)
       add(each.element.View(), TableKind::kElement, ".ff");
   } else {

@@ -4,7 +4,9 @@
 #include <algorithm>
 
 #include "engine/curve/calculations.h"
+#include "model/dataset.h"
 #include "optics/energy.h"
+#include "optics/rays.h"
 #include "tolvik/return_code.h"
 #include "tolvik/tolvik.h"
 
@@ -45,14 +47,7 @@ std::int32_t CalcEnergyScan(CState& state, CSolution& solution, const CurveSetti
 
 void TakeConditions(CState& state, std::int32_t index) {
   const CDataset& dataset = state.datasets[index];
-  state.ray1sigmare = dataset.datasetray1sigmare;
-  state.ray1sigmaim = dataset.datasetray1sigmaim;
-  state.ray1pire = dataset.datasetray1pire;
-  state.ray1piim = dataset.datasetray1piim;
-  state.ray2sigmare = dataset.datasetray2sigmare;
-  state.ray2sigmaim = dataset.datasetray2sigmaim;
-  state.ray2pire = dataset.datasetray2pire;
-  state.ray2piim = dataset.datasetray2piim;
+  CopyRays(dataset, state);
   state.resolution = dataset.datasetresolution;
   state.lambda = LambdaFromEnergy(dataset.datasetenergy);
   state.activedatasetindex = index;
@@ -61,7 +56,7 @@ void TakeConditions(CState& state, std::int32_t index) {
 std::int32_t CalcDatasetCurve(CState& state, CSolution& solution, const CDataset& measured,
                               const CurveSettings& settings) {
   solution = measured;
-  for (double& q : solution.dataset_qz) q += measured.datasetqztranslation;
+  TranslateGrid(solution);
   const bool marked = settings.untouched != 1.0;
   switch (state.fitasymmetry) {
     case FitAsymmetry::kReflectivity:
